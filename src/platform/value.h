@@ -64,6 +64,8 @@ class Value {
     const List* list() const;
     const Dictionary* dictionary() const;
 
+    /// Whether the value is held as an integer (not as a boolean or a floating-point number).
+    bool isInteger() const { return std::holds_alternative<std::int64_t>(data_); }
     /// The value when it is a number without a fraction that fits; a boolean is not a number here.
     std::optional<std::int64_t> integer() const;
     /// The value when it is a number; a boolean is not a number here.

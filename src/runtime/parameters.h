@@ -1,18 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "json/json.h"
+
 namespace quil {
-
-using Json = nlohmann::json;
-
-/// The value when it is a JSON number that is exactly an integer in the signed 64-bit range, however
-/// it is spelled (3 and 3.0 both give 3). A boolean is not a number.
-std::optional<std::int64_t> jsonInteger(const Json& value);
 
 /// A request's parameters, read by key, case-sensitively. A member of another JSON type than the
 /// one asked for counts as absent.
@@ -23,6 +18,7 @@ class Parameters {
 
     /// A JSON string, the empty one included.
     std::optional<std::string> string(std::string_view key) const;
+    /// A JSON number that is exactly an integer in the signed 64-bit range.
     std::optional<std::int64_t> integer(std::string_view key) const;
     /// A JSON object; null when absent. Lives as long as these parameters.
     const Json* object(std::string_view key) const;

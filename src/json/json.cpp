@@ -38,7 +38,9 @@ std::string withoutOverflows(std::string_view text) {
     return result;
 }
 
-Json parse(std::string_view text) { return Json::parse(text, nullptr, /*allow_exceptions=*/false); }
+Json parse(std::string_view text) {
+    return Json::parse(text, nullptr, /*allow_exceptions=*/false);
+}
 
 }  // namespace
 

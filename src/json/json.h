@@ -16,8 +16,8 @@ using Json = nlohmann::json;
 /// Numbers too large for a double read as the largest one.
 std::optional<Json> parseJson(std::string_view text);
 
-/// The value when it is a JSON number that is exactly an integer in the signed 64-bit range, however
-/// it is spelled (3 and 3.0 both give 3). A boolean is not a number.
+/// The value when it is a JSON number that is exactly an integer in the signed 64-bit range,
+/// however it is spelled (3 and 3.0 both give 3). A boolean is not a number.
 std::optional<std::int64_t> jsonInteger(const Json& value);
 
 /// A platform value as JSON. What JSON has no word for (elements, points, opaque values) becomes

@@ -51,8 +51,8 @@ class ScreenCapture {
                                                                 bool onScreenWindowsOnly) = 0;
     /// An image of that window alone, whatever covers it, scaled to the configured size. Null on an
     /// error (the window is gone, or has no content).
-    virtual std::unique_ptr<CapturedImage> captureImage(const ShareableWindow& window,
-                                                        const StreamConfiguration& configuration) = 0;
+    virtual std::unique_ptr<CapturedImage> captureImage(
+        const ShareableWindow& window, const StreamConfiguration& configuration) = 0;
     /// The image as the bytes of a PNG file; empty when it cannot be encoded.
     virtual std::string pngRepresentation(const CapturedImage& image) = 0;
 };

@@ -24,7 +24,8 @@ std::optional<std::int64_t> Value::integer() const {
     const auto value = get<double>();
     // 2^63 is the first double above the range; its negative is the last one inside it.
     constexpr double kLimit = 9223372036854775808.0;
-    if (!value || !(*value >= -kLimit && *value < kLimit) || std::trunc(*value) != *value) return {};
+    if (!value || !(*value >= -kLimit && *value < kLimit) || std::trunc(*value) != *value)
+        return {};
     return static_cast<std::int64_t>(*value);
 }
 

@@ -13,9 +13,9 @@
 
 namespace quil {
 
-/// One user-interface element of another application, opaque above the backends. Elements are shared
-/// handles: the last holder releases the platform's object. A handle may outlive its element or
-/// even its application; calls on it then fail with a result code.
+/// One user-interface element of another application, opaque above the backends. Elements are
+/// shared handles: the last holder releases the platform's object. A handle may outlive its element
+/// or even its application; calls on it then fail with a result code.
 class AccessibilityElement {
   public:
     virtual ~AccessibilityElement() = default;

@@ -13,9 +13,9 @@ inline constexpr std::uint32_t kWindowListOptionOnScreenOnly = 1;
 inline constexpr std::uint32_t kWindowListExcludeDesktopElements = 16;
 
 /// Members of a window's information dictionary. A platform leaves out what it does not know.
-inline constexpr std::string_view kWindowLayer = "kCGWindowLayer";      // integer; 0: ordinary
-inline constexpr std::string_view kWindowNumber = "kCGWindowNumber";    // integer
-inline constexpr std::string_view kWindowName = "kCGWindowName";        // string, the title
+inline constexpr std::string_view kWindowLayer = "kCGWindowLayer";          // integer; 0: ordinary
+inline constexpr std::string_view kWindowNumber = "kCGWindowNumber";        // integer
+inline constexpr std::string_view kWindowName = "kCGWindowName";            // string, the title
 inline constexpr std::string_view kWindowOwnerName = "kCGWindowOwnerName";  // string
 inline constexpr std::string_view kWindowOwnerPid = "kCGWindowOwnerPID";    // integer
 /// A dictionary with the numbers "X", "Y", "Width" and "Height": the window's rectangle in global

@@ -75,8 +75,12 @@ void appendUtf8(std::string& text, char32_t value) {
     text.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
 }
 
-bool isHighSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool isLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+bool isHighSurrogate(char16_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+bool isLowSurrogate(char16_t unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
 
 }  // namespace
 
@@ -89,6 +93,19 @@ std::string_view characterPrefix(std::string_view text, std::int64_t count) {
     // No text has more characters than bytes.
     if (text.size() <= static_cast<std::uint64_t>(count)) return text;
     return text.substr(0, extentOf(text, count).bytes);
+}
+
+bool isBlank(std::string_view text) {
+    for (std::size_t position = 0; position < text.size();) {
+        const CodePoint current = codePointAt(text, position);
+        if (!current.value) return false;
+        const bool space = *current.value == '\t' ||
+                           utf8proc_category(static_cast<utf8proc_int32_t>(*current.value)) ==
+                               UTF8PROC_CATEGORY_ZS;
+        if (!space) return false;
+        position += current.length;
+    }
+    return true;
 }
 
 std::u16string toUtf16(std::string_view text) {
@@ -146,8 +163,8 @@ std::string lowercased(std::string_view text) {
     for (std::size_t position = 0; position < text.size();) {
         const CodePoint current = codePointAt(text, position);
         if (current.value) {
-            appendUtf8(lower, static_cast<char32_t>(utf8proc_tolower(
-                                  static_cast<utf8proc_int32_t>(*current.value))));
+            appendUtf8(lower, static_cast<char32_t>(
+                                  utf8proc_tolower(static_cast<utf8proc_int32_t>(*current.value))));
         } else {
             lower.append(text.substr(position, current.length));
         }

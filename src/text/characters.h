@@ -5,8 +5,8 @@
 #include <string_view>
 
 /// Text is UTF-8 throughout. A character is what a person perceives as one: an extended grapheme
-/// cluster (Unicode Standard Annex 29), so that a flag, a joined family or a letter with its accents
-/// counts once, and so does a carriage return with its line feed.
+/// cluster (Unicode Standard Annex 29), so that a flag, a joined family or a letter with its
+/// accents counts once, and so does a carriage return with its line feed.
 namespace quil {
 
 /// The number of characters. Broken UTF-8 is tolerated: each byte that is part of no character
@@ -15,6 +15,10 @@ std::int64_t characterCount(std::string_view text);
 
 /// The first `count` characters, or the whole text when it has no more; empty for a count below 1.
 std::string_view characterPrefix(std::string_view text, std::int64_t count);
+
+/// Whether the text holds nothing but spaces (Unicode category Zs) and tabs. Line breaks are not
+/// blank.
+bool isBlank(std::string_view text);
 
 /// The text in UTF-16 code units. Bytes that are not UTF-8 become U+FFFD.
 std::u16string toUtf16(std::string_view text);

@@ -1,0 +1,45 @@
+#include "runtime/dispatch.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "runtime/accessibility_handlers.h"
+#include "runtime/desktop_handlers.h"
+
+namespace quil {
+namespace {
+
+struct Method {
+    std::string_view name;
+    Handler handler;
+};
+
+/// Every method of the protocol. To add one, write its handler and add its line.
+constexpr Method kMethods[] = {
+    {"ping", handlePing},
+    {"desktop_target", handleTarget},
+    {"desktop_windows_list", handleWindowsList},
+    {"desktop_ax_get_state", handleAxGetState},
+    {"desktop_read_value", handleReadValue},
+    {"desktop_ax_action", handleAxAction},
+};
+
+}  // namespace
+
+void dispatch(Runtime& runtime, const Request& request) {
+    const auto* method =
+        std::find_if(std::begin(kMethods), std::end(kMethods),
+                     [&](const Method& entry) { return entry.name == request.method; });
+    if (method == std::end(kMethods)) {
+        runtime.responses.respondError(request.id, "unknown method: " + request.method);
+        return;
+    }
+    // Operations throw before anything has been written, so this is the only answer.
+    try {
+        method->handler(runtime, request.id, request.parameters);
+    } catch (const std::exception& error) {
+        runtime.responses.respondAxError(request.id, error);
+    }
+}
+
+}  // namespace quil

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "runtime/request.h"
+#include "runtime/runtime.h"
+
+namespace quil {
+
+/// Runs the handler of the request's method, or answers that the method is unknown. Writes exactly
+/// one response.
+void dispatch(Runtime& runtime, const Request& request);
+
+}  // namespace quil

@@ -1,0 +1,8 @@
+#include "runtime/runtime.h"
+
+namespace quil {
+
+Runtime::Runtime(Platform& platformToUse)
+    : platform(platformToUse), responses(platformToUse.standardOutput()) {}
+
+}  // namespace quil

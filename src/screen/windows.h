@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+
+#include "json/json.h"
+#include "platform/platform.h"
+
+namespace quil {
+
+/// The ordinary application windows on screen, front to back, each as the protocol's window entry.
+/// An empty list when the platform gives none.
+Json windowsList(Platform& platform);
+
+/// The application that has the person's focus.
+std::optional<RunningApplication> frontmostApplication(Platform& platform);
+
+}  // namespace quil

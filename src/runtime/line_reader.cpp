@@ -1,5 +1,7 @@
 #include "runtime/line_reader.h"
 
+#include <utility>
+
 namespace quil {
 namespace {
 

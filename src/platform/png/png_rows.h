@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "platform/png/picture.h"
+
+namespace quil {
+
+/// Colour types of the PNG format.
+inline constexpr std::uint8_t kPngTrueColour = 2;
+inline constexpr std::uint8_t kPngPalette = 3;
+inline constexpr std::uint8_t kPngTrueColourAlpha = 6;
+
+/// How the pixels of an image are written.
+struct PngFormat {
+    std::uint8_t colourType = kPngTrueColour;
+    /// Bits per channel, or per palette index.
+    std::uint8_t bitDepth = 8;
+    /// 0xAARRGGBB by index; empty unless the colour type is a palette.
+    std::vector<std::uint32_t> palette;
+
+    /// Bytes of a row of that many pixels, without its filter byte.
+    std::int64_t rowBytes(std::int64_t pixels) const;
+};
+
+/// The most compact format that keeps every pixel.
+PngFormat choosePngFormat(const Picture& picture);
+
+/// Image data ready to be compressed.
+struct PngRows {
+    std::unique_ptr<std::uint8_t[]> bytes;
+    std::size_t size = 0;
+};
+
+/// The picture's image as filtered rows: each a filter byte and the row's bytes.
+PngRows filteredRows(const Picture& picture, const PngFormat& format);
+
+}  // namespace quil

@@ -5,6 +5,8 @@
 
 #include "runtime/accessibility_handlers.h"
 #include "runtime/desktop_handlers.h"
+#include "runtime/glimpse_handlers.h"
+#include "runtime/screenshot_app_handlers.h"
 
 namespace quil {
 namespace {
@@ -18,10 +20,16 @@ struct Method {
 constexpr Method kMethods[] = {
     {"ping", handlePing},
     {"desktop_target", handleTarget},
+    {"desktop_screenshot", handleScreenshot},
     {"desktop_windows_list", handleWindowsList},
     {"desktop_ax_get_state", handleAxGetState},
     {"desktop_read_value", handleReadValue},
     {"desktop_ax_action", handleAxAction},
+    {"desktop_apps_list", handleAppsList},
+    {"desktop_launch_app", handleLaunchApp},
+    {"startFrontmostGlimpseCapture", handleStartGlimpseCapture},
+    {"nextGlimpseCaptureUpdate", handleNextGlimpseUpdate},
+    {"cancelGlimpseCapture", handleCancelGlimpseCapture},
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "accessibility/ax_snapshot.h"
 #include "platform/platform.h"
+#include "runtime/glimpse_sessions.h"
 #include "runtime/parameters.h"
 #include "runtime/responses.h"
 
@@ -20,6 +21,7 @@ struct Runtime {
     /// The last accessibility snapshot taken, against which element tokens are checked; null until
     /// the first one.
     LastAxSnapshot lastAxSnapshot;
+    GlimpseSessions glimpseSessions;
 };
 
 /// Answers one request: writes exactly one response for `id`.

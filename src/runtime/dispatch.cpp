@@ -6,6 +6,7 @@
 #include "runtime/accessibility_handlers.h"
 #include "runtime/desktop_handlers.h"
 #include "runtime/glimpse_handlers.h"
+#include "runtime/pointer_keyboard_handlers.h"
 #include "runtime/screenshot_app_handlers.h"
 
 namespace quil {
@@ -25,8 +26,16 @@ constexpr Method kMethods[] = {
     {"desktop_ax_get_state", handleAxGetState},
     {"desktop_read_value", handleReadValue},
     {"desktop_ax_action", handleAxAction},
+    {"desktop_click", handleClick},
+    {"desktop_double_click", handleDoubleClick},
+    {"desktop_move", handleMove},
+    {"desktop_scroll", handleScroll},
+    {"desktop_type", handleType},
+    {"desktop_paste", handlePaste},
     {"desktop_apps_list", handleAppsList},
     {"desktop_launch_app", handleLaunchApp},
+    {"desktop_keypress", handleKeypress},
+    {"desktop_drag", handleDrag},
     {"startFrontmostGlimpseCapture", handleStartGlimpseCapture},
     {"nextGlimpseCaptureUpdate", handleNextGlimpseUpdate},
     {"cancelGlimpseCapture", handleCancelGlimpseCapture},

@@ -1,0 +1,75 @@
+#include "input/keyboard.h"
+
+#include <algorithm>
+#include <string>
+
+#include "input/key_combination.h"
+#include "text/characters.h"
+
+namespace quil {
+namespace {
+
+/// What one keyboard event carries.
+constexpr std::size_t kChunkUnits = 20;
+constexpr std::uint32_t kPasteMicroseconds = 250'000;
+
+bool isHighSurrogate(char16_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+bool isSurrogate(char16_t unit) {
+    return unit >= 0xD800 && unit <= 0xDFFF;
+}
+
+void postText(EventPosting& events, EventSource* source, std::u16string_view chunk, bool keyDown) {
+    const auto event = events.createKeyboardEvent(source, 0, keyDown);
+    if (!event) return;
+    events.keyboardSetUnicodeString(*event, chunk);
+    events.post(kHidEventTap, *event);
+}
+
+}  // namespace
+
+void keypress(Platform& platform, std::string_view combo) {
+    const auto combination = parseKeyCombination(combo);
+    if (!combination) return;
+    EventPosting& events = platform.eventPosting();
+    const auto source = events.createSource(kEventSourceStateHidSystemState);
+    const auto down = events.createKeyboardEvent(source.get(), combination->keyCode, true);
+    const auto up = events.createKeyboardEvent(source.get(), combination->keyCode, false);
+    for (const PostableEventRef* event : {&down, &up}) {
+        if (*event) events.setFlags(**event, combination->flags);
+    }
+    for (const PostableEventRef* event : {&down, &up}) {
+        if (*event) events.post(kHidEventTap, **event);
+    }
+}
+
+void typeText(Platform& platform, std::string_view text) {
+    const std::u16string units = toUtf16(text);
+    if (units.empty()) return;
+    EventPosting& events = platform.eventPosting();
+    const auto source = events.createSource(kEventSourceStateHidSystemState);
+    std::u16string_view rest = units;
+    while (!rest.empty()) {
+        std::size_t length = std::min(kChunkUnits, rest.size());
+        if (length < rest.size() && isHighSurrogate(rest[length - 1])) --length;
+        std::u16string_view chunk = rest.substr(0, length);
+        if (chunk.size() == 1 && isSurrogate(chunk.front())) chunk = u"\uFFFD";
+        postText(events, source.get(), chunk, true);
+        postText(events, source.get(), chunk, false);
+        rest.remove_prefix(length);
+    }
+}
+
+void pasteText(Platform& platform, std::string_view text) {
+    Pasteboard& pasteboard = platform.pasteboard();
+    const auto previous = pasteboard.stringForType(kPasteboardTypeString);
+    pasteboard.clearContents();
+    pasteboard.setString(text, kPasteboardTypeString);
+    keypress(platform, "cmd+v");
+    platform.clock().sleepMicroseconds(kPasteMicroseconds);
+    pasteboard.clearContents();
+    if (previous) pasteboard.setString(*previous, kPasteboardTypeString);
+}
+
+}  // namespace quil

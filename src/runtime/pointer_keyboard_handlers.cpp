@@ -1,0 +1,127 @@
+#include "runtime/pointer_keyboard_handlers.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+
+#include "accessibility/ax_elements.h"
+#include "input/keyboard.h"
+#include "input/pointer.h"
+#include "runtime/gates.h"
+#include "screen/display_geometry.h"
+#include "target/capture_target.h"
+
+namespace quil {
+namespace {
+
+/// The global point of a point object; absent when the member is no object or does not resolve.
+std::optional<Point> pointMember(Runtime& runtime, const Parameters& parameters,
+                                 std::string_view key) {
+    const Json* object = parameters.object(key);
+    if (!object) return {};
+    return screenPoint(runtime.platform.displays(), *object);
+}
+
+/// The centre of the element when one is named, else the point. Throws an `AxError` for an element
+/// that cannot be resolved.
+std::optional<Point> elementOrPoint(Runtime& runtime, const Parameters& parameters) {
+    if (const auto element = parameters.string("element")) {
+        return axElementCenter(runtime.platform, runtime.lastAxSnapshot, *element);
+    }
+    return pointMember(runtime, parameters, "point");
+}
+
+void respondOk(Runtime& runtime, std::int64_t id) {
+    runtime.responses.respond(id, {{"ok", true}});
+}
+
+void respondOkWithTarget(Runtime& runtime, std::int64_t id) {
+    runtime.responses.respond(
+        id, {{"ok", true}, {"target", targetDictionary(frontmostTarget(runtime.platform))}});
+}
+
+void clickTimes(Runtime& runtime, std::int64_t id, const Parameters& parameters, int count) {
+    if (!requireAccessibility(runtime, id)) return;
+    const auto point = elementOrPoint(runtime, parameters);
+    if (!point) return runtime.responses.respondError(id, "point is required");
+    click(runtime.platform, *point, count);
+    respondOkWithTarget(runtime, id);
+}
+
+using EnterText = void (*)(Platform& platform, std::string_view text);
+
+void enterText(Runtime& runtime, std::int64_t id, const Parameters& parameters, EnterText enter) {
+    if (!requireAccessibility(runtime, id)) return;
+    const auto text = parameters.string("text");
+    if (!text) return runtime.responses.respondError(id, "text is required");
+    if (const auto element = parameters.string("element")) {
+        performAxAction(runtime.platform, runtime.lastAxSnapshot, *element, "focus", {}, {});
+    } else if (const auto point = pointMember(runtime, parameters, "point")) {
+        click(runtime.platform, *point, 1);
+    }
+    enter(runtime.platform, *text);
+    respondOkWithTarget(runtime, id);
+}
+
+/// The wheel's turn is a signed 32-bit number: what is beyond becomes the largest turn.
+std::int32_t wheelAmount(std::int64_t amount) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(amount, Limits::min(), Limits::max()));
+}
+
+}  // namespace
+
+void handleClick(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
+    clickTimes(runtime, id, parameters, 1);
+}
+
+void handleDoubleClick(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
+    clickTimes(runtime, id, parameters, 2);
+}
+
+void handleMove(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
+    if (!requireAccessibility(runtime, id)) return;
+    const auto point = pointMember(runtime, parameters, "point");
+    if (!point) return runtime.responses.respondError(id, "point is required");
+    postMouse(runtime.platform, kEventMouseMoved, *point);
+    respondOk(runtime, id);
+}
+
+void handleScroll(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
+    if (!requireAccessibility(runtime, id)) return;
+    const auto amount = parameters.integer("amount");
+    if (!amount) return runtime.responses.respondError(id, "amount is required");
+    const auto point = elementOrPoint(runtime, parameters);
+    if (!point) return runtime.responses.respondError(id, "point or element is required");
+    const bool horizontal = parameters.string("axis") == "horizontal";
+    scroll(runtime.platform, *point, wheelAmount(*amount), horizontal);
+    respondOk(runtime, id);
+}
+
+void handleType(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
+    enterText(runtime, id, parameters, typeText);
+}
+
+void handlePaste(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
+    enterText(runtime, id, parameters, pasteText);
+}
+
+void handleKeypress(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
+    if (!requireAccessibility(runtime, id)) return;
+    const auto combo = parameters.string("combo");
+    if (!combo) return runtime.responses.respondError(id, "combo is required");
+    keypress(runtime.platform, *combo);
+    respondOk(runtime, id);
+}
+
+void handleDrag(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
+    if (!requireAccessibility(runtime, id)) return;
+    const auto from = pointMember(runtime, parameters, "from");
+    const auto to = from ? pointMember(runtime, parameters, "to") : std::nullopt;
+    if (!to) return runtime.responses.respondError(id, "from and to are required");
+    drag(runtime.platform, *from, *to);
+    respondOk(runtime, id);
+}
+
+}  // namespace quil

@@ -75,7 +75,7 @@ TEST_F(AxElements, ScrollPages) {
         int up;
         int down;
     };
-    const Case cases[] = {{{}, 0, 1},  {0, 0, 1},   {3, 0, 3},          {-3, 3, 0},
+    const Case cases[] = {{{}, 0, 1},  {0, 0, 1},    {3, 0, 3},          {-3, 3, 0},
                           {25, 0, 10}, {-25, 10, 0}, {INT64_MIN, 10, 0}, {INT64_MAX, 0, 10}};
     field.action("AXScrollUpByPage").action("AXScrollDownByPage");
     observe();
@@ -84,7 +84,8 @@ TEST_F(AxElements, ScrollPages) {
     for (const Case& c : cases) {
         EXPECT_EQ(act("e0.1", "scroll", {}, c.amount), "");
         EXPECT_EQ(field.timesPerformed("AXScrollUpByPage") - up, c.up) << c.amount.value_or(1);
-        EXPECT_EQ(field.timesPerformed("AXScrollDownByPage") - down, c.down) << c.amount.value_or(1);
+        EXPECT_EQ(field.timesPerformed("AXScrollDownByPage") - down, c.down)
+            << c.amount.value_or(1);
         up = field.timesPerformed("AXScrollUpByPage");
         down = field.timesPerformed("AXScrollDownByPage");
     }

@@ -57,7 +57,9 @@ TEST_F(AxSnapshotTest, EveryRecordedFieldChangesTheRevision) {
         [&] { button.identifier("i"); },
         [&] { button.enabled(true); },
         [&] { button.enabled(false); },
-        [&] { button.bounds({1, 2, 3, 4}); },
+        [&] {
+            button.bounds({1, 2, 3, 4});
+        },
         [&] { button.action("AXPress"); },
         [&] { button.element("AXGroup"); },
     };

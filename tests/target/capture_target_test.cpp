@@ -15,7 +15,9 @@ class CaptureTargetTest : public testing::Test {
     SimulatedPlatform platform{desktop};
 };
 
-TEST_F(CaptureTargetTest, NothingIsFrontmost) { EXPECT_EQ(target(), Json::object()); }
+TEST_F(CaptureTargetTest, NothingIsFrontmost) {
+    EXPECT_EQ(target(), Json::object());
+}
 
 TEST_F(CaptureTargetTest, AbsentFactsLeaveTheirKeysOut) {
     auto& application = desktop.application(100, "Notes").activate();

@@ -1,0 +1,251 @@
+#include "platform/simulated/desktop.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "platform/pasteboard.h"
+
+namespace quil {
+namespace {
+
+simulated::Element* findBelow(simulated::Element& element, std::string_view id) {
+    if (element.id() == id) return &element;
+    for (const auto& child : element.children()) {
+        if (simulated::Element* found = findBelow(*child, id)) return found;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+SimulatedDesktop::SimulatedDesktop()
+    : displays{{1, {0, 0, 1440, 900}, "Built-in Display"}},
+      sleepingMainDisplay{1, {0, 0, 1440, 900}, {}},
+      applicationFolders{"/Applications", "/Applications/Utilities", "/System/Applications",
+                         "/System/Applications/Utilities"},
+      eventTaps_([this](std::string_view call) { return !enter(call); }),
+      person_(*this) {}
+
+SimulatedDesktop::~SimulatedDesktop() {
+    for (const auto* list : {&applications_, &endedApplications_}) {
+        for (const auto& application : *list) application->releaseValues();
+    }
+    for (const auto& window : windows_) window->releaseValues();
+}
+
+simulated::Application& SimulatedDesktop::application(std::int32_t pid, std::string name) {
+    applications_.push_back(std::make_shared<simulated::Application>(*this, pid, std::move(name)));
+    if (!frontmost_ && applications_.size() == 1) frontmost_ = applications_.back().get();
+    return *applications_.back();
+}
+
+simulated::Application* SimulatedDesktop::findApplication(std::int32_t pid) {
+    const auto found = std::ranges::find(
+        applications_, pid, [](const auto& application) { return application->pid(); });
+    return found == applications_.end() ? nullptr : found->get();
+}
+
+simulated::Window& SimulatedDesktop::window(std::string title, Rect frame) {
+    addWindow(
+        std::make_shared<simulated::Window>(nullptr, nextWindowNumber(), std::move(title), frame));
+    return *windows_.back();
+}
+
+std::vector<simulated::Window*> SimulatedDesktop::windows() const {
+    std::vector<simulated::Window*> result;
+    for (const auto& window : windows_) {
+        if (window->exists()) result.push_back(window.get());
+    }
+    return result;
+}
+
+void SimulatedDesktop::raise(simulated::Window& window) {
+    const auto found =
+        std::ranges::find(windows_, &window, [](const auto& entry) { return entry.get(); });
+    if (found != windows_.end()) std::rotate(windows_.begin(), found, found + 1);
+}
+
+simulated::Element* SimulatedDesktop::find(std::string_view id) {
+    for (const auto& application : applications_) {
+        if (simulated::Element* found = findBelow(*application, id)) return found;
+    }
+    for (simulated::Window* window : windows()) {
+        if (simulated::Element* found = findBelow(*window, id)) return found;
+    }
+    return nullptr;
+}
+
+std::optional<std::string> SimulatedDesktop::pasteboardText() const {
+    const auto found = pasteboard.find(kPasteboardTypeString);
+    if (found == pasteboard.end()) return {};
+    return found->second;
+}
+
+SimulatedDesktop::BundleFile& SimulatedDesktop::BundleFile::identifier(std::string text) {
+    bundle.bundleIdentifier = std::move(text);
+    return *this;
+}
+
+SimulatedDesktop::BundleFile& SimulatedDesktop::BundleFile::displayName(std::string text) {
+    return information("CFBundleDisplayName", std::move(text));
+}
+
+SimulatedDesktop::BundleFile& SimulatedDesktop::BundleFile::name(std::string text) {
+    return information("CFBundleName", std::move(text));
+}
+
+SimulatedDesktop::BundleFile& SimulatedDesktop::BundleFile::information(std::string key,
+                                                                        Value value) {
+    bundle.infoDictionary.insert_or_assign(std::move(key), std::move(value));
+    return *this;
+}
+
+SimulatedDesktop::BundleFile& SimulatedDesktop::BundleFile::notABundle() {
+    isBundle = false;
+    return *this;
+}
+
+SimulatedDesktop::BundleFile& SimulatedDesktop::BundleFile::whenLaunched(Change change) {
+    launch = std::move(change);
+    return *this;
+}
+
+SimulatedDesktop::BundleFile& SimulatedDesktop::bundle(std::string path) {
+    bundles_.push_back({.path = std::move(path), .bundle = {}, .isBundle = true, .launch = {}});
+    return bundles_.back();
+}
+
+void SimulatedDesktop::pass(double seconds) {
+    const double end = clock_.now() + seconds;
+    // What is due on the way happens at its own time.
+    for (double next = nextChangeBefore(end);; next = nextChangeBefore(end)) {
+        clock_.pass(std::max(0.0, next - clock_.now()));
+        const auto guard = lock();
+        makeDueChanges();
+        if (next >= end) break;
+    }
+    settle();
+}
+
+simulated::Rule& SimulatedDesktop::on(std::string_view call) {
+    if (std::ranges::find(simulated::callNames(), call) == simulated::callNames().end()) {
+        throw std::invalid_argument("no call of the platform: " + std::string(call));
+    }
+    return rules_.emplace_back(call);
+}
+
+void SimulatedDesktop::at(double seconds, Change change) {
+    const auto place = std::ranges::upper_bound(timedChanges_, seconds, {}, &TimedChange::time);
+    timedChanges_.insert(place, {seconds, std::move(change)});
+}
+
+void SimulatedDesktop::onRequest(int n, Change change) {
+    requestChanges_.emplace(n, std::move(change));
+}
+
+std::vector<simulated::LogEntry> SimulatedDesktop::log() const {
+    const auto guard = lock();
+    return log_;
+}
+
+std::vector<std::string> SimulatedDesktop::logLines() const {
+    std::vector<std::string> lines;
+    for (const simulated::LogEntry& entry : log()) lines.push_back(simulated::describe(entry));
+    return lines;
+}
+
+std::vector<simulated::PostedEvent> SimulatedDesktop::postedEvents() const {
+    std::vector<simulated::PostedEvent> events;
+    for (const simulated::LogEntry& entry : log()) {
+        if (const auto* event = std::get_if<simulated::PostedEvent>(&entry.what)) {
+            events.push_back(*event);
+        }
+    }
+    return events;
+}
+
+int SimulatedDesktop::callCount(std::string_view call) const {
+    const auto guard = lock();
+    const auto found = callCounts_.find(call);
+    return found == callCounts_.end() ? 0 : found->second;
+}
+
+void SimulatedDesktop::clearLog() {
+    const auto guard = lock();
+    log_.clear();
+}
+
+void SimulatedDesktop::observeLog(std::function<void(const simulated::LogEntry&)> observer) {
+    const auto guard = lock();
+    logObserver_ = std::move(observer);
+}
+
+void SimulatedDesktop::locked(const std::function<void()>& body) const {
+    const auto guard = lock();
+    body();
+}
+
+std::optional<simulated::Failure> SimulatedDesktop::enter(
+    std::string_view call, std::initializer_list<std::string_view> subjects) {
+    const auto guard = lock();
+    ++callCounts_[std::string(call)];
+    makeDueChanges();
+    std::optional<simulated::Failure> failure;
+    // Changes may add rules; those begin with the next call.
+    const std::size_t count = rules_.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        simulated::Rule& rule = rules_[i];
+        if (!rule.applies(call, subjects)) continue;
+        clock_.pass(rule.seconds());
+        makeDueChanges();
+        if (rule.change()) rule.change()(*this);
+        if (rule.failure()) failure = rule.failure();
+    }
+    return failure;
+}
+
+void SimulatedDesktop::record(decltype(simulated::LogEntry::what) what) {
+    const auto guard = lock();
+    log_.push_back({clock_.now(), std::move(what)});
+    if (logObserver_) logObserver_(log_.back());
+}
+
+void SimulatedDesktop::requestArrives() {
+    {
+        const auto guard = lock();
+        ++requests_;
+        makeDueChanges();
+        const auto [first, last] = requestChanges_.equal_range(requests_);
+        for (auto entry = first; entry != last; ++entry) Change(entry->second)(*this);
+    }
+    settle();
+}
+
+void SimulatedDesktop::addWindow(std::shared_ptr<simulated::Window> window) {
+    windows_.push_back(std::move(window));
+}
+
+void SimulatedDesktop::applicationEnded(simulated::Application& application) {
+    const auto found = std::ranges::find(applications_, &application,
+                                         [](const auto& entry) { return entry.get(); });
+    if (found == applications_.end()) return;
+    endedApplications_.push_back(*found);
+    applications_.erase(found);
+    if (frontmost_ == &application) frontmost_ = nullptr;
+}
+
+/// When the next change is due, at most `end`.
+double SimulatedDesktop::nextChangeBefore(double end) const {
+    const auto guard = lock();
+    return timedChanges_.empty() ? end : std::min(end, timedChanges_.front().time);
+}
+
+void SimulatedDesktop::makeDueChanges() {
+    while (!timedChanges_.empty() && timedChanges_.front().time <= clock_.now()) {
+        const Change change = std::move(timedChanges_.front().change);
+        timedChanges_.erase(timedChanges_.begin());
+        change(*this);
+    }
+}
+
+}  // namespace quil

@@ -1,0 +1,71 @@
+#include "platform/simulated/person.h"
+
+#include <cmath>
+
+#include "platform/event_posting.h"
+#include "platform/simulated/desktop.h"
+#include "platform/simulated/us_keyboard.h"
+#include "text/characters.h"
+
+namespace quil::simulated {
+
+Person& Person::click(Point point) {
+    event({.type = kEventLeftMouseDown, .location = point});
+    return event({.type = kEventLeftMouseUp, .location = point});
+}
+
+Person& Person::drag(Point from, Point to) {
+    event({.type = kEventLeftMouseDown, .location = from});
+    event({.type = kEventLeftMouseDragged, .location = to});
+    return event({.type = kEventLeftMouseUp, .location = to});
+}
+
+Person& Person::scroll(Point point, std::int64_t lines) {
+    return event({.type = kEventScrollWheel, .location = point, .scrollLines = lines});
+}
+
+Person& Person::key(std::int64_t keyCode, std::optional<std::string> characters,
+                    std::uint64_t flags) {
+    UserEvent key{.type = kEventKeyDown,
+                  .flags = flags,
+                  .keyCode = keyCode,
+                  .characters = std::move(characters)};
+    event(key);
+    key.type = kEventKeyUp;
+    return event(key);
+}
+
+Person& Person::type(std::string_view text) {
+    while (!text.empty()) {
+        const std::string_view character = characterPrefix(text, 1);
+        const UsKey key = usKeyFor(character);
+        this->key(key.code, std::string(character), key.shifted ? kEventFlagMaskShift : 0);
+        text.remove_prefix(character.size());
+    }
+    return *this;
+}
+
+Person& Person::event(UserEvent event) {
+    if (event.timestamp == 0) {
+        event.timestamp = static_cast<std::uint64_t>(std::llround(desktop_.clock().uptime() * 1e9));
+    }
+    desktop_.eventTaps().deliver(event);
+    return *this;
+}
+
+Person& Person::disableTapsByTimeout() {
+    desktop_.eventTaps().disableTaps(true);
+    return *this;
+}
+
+Person& Person::disableTapsByUserInput() {
+    desktop_.eventTaps().disableTaps(false);
+    return *this;
+}
+
+Person& Person::secureInput(bool enabled) {
+    desktop_.eventTaps().setSecureEventInput(enabled);
+    return *this;
+}
+
+}  // namespace quil::simulated

@@ -1,0 +1,26 @@
+#include "platform/simulated/simulated_platform.h"
+
+namespace quil {
+
+SimulatedPlatform::SimulatedPlatform(SimulatedDesktop& desktop)
+    : SimulatedPlatform(desktop, input, output) {}
+
+SimulatedPlatform::SimulatedPlatform(SimulatedDesktop& desktop, InputStream& standardInput,
+                                     OutputStream& standardOutput)
+    : permissions_(desktop),
+      displays_(desktop),
+      windowList_(desktop),
+      workspace_(desktop),
+      codeSigning_(desktop),
+      accessibility_(desktop),
+      screenCapture_(desktop),
+      eventPosting_(desktop),
+      pasteboard_(desktop),
+      eventTaps_(desktop.eventTaps()),
+      bundles_(desktop),
+      clock_(desktop),
+      requests_(standardInput, [&desktop] { desktop.requestArrives(); }),
+      standardOutput_(standardOutput),
+      threads_(desktop.eventTaps()) {}
+
+}  // namespace quil

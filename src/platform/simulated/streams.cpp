@@ -1,0 +1,95 @@
+#include "platform/simulated/streams.h"
+
+#include <algorithm>
+
+namespace quil::simulated {
+namespace {
+
+std::vector<std::string> cutIntoLines(std::string_view text) {
+    std::vector<std::string> lines;
+    for (std::size_t end; (end = text.find('\n')) != text.npos; text.remove_prefix(end + 1)) {
+        lines.emplace_back(text.substr(0, end));
+    }
+    if (!text.empty()) lines.emplace_back(text);
+    return lines;
+}
+
+}  // namespace
+
+void MemoryInput::line(std::string_view text) {
+    bytes(std::string(text) + '\n');
+}
+
+void MemoryInput::bytes(std::string_view text) {
+    const std::lock_guard lock(mutex_);
+    pending_ += text;
+    changed_.notify_all();
+}
+
+void MemoryInput::holdOpen() {
+    const std::lock_guard lock(mutex_);
+    isHeldOpen_ = true;
+}
+
+void MemoryInput::end() {
+    const std::lock_guard lock(mutex_);
+    isHeldOpen_ = false;
+    changed_.notify_all();
+}
+
+std::size_t MemoryInput::read(char* buffer, std::size_t capacity) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return !pending_.empty() || !isHeldOpen_; });
+    const std::size_t count = std::min(capacity, pending_.size());
+    pending_.copy(buffer, count);
+    pending_.erase(0, count);
+    return count;
+}
+
+void MemoryOutput::write(std::string_view bytes) {
+    const std::lock_guard lock(mutex_);
+    text_ += bytes;
+    ++writes_;
+    changed_.notify_all();
+}
+
+std::string MemoryOutput::text() const {
+    const std::lock_guard lock(mutex_);
+    return text_;
+}
+
+std::vector<std::string> MemoryOutput::lines() const {
+    return cutIntoLines(text());
+}
+
+std::string MemoryOutput::waitForLine(std::size_t count) const {
+    std::unique_lock lock(mutex_);
+    const auto written = [&] {
+        return static_cast<std::size_t>(std::ranges::count(text_, '\n')) >= count;
+    };
+    changed_.wait(lock, written);
+    return cutIntoLines(text_)[count - 1];
+}
+
+int MemoryOutput::writes() const {
+    const std::lock_guard lock(mutex_);
+    return writes_;
+}
+
+std::size_t RequestInput::read(char* buffer, std::size_t capacity) {
+    if (pending_.empty()) {
+        pending_.resize(capacity);
+        pending_.resize(source_.read(pending_.data(), capacity));
+        if (pending_.empty()) return 0;
+    }
+    if (!inLine_) lineArrives_();
+    const std::size_t lineFeed = pending_.find('\n');
+    const std::size_t available = lineFeed == pending_.npos ? pending_.size() : lineFeed + 1;
+    const std::size_t count = std::min(capacity, available);
+    inLine_ = count < available || lineFeed == pending_.npos;
+    pending_.copy(buffer, count);
+    pending_.erase(0, count);
+    return count;
+}
+
+}  // namespace quil::simulated

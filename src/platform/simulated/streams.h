@@ -1,0 +1,70 @@
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/streams.h"
+
+namespace quil::simulated {
+
+/// Standard input in memory. It ends after what it was given, unless it is held open. May be fed
+/// from any thread.
+class MemoryInput : public InputStream {
+  public:
+    /// Adds a line; its terminator is added too.
+    void line(std::string_view text);
+    /// Adds bytes as they are.
+    void bytes(std::string_view text);
+    /// Makes reading wait for more, until `end`.
+    void holdOpen();
+    void end();
+
+    std::size_t read(char* buffer, std::size_t capacity) override;
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::string pending_;
+    bool isHeldOpen_ = false;
+};
+
+/// Standard output in memory. May be read from any thread.
+class MemoryOutput : public OutputStream {
+  public:
+    void write(std::string_view bytes) override;
+
+    std::string text() const;
+    /// The lines written so far, without their terminators.
+    std::vector<std::string> lines() const;
+    /// Waits until that many lines have been written in all, and returns the last of them.
+    std::string waitForLine(std::size_t count) const;
+    /// How often something was written.
+    int writes() const;
+
+  private:
+    mutable std::mutex mutex_;
+    mutable std::condition_variable changed_;
+    std::string text_;
+    int writes_ = 0;
+};
+
+/// Hands standard input on one line at a time, and tells so before each.
+class RequestInput : public InputStream {
+  public:
+    /// `source` outlives the stream.
+    RequestInput(InputStream& source, std::function<void()> lineArrives)
+        : source_(source), lineArrives_(std::move(lineArrives)) {}
+
+    std::size_t read(char* buffer, std::size_t capacity) override;
+
+  private:
+    InputStream& source_;
+    std::function<void()> lineArrives_;
+    std::string pending_;
+    bool inLine_ = false;  // some of the line has been handed on
+};
+
+}  // namespace quil::simulated

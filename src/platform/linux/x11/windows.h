@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/geometry.h"
+#include "platform/linux/x11/connection.h"
+
+namespace quil::linux_platform {
+
+/// A top-level window of an application: the window that the application made, without the frame
+/// that a window manager puts around it. Menus, tooltips and other windows that bypass the window
+/// manager are not among them.
+struct X11Window {
+    xcb_window_t id = XCB_WINDOW_NONE;
+    /// "_NET_WM_NAME", else "WM_NAME"; absent when the window has neither.
+    std::optional<std::string> title;
+    /// The window in global screen coordinates, without the shadows that the application draws
+    /// around itself (`shadows`).
+    Rect frame;
+    /// Widths of the shadows inside the X window, left, right, top, bottom ("_GTK_FRAME_EXTENTS").
+    struct Extents {
+        double left = 0, right = 0, top = 0, bottom = 0;
+    } shadows;
+    /// The level that its type stands for; 0 for ordinary windows.
+    std::int64_t layer = 0;
+    /// The wallpaper or the like.
+    bool isDesktopElement = false;
+    /// Mapped, not minimised, and on the current workspace.
+    bool onScreen = false;
+    /// The process that made the window; absent when it runs elsewhere or is unknown.
+    std::optional<std::int32_t> pid;
+    /// The two strings of "WM_CLASS", and "_GTK_APPLICATION_ID"; empty when missing.
+    std::string instanceName;
+    std::string className;
+    std::string gtkApplicationId;
+
+    /// The X window itself, shadows included, in global screen coordinates.
+    Rect windowRect() const {
+        return {frame.x - shadows.left, frame.y - shadows.top,
+                frame.width + shadows.left + shadows.right,
+                frame.height + shadows.top + shadows.bottom};
+    }
+};
+
+/// All top-level windows, front to back: the window manager's stacking list or, without a window
+/// manager, the children of the root.
+std::vector<X11Window> topLevelWindows(X11Connection& connection);
+
+/// The window that the person works in: the window manager's active window or, without one, the
+/// top-level window that holds the input focus. Nothing when there is none or it has just gone.
+std::optional<xcb_window_t> activeWindow(X11Connection& connection);
+
+/// What `topLevelWindows` says of these windows; windows that have gone are left out.
+std::vector<X11Window> describeWindows(X11Connection& connection,
+                                       const std::vector<xcb_window_t>& windows);
+
+}  // namespace quil::linux_platform

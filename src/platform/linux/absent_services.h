@@ -1,0 +1,122 @@
+#pragma once
+
+#include "platform/platform.h"
+
+/// Services that this platform does not offer.
+namespace quil::linux_platform {
+
+/// Programs on Linux carry no code signature.
+class NoCodeSigning : public CodeSigning {
+  public:
+    // errSecCSUnimplemented, CSCommon.h.
+    static constexpr std::int32_t kUnimplemented = -67072;
+
+    std::int32_t copyGuestWithAttributes(const Value::Dictionary&, std::uint32_t,
+                                         SigningCodeRef&) override {
+        return kUnimplemented;
+    }
+    std::int32_t copyStaticCode(const SigningCodeRef&, std::uint32_t, SigningCodeRef&) override {
+        return kUnimplemented;
+    }
+    std::int32_t copySigningInformation(const SigningCodeRef&, std::uint32_t,
+                                        std::optional<Value>&) override {
+        return kUnimplemented;
+    }
+};
+
+class NoAccessibility : public Accessibility {
+  public:
+    ElementRef createApplication(std::int32_t) override {
+        class Element : public AccessibilityElement {};
+        return std::make_shared<Element>();
+    }
+    std::int32_t copyAttributeValue(const ElementRef&, std::string_view,
+                                    std::optional<Value>&) override {
+        return kAxApiDisabled;
+    }
+    std::int32_t copyActionNames(const ElementRef&, std::optional<Value>&) override {
+        return kAxApiDisabled;
+    }
+    std::int32_t performAction(const ElementRef&, std::string_view) override {
+        return kAxApiDisabled;
+    }
+    std::int32_t setAttributeValue(const ElementRef&, std::string_view, const Value&) override {
+        return kAxApiDisabled;
+    }
+    std::unique_ptr<Observation> beginObservation(const ObservationPlan&) override {
+        return nullptr;
+    }
+};
+
+class NoScreenCapture : public ScreenCapture {
+  public:
+    std::optional<ShareableContent> getShareableContent(bool, bool) override { return {}; }
+    std::unique_ptr<CapturedImage> captureImage(const ShareableWindow&,
+                                                const StreamConfiguration&) override {
+        return nullptr;
+    }
+    std::string pngRepresentation(const CapturedImage&) override { return {}; }
+};
+
+class NoEventPosting : public EventPosting {
+  public:
+    std::unique_ptr<EventSource> createSource(std::int32_t) override { return nullptr; }
+    PostableEventRef createMouseEvent(EventSource*, std::uint32_t, Point, std::uint32_t) override {
+        return nullptr;
+    }
+    PostableEventRef createScrollWheelEvent(EventSource*, std::uint32_t, std::uint32_t,
+                                            std::int32_t, std::int32_t, std::int32_t) override {
+        return nullptr;
+    }
+    PostableEventRef createKeyboardEvent(EventSource*, std::uint16_t, bool) override {
+        return nullptr;
+    }
+    void setLocation(PostableEvent&, Point) override {}
+    void setFlags(PostableEvent&, std::uint64_t) override {}
+    void keyboardSetUnicodeString(PostableEvent&, std::u16string_view) override {}
+    void post(std::uint32_t, const PostableEvent&) override {}
+};
+
+class NoPasteboard : public Pasteboard {
+  public:
+    std::optional<std::string> stringForType(std::string_view) override { return {}; }
+    void clearContents() override {}
+    bool setString(std::string_view, std::string_view) override { return false; }
+};
+
+class NoEventTaps : public EventTaps {
+  public:
+    EventTapRef createTap(std::uint32_t, std::uint32_t, std::uint32_t, std::uint64_t,
+                          EventTapCallback) override {
+        return nullptr;
+    }
+    void enableTap(const EventTapRef&, bool) override {}
+    void invalidateTap(const EventTapRef&) override {}
+    RunLoopSourceRef createRunLoopSource(const EventTapRef&) override { return nullptr; }
+    RunLoopRef currentRunLoop() override { return nullptr; }
+    void addSource(const RunLoopRef&, const RunLoopSourceRef&) override {}
+    void removeSource(const RunLoopRef&, const RunLoopSourceRef&) override {}
+    void invalidateSource(const RunLoopSourceRef&) override {}
+    void runCurrentRunLoop() override {}
+    void stopRunLoop(const RunLoopRef&) override {}
+    bool isSecureEventInputEnabled() override { return false; }
+};
+
+class NoBundles : public Bundles {
+  public:
+    std::vector<std::string> applicationFolders() override { return {}; }
+    std::string bundleSuffix() override { return ".desktop"; }
+    std::optional<std::vector<std::string>> contentsOfDirectory(std::string_view) override {
+        return {};
+    }
+    std::optional<Bundle> openBundle(std::string_view) override { return {}; }
+};
+
+class NoCollation : public Collation {
+  public:
+    int localizedCaseInsensitiveCompare(std::string_view a, std::string_view b) override {
+        return a.compare(b);
+    }
+};
+
+}  // namespace quil::linux_platform

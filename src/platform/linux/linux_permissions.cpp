@@ -1,0 +1,29 @@
+#include "platform/linux/linux_permissions.h"
+
+#include <xcb/composite.h>
+#include <xcb/xinput.h>
+
+namespace quil::linux_platform {
+
+bool LinuxPermissions::isProcessTrusted() {
+    return false;
+}
+
+bool LinuxPermissions::preflightScreenCaptureAccess() {
+    const auto connection = display_.connection();
+    if (!connection || !connection->hasExtension(xcb_composite_id)) return false;
+    // Windows have pixmaps of their own since version 0.2.
+    const auto version = connection->reply(xcb_composite_query_version_reply,
+                                           xcb_composite_query_version(connection->get(), 0, 4));
+    return version && (version->major_version > 0 || version->minor_version >= 2);
+}
+
+bool LinuxPermissions::preflightListenEventAccess() {
+    const auto connection = display_.connection();
+    if (!connection || !connection->hasExtension(xcb_input_id)) return false;
+    const auto version = connection->reply(xcb_input_xi_query_version_reply,
+                                           xcb_input_xi_query_version(connection->get(), 2, 0));
+    return version && version->major_version >= 2;
+}
+
+}  // namespace quil::linux_platform

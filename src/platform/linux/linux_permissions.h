@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/linux/x11/connection.h"
+#include "platform/permissions.h"
+
+namespace quil::linux_platform {
+
+/// A Linux desktop has no privacy permissions to grant; each stands for the service behind it being
+/// there.
+class LinuxPermissions : public Permissions {
+  public:
+    /// `display` outlives this service.
+    explicit LinuxPermissions(X11Display& display) : display_(display) {}
+
+    /// Whether the accessibility bus answers.
+    bool isProcessTrusted() override;
+    /// Whether the display gives the pixmaps of windows (Composite).
+    bool preflightScreenCaptureAccess() override;
+    /// Whether raw input events can be selected (XInput 2).
+    bool preflightListenEventAccess() override;
+    /// There is nobody to ask; the same as the query.
+    bool requestListenEventAccess() override { return preflightListenEventAccess(); }
+
+  private:
+    X11Display& display_;
+};
+
+}  // namespace quil::linux_platform

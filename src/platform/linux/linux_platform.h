@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/linux/absent_services.h"
+#include "platform/linux/linux_permissions.h"
+#include "platform/linux/linux_workspace.h"
+#include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/displays.h"
+#include "platform/platform.h"
+#include "platform/posix/posix_clock.h"
+#include "platform/posix/posix_streams.h"
+#include "platform/posix/posix_threads.h"
+
+namespace quil::linux_platform {
+
+/// A Linux desktop: X11 with the accessibility bus.
+class LinuxPlatform : public Platform {
+  public:
+    LinuxPlatform();
+
+    Permissions& permissions() override { return permissions_; }
+    Displays& displays() override { return displays_; }
+    WindowList& windowList() override { return windowList_; }
+    Workspace& workspace() override { return workspace_; }
+    CodeSigning& codeSigning() override { return codeSigning_; }
+    Accessibility& accessibility() override { return accessibility_; }
+    ScreenCapture& screenCapture() override { return screenCapture_; }
+    EventPosting& eventPosting() override { return eventPosting_; }
+    Pasteboard& pasteboard() override { return pasteboard_; }
+    EventTaps& eventTaps() override { return eventTaps_; }
+    Bundles& bundles() override { return bundles_; }
+    Collation& collation() override { return collation_; }
+    Clock& clock() override { return clock_; }
+    Threads& threads() override { return threads_; }
+    InputStream& standardInput() override { return input_; }
+    OutputStream& standardOutput() override { return output_; }
+
+  private:
+    X11Display display_;
+    LinuxPermissions permissions_{display_};
+    X11Displays displays_{display_};
+    LinuxWorkspace workspace_{display_};
+    LinuxWindowList windowList_{display_, workspace_};
+    NoCodeSigning codeSigning_;
+    NoAccessibility accessibility_;
+    NoScreenCapture screenCapture_;
+    NoEventPosting eventPosting_;
+    NoPasteboard pasteboard_;
+    NoEventTaps eventTaps_;
+    NoBundles bundles_;
+    NoCollation collation_;
+    PosixClock clock_;
+    PosixInputStream input_;
+    PosixOutputStream output_;
+    PosixThreads threads_;  // last: its threads end before the services do
+};
+
+}  // namespace quil::linux_platform

@@ -60,7 +60,7 @@ TEST_F(AxAttributes, BoundsRoundHalvesAwayFromZero) {
     EXPECT_EQ(axBounds(accessibility, element.ref()), (AxBounds{11, -4, 100, 21}));
     element.bounds({-10.5, 0.49, 0.5, 1.5});
     EXPECT_EQ(axBounds(accessibility, element.ref()), (AxBounds{-11, 0, 1, 2}));
-    for (const double impossible : {std::nan(""), INFINITY, 9.3e18, -9.3e18}) {
+    for (const double impossible : {double{NAN}, double{INFINITY}, 9.3e18, -9.3e18}) {
         element.bounds({0, 0, impossible, 1});
         EXPECT_FALSE(axBounds(accessibility, element.ref())) << impossible;
     }

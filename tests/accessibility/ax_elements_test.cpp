@@ -119,7 +119,7 @@ TEST_F(AxElements, CentreIsReadAfresh) {
 TEST_F(AxElements, Subtrees) {
     std::vector<AxNode> nodes;
     for (const char* token : {"e0", "e0.1", "e0.1.0", "e0.10", "e0.10.1"}) {
-        nodes.push_back({.token = token, .role = "AXGroup"});
+        nodes.emplace_back().token = token;
     }
     const auto tokens = [&](const std::string& root) {
         std::string joined;

@@ -133,7 +133,7 @@ TEST_F(AxSnapshotTest, FieldsAreClippedAndLinesStayLines) {
 
 TEST_F(AxSnapshotTest, WithoutPermissionThereIsOneUnknownElement) {
     application.window("Main", {0, 0, 10, 10});
-    desktop.accessibility(false);
+    desktop.permissions.accessibility = false;
     const AxSnapshot snapshot = observe();
     ASSERT_EQ(snapshot.nodes.size(), 1u);
     EXPECT_EQ(axNodeJson(snapshot.nodes[0]), *parseJson(R"({"token": "e0", "role": "AXUnknown"})"));

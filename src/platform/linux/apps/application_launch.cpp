@@ -1,0 +1,70 @@
+#include "platform/linux/apps/application_launch.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "platform/linux/apps/desktop_entries.h"
+
+namespace quil::linux_platform {
+namespace {
+
+/// Starting a program takes milliseconds; longer only when the session bus does not answer.
+constexpr std::chrono::seconds kPatience{5};
+
+/// The entry, to be started as a program of its own wherever it names one. Asked through the
+/// session bus instead, an application would come up on the display of whoever started the bus.
+DesktopEntry readForLaunch(const std::string& path) {
+    const GlibKeyFile keyFile(g_key_file_new());
+    if (!g_key_file_load_from_file(keyFile.get(), path.c_str(), G_KEY_FILE_NONE, nullptr)) {
+        return nullptr;
+    }
+    const auto isSet = [&](const char* key) {
+        return g_key_file_get_boolean(keyFile.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != 0;
+    };
+    if (isSet(G_KEY_FILE_DESKTOP_KEY_HIDDEN)) return nullptr;
+    if (!isSet(G_KEY_FILE_DESKTOP_KEY_DBUS_ACTIVATABLE) ||
+        !g_key_file_has_key(keyFile.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC,
+                            nullptr)) {
+        return readDesktopEntry(path);
+    }
+    g_key_file_remove_key(keyFile.get(), G_KEY_FILE_DESKTOP_GROUP,
+                          G_KEY_FILE_DESKTOP_KEY_DBUS_ACTIVATABLE, nullptr);
+    return DesktopEntry(g_desktop_app_info_new_from_keyfile(keyFile.get()));
+}
+
+/// Runs in the new process: whatever ends our session or its terminal leaves the application alone.
+void leaveSession(gpointer) {
+    setsid();
+}
+
+bool launch(const std::string& path) {
+    const DesktopEntry entry = readForLaunch(path);
+    if (!entry) return false;
+    // The library starts programs as its grandchildren, with standard input from the null device
+    // and all descriptors above standard error closed.
+    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
+                                                G_SPAWN_STDERR_TO_DEV_NULL);
+    return g_desktop_app_info_launch_uris_as_manager(entry.get(), nullptr, nullptr, flags,
+                                                     leaveSession, nullptr, nullptr, nullptr,
+                                                     nullptr) != 0;
+}
+
+}  // namespace
+
+bool openDesktopEntry(std::string_view path) {
+    if (!path.ends_with(kDesktopEntrySuffix) || path.find('\0') != std::string_view::npos) {
+        return false;
+    }
+    // The library waits for the session bus without a limit; a thread that it keeps is left behind.
+    const auto started = std::make_shared<std::promise<bool>>();
+    std::future<bool> outcome = started->get_future();
+    std::thread([started, file = std::string(path)] { started->set_value(launch(file)); }).detach();
+    return outcome.wait_for(kPatience) == std::future_status::ready && outcome.get();
+}
+
+}  // namespace quil::linux_platform

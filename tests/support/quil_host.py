@@ -1,0 +1,118 @@
+"""A small host: starts the runtime as a child process and converses with it, one JSON line each way.
+
+    with Host("quil-sim", "scenario.json") as host:
+        print(host.result("ping"))
+"""
+import json
+import os
+import select
+import subprocess
+import time
+
+ANSWER_SECONDS = 30
+
+
+def executable(name):
+    return os.path.join(os.environ["QUIL_BUILD_DIR"], name)
+
+
+class Failure(Exception):
+    """The runtime answered with an error, or did not answer as the protocol says."""
+
+    def __init__(self, error):
+        super().__init__(str(error))
+        self.code = error.get("code") if isinstance(error, dict) else None
+        self.message = error.get("message") if isinstance(error, dict) else str(error)
+
+
+class Host:
+    def __init__(self, program="quil", *arguments, env=None):
+        self.process = subprocess.Popen(
+            [executable(program), *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE, env=env, bufsize=0)
+        self.next_id = 0
+        self._buffer = b""
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        if self.process.poll() is None:
+            self.process.kill()
+        self.process.wait()
+        for stream in (self.process.stdin, self.process.stdout, self.process.stderr):
+            stream.close()
+
+    def write(self, data):
+        """Sends raw bytes."""
+        view = memoryview(data)
+        while view:
+            view = view[self.process.stdin.write(view):]
+
+    def read_line(self, seconds=ANSWER_SECONDS):
+        """The next line of output without its line feed; None at its end."""
+        deadline = time.monotonic() + seconds
+        while b"\n" not in self._buffer:
+            ready, _, _ = select.select([self.process.stdout], [], [],
+                                        max(0, deadline - time.monotonic()))
+            if not ready:
+                raise Failure(f"no answer within {seconds} s")
+            chunk = os.read(self.process.stdout.fileno(), 1 << 20)
+            if not chunk:
+                return None
+            self._buffer += chunk
+        line, _, self._buffer = self._buffer.partition(b"\n")
+        return line
+
+    def send(self, method, params=None):
+        """Sends a request without waiting for its answer; returns its id."""
+        self.next_id += 1
+        request = {"id": self.next_id, "method": method}
+        if params is not None:
+            request["params"] = params
+        self.write(json.dumps(request).encode() + b"\n")
+        return self.next_id
+
+    def answer(self, request_id, seconds=ANSWER_SECONDS):
+        """The whole answer to the request that was sent with that id."""
+        line = self.read_line(seconds)
+        if line is None:
+            raise Failure(f"the runtime ended: {self.process.stderr.read().decode()!r}")
+        answer = json.loads(line)
+        if answer.get("id") != request_id:
+            raise Failure(f"answer to {answer.get('id')} instead of {request_id}")
+        return answer
+
+    def request(self, method, seconds=ANSWER_SECONDS, **params):
+        """Sends a request; returns the whole answer."""
+        return self.answer(self.send(method, params or None), seconds)
+
+    def result(self, method, seconds=ANSWER_SECONDS, **params):
+        """Sends a request; returns the answer's result, or raises its error as a Failure."""
+        answer = self.request(method, seconds, **params)
+        if "error" in answer:
+            raise Failure(answer["error"])
+        return answer["result"]
+
+    def error(self, method, **params):
+        """Sends a request that must fail; returns the error object."""
+        answer = self.request(method, **params)
+        if "error" not in answer:
+            raise Failure(f"{method} answered {answer['result']}")
+        return answer["error"]
+
+    def close(self, seconds=ANSWER_SECONDS):
+        """Ends the input. Returns the lines still to come, the exit status and the error output."""
+        self.process.stdin.close()
+        lines = []
+        while (line := self.read_line(seconds)) is not None:
+            lines.append(line)
+        return lines, self.process.wait(seconds), self.process.stderr.read()
+
+
+def converse(program, data, *arguments, env=None, seconds=ANSWER_SECONDS):
+    """Runs the program with this input: the answers as parsed JSON, the exit status, the error
+    output."""
+    done = subprocess.run([executable(program), *arguments], input=data, capture_output=True, env=env,
+                          timeout=seconds)
+    return [json.loads(line) for line in done.stdout.splitlines()], done.returncode, done.stderr

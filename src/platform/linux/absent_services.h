@@ -2,27 +2,8 @@
 
 #include "platform/platform.h"
 
-/// Services that this platform does not offer.
+/// Services that this platform does not offer yet; each goes when the real one is wired in.
 namespace quil::linux_platform {
-
-/// Programs on Linux carry no code signature.
-class NoCodeSigning : public CodeSigning {
-  public:
-    // errSecCSUnimplemented, CSCommon.h.
-    static constexpr std::int32_t kUnimplemented = -67072;
-
-    std::int32_t copyGuestWithAttributes(const Value::Dictionary&, std::uint32_t,
-                                         SigningCodeRef&) override {
-        return kUnimplemented;
-    }
-    std::int32_t copyStaticCode(const SigningCodeRef&, std::uint32_t, SigningCodeRef&) override {
-        return kUnimplemented;
-    }
-    std::int32_t copySigningInformation(const SigningCodeRef&, std::uint32_t,
-                                        std::optional<Value>&) override {
-        return kUnimplemented;
-    }
-};
 
 class NoAccessibility : public Accessibility {
   public:
@@ -100,23 +81,6 @@ class NoEventTaps : public EventTaps {
     void runCurrentRunLoop() override {}
     void stopRunLoop(const RunLoopRef&) override {}
     bool isSecureEventInputEnabled() override { return false; }
-};
-
-class NoBundles : public Bundles {
-  public:
-    std::vector<std::string> applicationFolders() override { return {}; }
-    std::string bundleSuffix() override { return ".desktop"; }
-    std::optional<std::vector<std::string>> contentsOfDirectory(std::string_view) override {
-        return {};
-    }
-    std::optional<Bundle> openBundle(std::string_view) override { return {}; }
-};
-
-class NoCollation : public Collation {
-  public:
-    int localizedCaseInsensitiveCompare(std::string_view a, std::string_view b) override {
-        return a.compare(b);
-    }
 };
 
 }  // namespace quil::linux_platform

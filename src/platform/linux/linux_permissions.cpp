@@ -5,10 +5,6 @@
 
 namespace quil::linux_platform {
 
-bool LinuxPermissions::isProcessTrusted() {
-    return false;
-}
-
 bool LinuxPermissions::preflightScreenCaptureAccess() {
     const auto connection = display_.connection();
     if (!connection || !connection->hasExtension(xcb_composite_id)) return false;

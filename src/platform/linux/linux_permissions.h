@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/accessibility_bus_query.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/permissions.h"
 
@@ -13,7 +14,7 @@ class LinuxPermissions : public Permissions {
     explicit LinuxPermissions(X11Display& display) : display_(display) {}
 
     /// Whether the accessibility bus answers.
-    bool isProcessTrusted() override;
+    bool isProcessTrusted() override { return accessibilityBus_.answers(); }
     /// Whether the display gives the pixmaps of windows (Composite).
     bool preflightScreenCaptureAccess() override;
     /// Whether raw input events can be selected (XInput 2).
@@ -23,6 +24,7 @@ class LinuxPermissions : public Permissions {
 
   private:
     X11Display& display_;
+    AccessibilityBusQuery accessibilityBus_;
 };
 
 }  // namespace quil::linux_platform

@@ -1,5 +1,6 @@
 #include "platform/linux/linux_platform.h"
 
+#include <glib.h>
 #include <unistd.h>
 
 #include <clocale>
@@ -7,9 +8,12 @@
 namespace quil::linux_platform {
 
 LinuxPlatform::LinuxPlatform() : input_(STDIN_FILENO), output_(STDOUT_FILENO) {
-    // Application names and their order follow the person's language.
+    secureStandardStreams();
+    // Application names follow the person's language. Numbers stay as programs write them.
     std::setlocale(LC_ALL, "");
-    surviveClosedPipes();
+    std::setlocale(LC_NUMERIC, "C");
+    // The library complains about other people's files on standard error, which is our host's.
+    g_log_set_default_handler([](const char*, GLogLevelFlags, const char*, gpointer) {}, nullptr);
 }
 
 }  // namespace quil::linux_platform

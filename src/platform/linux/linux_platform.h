@@ -1,8 +1,12 @@
 #pragma once
 
 #include "platform/linux/absent_services.h"
+#include "platform/linux/apps/desktop_bundles.h"
+#include "platform/linux/apps/locale_collation.h"
 #include "platform/linux/linux_permissions.h"
+#include "platform/linux/linux_window_list.h"
 #include "platform/linux/linux_workspace.h"
+#include "platform/linux/no_code_signing.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/displays.h"
 #include "platform/platform.h"
@@ -46,8 +50,8 @@ class LinuxPlatform : public Platform {
     NoEventPosting eventPosting_;
     NoPasteboard pasteboard_;
     NoEventTaps eventTaps_;
-    NoBundles bundles_;
-    NoCollation collation_;
+    DesktopBundles bundles_;
+    LocaleCollation collation_;
     PosixClock clock_;
     PosixInputStream input_;
     PosixOutputStream output_;

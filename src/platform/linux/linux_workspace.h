@@ -1,22 +1,26 @@
 #pragma once
 
-#include "platform/linux/desktop_entries.h"
+#include "platform/linux/application_identities.h"
 #include "platform/linux/x11/windows.h"
-#include "platform/window_list.h"
 #include "platform/workspace.h"
 
 namespace quil::linux_platform {
 
 /// The applications: every process that has a top-level window is a running one, and the desktop
-/// entry that it was started from names it. A desktop file id is the bundle identifier.
+/// entry that it comes from names it. The bundle identifier is the desktop file id, ending
+/// included ("org.gnome.Calculator.desktop"), the bundle the entry's file.
 class LinuxWorkspace : public Workspace {
   public:
     /// `display` outlives this service.
     explicit LinuxWorkspace(X11Display& display) : display_(display) {}
 
+    /// The application that owns the active window; nothing when its process is not known.
     std::optional<RunningApplication> frontmostApplication() override;
+    /// Also finds an application that still runs but has closed its last window since it was
+    /// looked at.
     std::optional<RunningApplication> runningApplicationWithProcessIdentifier(
         std::int32_t pid) override;
+    /// Those with ordinary windows, wherever these are, front to back.
     std::vector<RunningApplication> runningApplications() override;
     std::optional<std::string> urlForApplicationWithBundleIdentifier(
         std::string_view bundleIdentifier) override;
@@ -27,22 +31,7 @@ class LinuxWorkspace : public Workspace {
 
   private:
     X11Display& display_;
-    DesktopEntries entries_;
-};
-
-/// The top-level windows as information dictionaries.
-class LinuxWindowList : public WindowList {
-  public:
-    /// Both outlive this service.
-    LinuxWindowList(X11Display& display, LinuxWorkspace& workspace)
-        : display_(display), workspace_(workspace) {}
-
-    std::optional<Value> copyWindowInfo(std::uint32_t options,
-                                        std::uint32_t relativeToWindow) override;
-
-  private:
-    X11Display& display_;
-    LinuxWorkspace& workspace_;
+    ApplicationIdentities identities_;
 };
 
 }  // namespace quil::linux_platform

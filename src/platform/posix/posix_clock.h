@@ -4,8 +4,9 @@
 
 namespace quil {
 
-/// The system's clocks. The uptime is CLOCK_MONOTONIC, which X servers on Linux also take their
-/// event times from.
+/// The system's clocks. The uptime is CLOCK_MONOTONIC: the X server stamps input events with that
+/// clock (in milliseconds, cut to 32 bits), so the two can be compared. Unlike CLOCK_BOOTTIME it
+/// stands still while the machine sleeps, as event times do.
 class PosixClock : public Clock {
   public:
     double timeIntervalSince1970() override;

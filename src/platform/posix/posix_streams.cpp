@@ -1,5 +1,6 @@
 #include "platform/posix/posix_streams.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -47,7 +48,11 @@ void PosixOutputStream::write(std::string_view bytes) {
     }
 }
 
-void surviveClosedPipes() {
+void secureStandardStreams() {
+    // The system hands out the lowest free number, so each of the three is filled in turn.
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(standard, F_GETFD) < 0 && errno == EBADF) open("/dev/null", O_RDWR);
+    }
     // A handler and not SIG_IGN: an ignored signal would stay ignored in the programs that we
     // launch, a handled one goes back to its default there.
     struct sigaction action {};

@@ -26,8 +26,11 @@ class PosixOutputStream : public OutputStream {
     int descriptor_;
 };
 
-/// Keeps a write to a pipe that nobody reads from ending the process. Programs that this process
-/// starts begin with the default again.
-void surviveClosedPipes();
+/// Makes this process safe whatever its host has done to the standard streams; to be called before
+/// it opens anything. A stream that the host has closed becomes the null device, so that no other
+/// connection of ours gets its number and receives our responses. A write to a pipe that nobody
+/// reads any more no longer ends the process; programs that this process starts begin with the
+/// default again.
+void secureStandardStreams();
 
 }  // namespace quil

@@ -1,12 +1,44 @@
 #include "platform/linux/x11/connection.h"
 
+#include <poll.h>
+#include <xcb/composite.h>
+#include <xcb/randr.h>
+#include <xcb/record.h>
+#include <xcb/res.h>
+#include <xcb/shm.h>
+#include <xcb/xfixes.h>
+#include <xcb/xcbext.h>
+#include <xcb/xinput.h>
+#include <xcb/xtest.h>
+#define explicit explicit_  // a field of the next header has the name of a keyword
+#include <xcb/xkb.h>
+#undef explicit
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
 namespace quil::linux_platform {
 namespace {
+
+using std::chrono::milliseconds;
+constexpr milliseconds kPatience{2000};
+/// Another thread may read our reply from the socket, which a wait on it does not notice.
+constexpr milliseconds kLongestPoll{20};
 
 const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
     for (; screens.rem > 0 && number > 0; --number) xcb_screen_next(&screens);
     return screens.rem > 0 ? screens.data : nullptr;
+}
+
+/// The library asks for an extension when it is first used and would then wait without a limit.
+void askForExtensions(xcb_connection_t* connection) {
+    xcb_extension_t* const extensions[] = {&xcb_composite_id, &xcb_input_id,  &xcb_randr_id,
+                                           &xcb_record_id,    &xcb_res_id,    &xcb_shm_id,
+                                           &xcb_test_id,      &xcb_xfixes_id, &xcb_xkb_id};
+    for (auto* extension : extensions) xcb_prefetch_extension_data(connection, extension);
+    for (auto* extension : extensions) xcb_get_extension_data(connection, extension);
 }
 
 }  // namespace
@@ -20,11 +52,41 @@ std::shared_ptr<X11Connection> X11Connection::open() {
         xcb_disconnect(connection);
         return nullptr;
     }
+    askForExtensions(connection);
     return std::shared_ptr<X11Connection>(new X11Connection(connection, screen));
 }
 
 X11Connection::~X11Connection() {
     xcb_disconnect(connection_);
+}
+
+void* X11Connection::waitForReply(unsigned sequence) {
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    xcb_flush(connection_);
+    while (isAlive()) {
+        void* answer = nullptr;
+        xcb_generic_error_t* error = nullptr;
+        if (xcb_poll_for_reply(connection_, sequence, &answer, &error)) {
+            std::free(error);
+            return answer;
+        }
+        const auto left =
+            std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left <= milliseconds::zero()) {
+            isAbandoned_ = true;
+            break;
+        }
+        pollfd socket{xcb_get_file_descriptor(connection_), POLLIN, 0};
+        poll(&socket, 1, static_cast<int>(std::min(left, kLongestPoll).count()));
+    }
+    xcb_discard_reply(connection_, sequence);
+    return nullptr;
+}
+
+bool X11Connection::succeeded(xcb_void_cookie_t cookie) {
+    // The answer to any later request says that this one has been dealt with.
+    if (!reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_))) return false;
+    return !XcbPointer<xcb_generic_error_t>(xcb_request_check(connection_, cookie));
 }
 
 xcb_atom_t X11Connection::atom(std::string_view name) {
@@ -38,13 +100,6 @@ xcb_atom_t X11Connection::atom(std::string_view name) {
     return answer->atom;
 }
 
-std::string X11Connection::atomName(xcb_atom_t atom) {
-    const auto answer = reply(xcb_get_atom_name_reply, xcb_get_atom_name(connection_, atom));
-    if (!answer) return {};
-    return {xcb_get_atom_name_name(answer.get()),
-            static_cast<std::size_t>(xcb_get_atom_name_name_length(answer.get()))};
-}
-
 bool X11Connection::hasExtension(xcb_extension_t& extension) const {
     const xcb_query_extension_reply_t* data = xcb_get_extension_data(connection_, &extension);
     return data && data->present;
@@ -56,11 +111,23 @@ void X11Connection::discardEvents() {
 }
 
 std::shared_ptr<X11Connection> X11Display::connection() {
-    if (connection_ && connection_->isAlive()) {
+    if (connection_) {
+        // Reading what has arrived also notices a server that has gone.
         connection_->discardEvents();
         if (connection_->isAlive()) return connection_;
+        connection_ = nullptr;
     }
-    connection_ = X11Connection::open();
+    const bool isFirstCall = !attempt_.valid();
+    if (isFirstCall) {
+        std::packaged_task<std::shared_ptr<X11Connection>()> attempt(X11Connection::open);
+        attempt_ = attempt.get_future();
+        std::thread(std::move(attempt)).detach();
+    }
+    if (attempt_.wait_for(isFirstCall ? kPatience : milliseconds::zero()) !=
+        std::future_status::ready) {
+        return nullptr;
+    }
+    connection_ = attempt_.get();
     return connection_;
 }
 

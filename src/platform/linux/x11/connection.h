@@ -2,15 +2,17 @@
 
 #include <xcb/xcb.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
+#include <future>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <type_traits>
+#include <utility>
 
 namespace quil::linux_platform {
 
@@ -22,10 +24,12 @@ template <typename T>
 using XcbPointer = std::unique_ptr<T, FreeDeleter>;
 
 /// A connection to the X server. Errors of requests never end the process; a request whose reply
-/// does not come gives nothing. The members may be used from any thread.
+/// does not come gives nothing. A server that keeps us waiting for 2 s (stopped, or grabbed by a
+/// client that hangs) counts as gone. The members may be used from any thread.
 class X11Connection {
   public:
-    /// Connects to the display that $DISPLAY names; null when there is none.
+    /// Connects to the display that $DISPLAY names; null when there is none. Waits as long as the
+    /// server does.
     static std::shared_ptr<X11Connection> open();
     ~X11Connection();
     X11Connection(const X11Connection&) = delete;
@@ -35,31 +39,32 @@ class X11Connection {
     const xcb_screen_t& screen() const { return *screen_; }
     xcb_window_t root() const { return screen_->root; }
     /// False once the server has gone; the connection then never works again.
-    bool isAlive() const { return xcb_connection_has_error(connection_) == 0; }
+    bool isAlive() const { return !isAbandoned_ && xcb_connection_has_error(connection_) == 0; }
     /// The atom of that name, asked for once per connection.
     xcb_atom_t atom(std::string_view name);
-    /// The name of an atom; empty when it has none.
-    std::string atomName(xcb_atom_t atom);
     /// Whether the server has the extension.
     bool hasExtension(xcb_extension_t& extension) const;
     /// Throws away the events that have arrived (errors of requests without a reply among them).
     void discardEvents();
 
-    /// The reply to a request, or null when it failed: reply(xcb_get_geometry_reply, cookie).
-    template <typename ReplyFunction, typename Cookie>
-    auto reply(ReplyFunction function, Cookie cookie) {
-        xcb_generic_error_t* error = nullptr;
-        auto* answer = function(connection_, cookie, &error);
-        std::free(error);
-        return XcbPointer<std::remove_pointer_t<decltype(answer)>>(answer);
+    /// The reply to a request, or null when it failed: reply(xcb_get_geometry_reply, cookie). The
+    /// function only tells the reply's type.
+    template <typename Reply, typename Cookie>
+    XcbPointer<Reply> reply(Reply* (*)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
+                            std::type_identity_t<Cookie> cookie) {
+        return XcbPointer<Reply>(static_cast<Reply*>(waitForReply(cookie.sequence)));
     }
+    /// Whether a checked request without a reply has succeeded.
+    bool succeeded(xcb_void_cookie_t cookie);
 
   private:
     X11Connection(xcb_connection_t* connection, const xcb_screen_t* screen)
         : connection_(connection), screen_(screen) {}
+    void* waitForReply(unsigned sequence);
 
     xcb_connection_t* connection_;
     const xcb_screen_t* screen_;  // belongs to the connection
+    std::atomic<bool> isAbandoned_ = false;
     std::mutex atomsLock_;
     std::map<std::string, xcb_atom_t, std::less<>> atoms_;
 };
@@ -68,11 +73,13 @@ class X11Connection {
 /// yet is looked for again at every request.
 class X11Display {
   public:
-    /// The live connection; null when there is no X server.
+    /// The live connection; null when there is no X server. A server that does not answer delays
+    /// the first call by 2 s and later calls not at all, until it answers.
     std::shared_ptr<X11Connection> connection();
 
   private:
     std::shared_ptr<X11Connection> connection_;
+    std::future<std::shared_ptr<X11Connection>> attempt_;
 };
 
 }  // namespace quil::linux_platform

@@ -1,5 +1,9 @@
 #include "platform/linux/x11/properties.h"
 
+#include <xcb-imdkit/encoding.h>
+
+#include <algorithm>
+
 #include "text/characters.h"
 
 namespace quil::linux_platform {
@@ -14,6 +18,13 @@ std::string latin1ToUtf8(std::string_view bytes) {
     return toUtf8(units);
 }
 
+std::string compoundTextToUtf8(std::string_view bytes) {
+    [[maybe_unused]] static const bool isReady = (xcb_compound_text_init(), true);
+    std::size_t length = 0;
+    const XcbPointer<char> text(xcb_compound_text_to_utf8(bytes.data(), bytes.size(), &length));
+    return text ? validUtf8({text.get(), length}) : latin1ToUtf8(bytes);
+}
+
 }  // namespace
 
 PropertyRequest::PropertyRequest(X11Connection& connection, xcb_window_t window,
@@ -24,22 +35,37 @@ PropertyRequest::PropertyRequest(X11Connection& connection, xcb_window_t window,
 void PropertyRequest::read(X11Connection& connection) {
     const auto answer = connection.reply(xcb_get_property_reply, cookie_);
     if (!answer) return;
+    exists_ = answer->type != XCB_ATOM_NONE;
     const auto length = static_cast<std::size_t>(xcb_get_property_value_length(answer.get()));
     const void* data = xcb_get_property_value(answer.get());
     if (answer->format == 32) {
         const auto* items = static_cast<const std::uint32_t*>(data);
         numbers_.assign(items, items + length / sizeof(std::uint32_t));
-    } else if (answer->format == 8) {
-        const std::string_view bytes(static_cast<const char*>(data), length);
-        text_ = answer->type == XCB_ATOM_STRING ? latin1ToUtf8(bytes) : validUtf8(bytes);
     }
+    if (answer->format != 8) return;
+    std::string_view bytes(static_cast<const char*>(data), length);
+    do {
+        const std::string_view text = bytes.substr(0, bytes.find('\0'));
+        if (answer->type == XCB_ATOM_STRING) {
+            texts_.push_back(latin1ToUtf8(text));
+        } else if (answer->type == connection.atom("COMPOUND_TEXT")) {
+            texts_.push_back(compoundTextToUtf8(text));
+        } else {
+            texts_.push_back(validUtf8(text));
+        }
+        bytes.remove_prefix(std::min(text.size() + 1, bytes.size()));
+    } while (!bytes.empty());
 }
 
-std::vector<std::uint32_t> readNumbers(X11Connection& connection, xcb_window_t window,
-                                       std::string_view name) {
+bool PropertyRequest::contains(std::uint32_t number) const {
+    return std::find(numbers_.begin(), numbers_.end(), number) != numbers_.end();
+}
+
+PropertyRequest readProperty(X11Connection& connection, xcb_window_t window,
+                             std::string_view name) {
     PropertyRequest request(connection, window, name);
     request.read(connection);
-    return request.numbers();
+    return request;
 }
 
 }  // namespace quil::linux_platform

@@ -11,7 +11,8 @@
 namespace quil::linux_platform {
 
 /// A request for a window's property that has been sent; `read` waits for its answer. Sending many
-/// before reading the first costs one round trip for all.
+/// before reading the first costs one round trip for all. A request that is never read costs
+/// nothing but its answer.
 class PropertyRequest {
   public:
     PropertyRequest(X11Connection& connection, xcb_window_t window, std::string_view name);
@@ -19,23 +20,30 @@ class PropertyRequest {
     /// Waits for the answer. A property that is missing has neither numbers nor text.
     void read(X11Connection& connection);
 
+    bool exists() const { return exists_; }
     /// The numbers of a property with 32-bit items.
     const std::vector<std::uint32_t>& numbers() const { return numbers_; }
     std::optional<std::uint32_t> number() const {
         return numbers_.empty() ? std::nullopt : std::optional(numbers_.front());
     }
-    /// The text of a property with 8-bit items, as valid UTF-8: Latin-1 when its type is STRING,
-    /// UTF-8 otherwise. NUL bytes stay.
-    const std::optional<std::string>& text() const { return text_; }
+    bool contains(std::uint32_t number) const;
+
+    /// The strings of a property with 8-bit items, which NUL bytes separate, as valid UTF-8 (from
+    /// Latin-1 when the property's type is STRING, from COMPOUND_TEXT, or from UTF-8).
+    const std::vector<std::string>& texts() const { return texts_; }
+    /// The first string; absent when the property is missing or holds no text.
+    std::optional<std::string> text() const {
+        return texts_.empty() ? std::nullopt : std::optional(texts_.front());
+    }
 
   private:
     xcb_get_property_cookie_t cookie_;
+    bool exists_ = false;
     std::vector<std::uint32_t> numbers_;
-    std::optional<std::string> text_;
+    std::vector<std::string> texts_;
 };
 
 /// A property that is wanted at once.
-std::vector<std::uint32_t> readNumbers(X11Connection& connection, xcb_window_t window,
-                                       std::string_view name);
+PropertyRequest readProperty(X11Connection& connection, xcb_window_t window, std::string_view name);
 
 }  // namespace quil::linux_platform

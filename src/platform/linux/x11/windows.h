@@ -11,8 +11,8 @@
 namespace quil::linux_platform {
 
 /// A top-level window of an application: the window that the application made, without the frame
-/// that a window manager puts around it. Menus, tooltips and other windows that bypass the window
-/// manager are not among them.
+/// that a window manager puts around it. Its number and its place are those that tools such as
+/// xdotool and wmctrl give for it.
 struct X11Window {
     xcb_window_t id = XCB_WINDOW_NONE;
     /// "_NET_WM_NAME", else "WM_NAME"; absent when the window has neither.
@@ -28,14 +28,17 @@ struct X11Window {
     std::int64_t layer = 0;
     /// The wallpaper or the like.
     bool isDesktopElement = false;
-    /// Mapped, not minimised, and on the current workspace.
+    /// Mapped, not minimised, on a workspace that is shown, and at least partly inside the screen.
+    /// Other windows may cover it.
     bool onScreen = false;
     /// The process that made the window; absent when it runs elsewhere or is unknown.
     std::optional<std::int32_t> pid;
-    /// The two strings of "WM_CLASS", and "_GTK_APPLICATION_ID"; empty when missing.
+    /// The two strings of "WM_CLASS", "_GTK_APPLICATION_ID", and "_KDE_NET_WM_DESKTOP_FILE" or
+    /// "_BAMF_DESKTOP_FILE"; empty when missing.
     std::string instanceName;
     std::string className;
     std::string gtkApplicationId;
+    std::string desktopFile;
 
     /// The X window itself, shadows included, in global screen coordinates.
     Rect windowRect() const {
@@ -45,15 +48,8 @@ struct X11Window {
     }
 };
 
-/// All top-level windows, front to back: the window manager's stacking list or, without a window
-/// manager, the children of the root.
-std::vector<X11Window> topLevelWindows(X11Connection& connection);
-
-/// The window that the person works in: the window manager's active window or, without one, the
-/// top-level window that holds the input focus. Nothing when there is none or it has just gone.
-std::optional<xcb_window_t> activeWindow(X11Connection& connection);
-
-/// What `topLevelWindows` says of these windows; windows that have gone are left out.
+/// Describes these windows, in their order, at the cost of a few round trips in all. Windows that
+/// have gone are left out.
 std::vector<X11Window> describeWindows(X11Connection& connection,
                                        const std::vector<xcb_window_t>& windows);
 

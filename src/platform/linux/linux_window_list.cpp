@@ -1,0 +1,42 @@
+#include "platform/linux/linux_window_list.h"
+
+#include "platform/linux/x11/window_stack.h"
+
+namespace quil::linux_platform {
+namespace {
+
+Value::Dictionary informationOf(const X11Window& window) {
+    Value::Dictionary information{
+        {std::string(kWindowLayer), window.layer},
+        {std::string(kWindowNumber), static_cast<std::int64_t>(window.id)},
+        {std::string(kWindowBounds), Value::Dictionary{{"X", window.frame.x},
+                                                       {"Y", window.frame.y},
+                                                       {"Width", window.frame.width},
+                                                       {"Height", window.frame.height}}}};
+    if (window.title) information.emplace(kWindowName, *window.title);
+    if (window.pid) information.emplace(kWindowOwnerPid, *window.pid);
+    return information;
+}
+
+}  // namespace
+
+std::optional<Value> LinuxWindowList::copyWindowInfo(std::uint32_t options, std::uint32_t) {
+    const auto connection = display_.connection();
+    if (!connection) return {};
+    Value::List list;
+    for (const X11Window& window : topLevelWindows(*connection)) {
+        if ((options & kWindowListOptionOnScreenOnly) && !window.onScreen) continue;
+        if ((options & kWindowListExcludeDesktopElements) && window.isDesktopElement) continue;
+        Value::Dictionary information = informationOf(window);
+        const auto owner = workspace_.applicationOf(window);
+        if (owner && owner->localizedName) {
+            information.emplace(kWindowOwnerName, *owner->localizedName);
+        } else if (!window.className.empty()) {
+            information.emplace(kWindowOwnerName, window.className);
+        }
+        list.emplace_back(std::move(information));
+    }
+    return Value(std::move(list));
+}
+
+}  // namespace quil::linux_platform

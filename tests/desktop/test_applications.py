@@ -1,0 +1,114 @@
+"""Which desktop entry a running application comes from, and its name."""
+import os
+import shutil
+import unittest
+
+from desktop_tools import PYTHON, SUPPORT, Program, change, output, until, window_app
+from quil_host import Host
+
+FOLDER = os.path.join(os.environ["XDG_DATA_HOME"], "applications")
+
+
+class ApplicationsTest(unittest.TestCase):
+    def setUp(self):
+        # A locale that the system lacks; the names of entries need none.
+        self.host = self.enterContext(Host(env=dict(os.environ, LANG="de_DE.UTF-8")))
+        os.makedirs(FOLDER)
+        self.addCleanup(shutil.rmtree, FOLDER)
+
+    def install(self, name, **keys):
+        path = os.path.join(FOLDER, name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "w") as file:
+            file.write("[Desktop Entry]\nType=Application\nName=Any\n")
+            file.writelines(f"{key.replace('_', '-')}={value}\n" for key, value in keys.items())
+        self.addCleanup(lambda: os.path.exists(path) and os.remove(path))
+        return path
+
+    def entry(self, window):
+        return next(e for e in self.host.result("desktop_windows_list")["windows"]
+                    if e["id"] == window)
+
+    def identifier(self, program):
+        return self.entry(program.window).get("bundleIdentifier")
+
+    def test_packaged_applications(self):
+        for command, identifier, name in (("galculator", "galculator.desktop", "Galculator"),
+                                          ("mousepad", "org.xfce.mousepad.desktop", "Mousepad"),
+                                          ("featherpad", "featherpad.desktop", "FeatherPad"),
+                                          ("xterm", "debian-xterm.desktop", "XTerm")):
+            with self.subTest(command):
+                program = Program(self, command)
+                entry = self.entry(program.window)
+                self.assertEqual((entry.get("bundleIdentifier"), entry["owner"]),
+                                 (identifier, name))
+                running = [app for app in self.host.result("desktop_apps_list")["apps"]
+                           if app["appId"] == identifier]
+                self.assertEqual([(app["name"], app["running"], app["executablePath"])
+                                  for app in running],
+                                 [(name, True, os.readlink(f"/proc/{program.pid}/exe"))])
+                program.end()
+
+    def test_every_hint(self):
+        script = os.path.join(FOLDER, "The-Script.py")
+        shutil.copy(os.path.join(SUPPORT, "window_app.py"), script)
+        plain = lambda: window_app(self, "qt5", "plain")
+        cases = {
+            "its program": ("org.example.ByProgram.desktop", {"Exec": f"{PYTHON} {script} qt5 %F"},
+                            lambda: Program(self, PYTHON, script, "qt5", "T", "300", "200")),
+            "its class": ("org.example.ByClass.desktop",
+                          {"Exec": "sh", "StartupWMClass": "Window_App.py"}, plain),
+            "its class as the id": ("window_app.py.desktop", {"Exec": "sh"}, plain),
+            "its class as the last part": ("org.example.Special.desktop", {"Exec": "sh"}, lambda:
+                                           Program(self, "xterm", "-name", "special")),
+            "its application id": ("org.example.ById.desktop", {"Exec": "sh"}, lambda: window_app(
+                self, "gtk4", "G", 300, 200, "id=org.example.ById")),
+            "an id with a folder": ("vendor/tool.desktop",
+                                    {"Exec": "sh", "StartupWMClass": "window_app.py"}, plain),
+        }
+        for case, (name, keys, start) in cases.items():
+            with self.subTest(case):
+                path = self.install(name, **keys)
+                program = start()
+                self.assertEqual(self.identifier(program), name.replace("/", "-"))
+                os.remove(path)
+                self.assertNotEqual(self.identifier(program), name.replace("/", "-"), "removed")
+                program.end()
+
+    def test_the_surer_hint_wins(self):
+        program = window_app(self, "qt5", "many hints")
+        self.assertNotIn("bundleIdentifier", self.entry(program.window))
+        self.assertEqual(self.entry(program.window)["owner"], "window_app.py")
+        expect = lambda name: self.assertEqual(self.identifier(program), name)
+        self.install("hidden.desktop", Exec="sh", StartupWMClass="window_app.py", NoDisplay="true")
+        expect("hidden.desktop")
+        self.install("shown.desktop", Exec="sh -x", StartupWMClass="window_app.py")
+        expect("shown.desktop")
+        self.install("plain.desktop", Exec="sh", StartupWMClass="window_app.py",
+                     **{"Name[de]": "Größe"})
+        expect("plain.desktop")
+        self.assertEqual(self.entry(program.window)["owner"], "Größe")
+        self.install("gone.desktop", Exec="/nowhere/program", StartupWMClass="window_app.py")
+        expect("plain.desktop")
+        self.install("gtk.desktop", Exec="sh")
+        change(program.window, "-f", "_GTK_APPLICATION_ID", "8u", "-set", "_GTK_APPLICATION_ID",
+               "gtk")
+        expect("gtk.desktop")
+        self.install("kde.desktop", Exec="sh")
+        change(program.window, "-f", "_KDE_NET_WM_DESKTOP_FILE", "8u", "-set",
+               "_KDE_NET_WM_DESKTOP_FILE", "kde")
+        expect("kde.desktop")
+
+    def test_what_was_launched_keeps_its_identity(self):
+        self.install("launched.desktop", Exec=f"{PYTHON} {SUPPORT}/window_app.py qt5 L 300 200")
+        self.install("other.desktop", Exec="sh", StartupWMClass="window_app.py")
+        self.host.result("desktop_launch_app", appId="launched.desktop")
+        window = int(output("xdotool", "search", "--sync", "--onlyvisible", "--name", "^L$"))
+        self.addCleanup(output, "xdotool", "windowkill", str(window))
+        self.assertEqual(self.entry(window)["bundleIdentifier"], "launched.desktop")
+        until(lambda: self.host.result("desktop_target")["target"].get("bundleIdentifier") ==
+              "launched.desktop", "in front")
+
+
+if __name__ == "__main__":
+    unittest.main()

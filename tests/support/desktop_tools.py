@@ -1,0 +1,102 @@
+"""What tests on a real desktop need: programs to look at, and what other tools say of them."""
+import os
+import re
+import subprocess
+import time
+
+SUPPORT = os.path.dirname(os.path.abspath(__file__))
+PYTHON = "/usr/bin/python3"
+
+
+def output(*command, check=True, **options):
+    """The output of a command that must succeed."""
+    return subprocess.run(command, check=check, stdout=subprocess.PIPE, text=True, timeout=60,
+                          **options).stdout
+
+
+def until(condition, what, seconds=30):
+    """Waits for something that announces itself by no event; its value."""
+    deadline = time.monotonic() + seconds
+    while not (value := condition()):
+        if time.monotonic() > deadline:
+            raise AssertionError(f"{what}: not within {seconds} s")
+        time.sleep(0.02)
+    return value
+
+
+class Program:
+    """A program that runs as long as the test: one that shows a window, unless said otherwise."""
+
+    def __init__(self, test, *command, has_window=True, env=None):
+        self.process = subprocess.Popen(command, env=env, stdin=subprocess.DEVNULL,
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.pid = self.process.pid
+        test.addCleanup(self.end)
+        self.window = self.find_window(env) if has_window else None
+
+    def find_window(self, env=None):
+        # Not with --sync: the search fails when some other window vanishes under it.
+        search = ("xdotool", "search", "--onlyvisible", "--all", "--pid", str(self.pid),
+                  "--name", ".")
+        return int(until(lambda: output(*search, check=False, env=env, stderr=subprocess.DEVNULL),
+                         f"a window of {self.process.args[0]}").split()[0])
+
+    def end(self):
+        self.process.kill()
+        self.process.wait()
+
+
+def window_app(test, toolkit, title, width=300, height=200, *options, env=None):
+    """A window of tests/support/window_app.py."""
+    return Program(test, PYTHON, "-B", os.path.join(SUPPORT, "window_app.py"), toolkit, title,
+                   str(width), str(height), *options, env=env)
+
+
+def change(window, *arguments):
+    """xprop on a window; what it says."""
+    return output("xprop", "-id", str(window), *arguments)
+
+
+def geometry(window):
+    """x, y, width and height of a window on the screen, as xwininfo has them."""
+    text = output("xwininfo", "-id", str(window))
+    return tuple(int(re.search(rf"{name}:\s+(-?\d+)", text).group(1)) for name in
+                 ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+
+
+def stacking():
+    """The windows that the window manager lists, front to back."""
+    text = output("xprop", "-root", "_NET_CLIENT_LIST_STACKING")
+    return [int(number, 16) for number in re.findall(r"0x[0-9a-f]+", text)][::-1]
+
+
+class XServer:
+    """An X server of the test's own, without a window manager."""
+
+    def __init__(self, test, *options):
+        self.process = None
+        self.options = options
+        test.addCleanup(self.stop)
+        reader, writer = os.pipe()
+        self.start("-displayfd", str(writer), pass_fds=[writer])
+        os.close(writer)
+        with os.fdopen(reader) as stream:
+            self.display = ":" + stream.readline().strip()
+        self.environment = dict(os.environ, DISPLAY=self.display)
+
+    def start(self, *arguments, **options):
+        """Starts the server again, under the same number, and waits until it serves."""
+        numbered = bool(arguments)
+        self.process = subprocess.Popen(
+            ["Xvfb", *(arguments or [self.display]), "-screen", "0", "1280x800x24", "-nolisten",
+             "tcp", "-noreset", *self.options], stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL, **options)
+        if not numbered:
+            until(lambda: subprocess.run(["xset", "q"], env=self.environment,
+                                         capture_output=True).returncode == 0, "the X server")
+
+    def stop(self):
+        if self.process:
+            self.process.kill()
+            self.process.wait()
+        self.process = None

@@ -59,8 +59,9 @@ class ApplicationsTest(unittest.TestCase):
             "its class": ("org.example.ByClass.desktop",
                           {"Exec": "sh", "StartupWMClass": "Window_App.py"}, plain),
             "its class as the id": ("window_app.py.desktop", {"Exec": "sh"}, plain),
-            "its class as the last part": ("org.example.Special.desktop", {"Exec": "sh"}, lambda:
-                                           Program(self, "xterm", "-name", "special")),
+            "its class as the last part": (
+                "org.example.Special.desktop", {"Exec": "sh"},
+                lambda: Program(self, "xterm", "-name", "s", "-class", "Special")),
             "its application id": ("org.example.ById.desktop", {"Exec": "sh"}, lambda: window_app(
                 self, "gtk4", "G", 300, 200, "id=org.example.ById")),
             "an id with a folder": ("vendor/tool.desktop",

@@ -6,17 +6,17 @@
 #include <xcb/record.h>
 #include <xcb/res.h>
 #include <xcb/shm.h>
-#include <xcb/xfixes.h>
 #include <xcb/xcbext.h>
+#include <xcb/xfixes.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
-#define explicit explicit_  // a field of the next header has the name of a keyword
-#include <xcb/xkb.h>
-#undef explicit
 
 #include <algorithm>
 #include <chrono>
 #include <thread>
+
+// Of <xcb/xkb.h>, which is not C++: it has a field called "explicit".
+extern "C" xcb_extension_t xcb_xkb_id;
 
 namespace quil::linux_platform {
 namespace {
@@ -73,7 +73,7 @@ void* X11Connection::waitForReply(unsigned sequence) {
         const auto left =
             std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left <= milliseconds::zero()) {
-            isAbandoned_ = true;
+            hasTimedOut_ = true;
             break;
         }
         pollfd socket{xcb_get_file_descriptor(connection_), POLLIN, 0};
@@ -110,24 +110,25 @@ void X11Connection::discardEvents() {
     }
 }
 
+/// Connecting has no limit of its own, so it happens on a thread that can be left waiting.
+void X11Display::beginAttempt() {
+    std::packaged_task<std::shared_ptr<X11Connection>()> attempt(X11Connection::open);
+    attempt_ = attempt.get_future();
+    std::thread(std::move(attempt)).detach();
+}
+
 std::shared_ptr<X11Connection> X11Display::connection() {
     if (connection_) {
         // Reading what has arrived also notices a server that has gone.
         connection_->discardEvents();
         if (connection_->isAlive()) return connection_;
+        serverHangs_ = connection_->hasTimedOut();
         connection_ = nullptr;
     }
-    const bool isFirstCall = !attempt_.valid();
-    if (isFirstCall) {
-        std::packaged_task<std::shared_ptr<X11Connection>()> attempt(X11Connection::open);
-        attempt_ = attempt.get_future();
-        std::thread(std::move(attempt)).detach();
-    }
-    if (attempt_.wait_for(isFirstCall ? kPatience : milliseconds::zero()) !=
-        std::future_status::ready) {
-        return nullptr;
-    }
-    connection_ = attempt_.get();
+    if (!attempt_.valid()) beginAttempt();
+    const auto patience = serverHangs_ ? milliseconds::zero() : kPatience;
+    serverHangs_ = attempt_.wait_for(patience) != std::future_status::ready;
+    if (!serverHangs_) connection_ = attempt_.get();
     return connection_;
 }
 

@@ -39,7 +39,9 @@ class X11Connection {
     const xcb_screen_t& screen() const { return *screen_; }
     xcb_window_t root() const { return screen_->root; }
     /// False once the server has gone; the connection then never works again.
-    bool isAlive() const { return !isAbandoned_ && xcb_connection_has_error(connection_) == 0; }
+    bool isAlive() const { return !hasTimedOut_ && xcb_connection_has_error(connection_) == 0; }
+    /// Whether the server counts as gone because it kept us waiting.
+    bool hasTimedOut() const { return hasTimedOut_; }
     /// The atom of that name, asked for once per connection.
     xcb_atom_t atom(std::string_view name);
     /// Whether the server has the extension.
@@ -64,7 +66,7 @@ class X11Connection {
 
     xcb_connection_t* connection_;
     const xcb_screen_t* screen_;  // belongs to the connection
-    std::atomic<bool> isAbandoned_ = false;
+    std::atomic<bool> hasTimedOut_ = false;
     std::mutex atomsLock_;
     std::map<std::string, xcb_atom_t, std::less<>> atoms_;
 };
@@ -74,10 +76,13 @@ class X11Connection {
 class X11Display {
   public:
     /// The live connection; null when there is no X server. A server that does not answer delays
-    /// the first call by 2 s and later calls not at all, until it answers.
+    /// us by 2 s once, and no more until it answers.
     std::shared_ptr<X11Connection> connection();
 
   private:
+    void beginAttempt();
+
+    bool serverHangs_ = false;
     std::shared_ptr<X11Connection> connection_;
     std::future<std::shared_ptr<X11Connection>> attempt_;
 };

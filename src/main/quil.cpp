@@ -1,7 +1,7 @@
-#include "platform/linux/linux_platform.h"
+#include "platform/machine.h"
 #include "runtime/process.h"
 
 int main() {
-    quil::linux_platform::LinuxPlatform platform;
-    return quil::runProcess(platform);
+    const auto platform = quil::machinePlatform();
+    return quil::runProcess(*platform);
 }

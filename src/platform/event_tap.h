@@ -38,7 +38,8 @@ class TappedEvent {
     virtual std::optional<std::string> characters() const = 0;
 };
 
-/// Called on the thread whose run loop holds the tap's source. `type` is an event type, or one of
+/// Called on the thread whose run loop holds the tap's source; that thread keeps a reference to the
+/// tap for as long as it runs the loop. `type` is an event type, or one of
 /// the two "disabled" notifications, for which the event has no content.
 using EventTapCallback = std::function<void(std::uint32_t type, const TappedEvent& event)>;
 

@@ -10,7 +10,14 @@
 
 namespace quil {
 
-/// A window that can be captured.
+/// What the platform itself needs to know of a window in order to capture it, opaque above the
+/// backends.
+class PlatformWindow {
+  public:
+    virtual ~PlatformWindow() = default;
+};
+
+/// A window that can be captured, as the platform has listed it.
 struct ShareableWindow {
     /// The platform's window number; names the window in a capture.
     std::uint32_t windowId = 0;
@@ -20,6 +27,8 @@ struct ShareableWindow {
     std::optional<std::int32_t> owningProcessId;
     /// In global screen coordinates.
     Rect frame;
+    /// Comes with the listing and goes back to `captureImage`; null where the number is enough.
+    std::shared_ptr<const PlatformWindow> platformWindow = nullptr;
 };
 
 /// The capturable content of the desktop, windows in the platform's order.

@@ -26,6 +26,11 @@ class Threads {
     virtual ThreadRef startThread(const std::string& name, QualityOfService qualityOfService,
                                   std::function<void()> body) = 0;
 
+    /// Runs `body` on the calling thread and then lets go of the objects that platform calls have
+    /// left for the thread to release at its next pause. A thread that works without end wraps
+    /// each piece of its work in it, so that it does not grow.
+    virtual void autoreleasePool(const std::function<void()>& body) { body(); }
+
     /// Runs the main thread's run loop. Returns once `stopMainRunLoop` has been called, also when
     /// that was before.
     virtual void runMainRunLoop() = 0;

@@ -8,7 +8,9 @@ namespace quil {
 void runRuntimeLoop(Runtime& runtime) {
     LineReader lines(runtime.platform.standardInput());
     while (const auto line = lines.next()) {
-        if (const auto request = parseRequest(*line)) dispatch(runtime, *request);
+        runtime.platform.threads().autoreleasePool([&] {
+            if (const auto request = parseRequest(*line)) dispatch(runtime, *request);
+        });
     }
 }
 

@@ -1,0 +1,11 @@
+#include "platform/machine.h"
+
+#include "platform/linux/linux_platform.h"
+
+namespace quil {
+
+std::unique_ptr<Platform> machinePlatform() {
+    return std::make_unique<linux_platform::LinuxPlatform>();
+}
+
+}  // namespace quil

@@ -7,6 +7,7 @@
 #include "runtime/desktop_handlers.h"
 #include "runtime/glimpse_handlers.h"
 #include "runtime/pointer_keyboard_handlers.h"
+#include "runtime/recording_handlers.h"
 #include "runtime/screenshot_app_handlers.h"
 
 namespace quil {
@@ -39,6 +40,9 @@ constexpr Method kMethods[] = {
     {"startFrontmostGlimpseCapture", handleStartGlimpseCapture},
     {"nextGlimpseCaptureUpdate", handleNextGlimpseUpdate},
     {"cancelGlimpseCapture", handleCancelGlimpseCapture},
+    {"startInputRecording", handleStartInputRecording},
+    {"nextInputEvent", handleNextInputEvent},
+    {"stopInputRecording", handleStopInputRecording},
 };
 
 }  // namespace

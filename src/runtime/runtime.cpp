@@ -3,6 +3,8 @@
 namespace quil {
 
 Runtime::Runtime(Platform& platformToUse)
-    : platform(platformToUse), responses(platformToUse.standardOutput()) {}
+    : platform(platformToUse),
+      responses(platformToUse.standardOutput()),
+      sharedInputRecorder(InputRecorder::create(platformToUse)) {}
 
 }  // namespace quil

@@ -5,6 +5,7 @@
 
 #include "accessibility/ax_snapshot.h"
 #include "platform/platform.h"
+#include "recording/input_recorder.h"
 #include "runtime/glimpse_sessions.h"
 #include "runtime/parameters.h"
 #include "runtime/responses.h"
@@ -22,6 +23,8 @@ struct Runtime {
     /// the first one.
     LastAxSnapshot lastAxSnapshot;
     GlimpseSessions glimpseSessions;
+    /// The one recorder. Its recording ends with the runtime.
+    std::shared_ptr<InputRecorder> sharedInputRecorder;
 };
 
 /// Answers one request: writes exactly one response for `id`.

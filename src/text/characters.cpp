@@ -108,6 +108,18 @@ bool isBlank(std::string_view text) {
     return true;
 }
 
+bool hasControlCharacter(std::string_view text) {
+    for (std::size_t position = 0; position < text.size();) {
+        const CodePoint current = codePointAt(text, position);
+        if (current.value) {
+            const auto category = utf8proc_category(static_cast<utf8proc_int32_t>(*current.value));
+            if (category == UTF8PROC_CATEGORY_CC || category == UTF8PROC_CATEGORY_CF) return true;
+        }
+        position += current.length;
+    }
+    return false;
+}
+
 std::u16string toUtf16(std::string_view text) {
     std::u16string units;
     units.reserve(text.size());

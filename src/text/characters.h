@@ -20,6 +20,9 @@ std::string_view characterPrefix(std::string_view text, std::int64_t count);
 /// blank.
 bool isBlank(std::string_view text);
 
+/// Whether a control or format character (Unicode categories Cc and Cf) is in the text.
+bool hasControlCharacter(std::string_view text);
+
 /// The text in UTF-16 code units. Bytes that are not UTF-8 become U+FFFD.
 std::u16string toUtf16(std::string_view text);
 

@@ -206,7 +206,7 @@ std::optional<simulated::Failure> SimulatedDesktop::enter(
 
 void SimulatedDesktop::record(decltype(simulated::LogEntry::what) what) {
     const auto guard = lock();
-    log_.push_back({clock_.now(), std::move(what)});
+    log_.push_back({clock_.now(), requests_, std::move(what)});
     if (logObserver_) logObserver_(log_.back());
 }
 

@@ -133,6 +133,7 @@ class SimulatedDesktop {
     /// What is to happen at that call of the platform (`simulated::callNames`). Throws
     /// std::invalid_argument for a name that is no call.
     simulated::Rule& on(std::string_view call);
+    simulated::Rule& add(simulated::Rule rule) { return rules_.emplace_back(std::move(rule)); }
     /// Makes the change once that many seconds have passed since the desktop started.
     void at(double seconds, Change change);
     /// Makes the change just before the n-th line of standard input (from 1) reaches the runtime.

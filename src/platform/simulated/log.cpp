@@ -130,6 +130,13 @@ std::string eventTypeName(std::uint32_t type) {
     return std::to_string(type);
 }
 
+std::optional<std::uint32_t> eventTypeNamed(std::string_view name) {
+    for (const auto& entry : kEventTypeNames) {
+        if (entry.name == name) return entry.type;
+    }
+    return {};
+}
+
 std::string describe(const LogEntry& entry) {
     return std::visit(Describe{}, entry.what);
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -85,11 +86,15 @@ struct PermissionRequest {
 struct LogEntry {
     /// Seconds of the desktop's clock since it started.
     double time = 0;
+    /// How many lines of standard input had reached the runtime.
+    int request = 0;
     std::variant<PostedEvent, PasteboardCall, ElementCall, Pause, Launch, PermissionRequest> what;
 };
 
 /// The name of an event type ("leftMouseDown"), or its number.
 std::string eventTypeName(std::uint32_t type);
+/// The event type of that name, or nothing.
+std::optional<std::uint32_t> eventTypeNamed(std::string_view name);
 
 /// The entry in one line, without its time; what is as usual is left out:
 ///

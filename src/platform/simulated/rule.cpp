@@ -71,7 +71,7 @@ Rule& Rule::from(int n) {
 }
 
 Rule& Rule::about(std::string subject) {
-    subject_ = std::move(subject);
+    subjects_.push_back(std::move(subject));
     return *this;
 }
 
@@ -92,7 +92,9 @@ Rule& Rule::changes(Change change) {
 
 bool Rule::applies(std::string_view call, std::initializer_list<std::string_view> subjects) {
     if (call != call_) return false;
-    if (subject_ && std::ranges::find(subjects, *subject_) == subjects.end()) return false;
+    for (const std::string& subject : subjects_) {
+        if (std::ranges::find(subjects, subject) == subjects.end()) return false;
+    }
     ++seen_;
     return seen_ >= first_ && (!last_ || seen_ <= *last_);
 }

@@ -29,7 +29,7 @@ class Rule {
     Rule& from(int n);
     /// Only calls about that: the name of an attribute or action, the path of a bundle, the type
     /// of an event ("leftMouseDown", "keyUp"), the type of pasteboard contents, the id of an
-    /// element.
+    /// element. Given several times, only calls about all of them.
     Rule& about(std::string subject);
 
     /// The call fails. Without a code it fails as is usual for it.
@@ -47,7 +47,7 @@ class Rule {
 
   private:
     std::string call_;
-    std::optional<std::string> subject_;
+    std::vector<std::string> subjects_;
     int first_ = 1;
     std::optional<int> last_;
     int seen_ = 0;

@@ -1,0 +1,54 @@
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+#include "platform/posix/posix_streams.h"
+#include "platform/simulated/scenario/log_file.h"
+#include "platform/simulated/scenario/scenario.h"
+#include "platform/simulated/simulated_platform.h"
+#include "runtime/process.h"
+
+namespace {
+
+constexpr int kBadScenario = 2;
+
+std::string readFile(const char* path) {
+    std::string text;
+    std::FILE* const file = std::fopen(path, "rb");
+    bool failed = !file;
+    for (char buffer[65536]; !failed;) {
+        const std::size_t count = std::fread(buffer, 1, sizeof buffer, file);
+        text.append(buffer, count);
+        failed = std::ferror(file) != 0;
+        if (count == 0) break;
+    }
+    const int error = errno;
+    if (file) std::fclose(file);
+    if (failed) throw std::runtime_error(std::strerror(error));
+    return text;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    quil::secureStandardStreams();
+    if (argc != 2) {
+        std::fputs("usage: quil-sim SCENARIO.json\n", stderr);
+        return kBadScenario;
+    }
+    quil::SimulatedDesktop desktop;
+    try {
+        const auto scenario = quil::simulated::loadScenario(readFile(argv[1]), desktop);
+        if (scenario.log) quil::simulated::writeLogTo(*scenario.log, desktop);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quil-sim: %s: %s\n", argv[1], error.what());
+        return kBadScenario;
+    }
+    quil::PosixInputStream input(STDIN_FILENO);
+    quil::PosixOutputStream output(STDOUT_FILENO);
+    quil::SimulatedPlatform platform(desktop, input, output);
+    return quil::runProcess(platform);
+}

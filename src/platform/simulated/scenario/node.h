@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/geometry.h"
+#include "platform/simulated/scenario/document.h"
+
+namespace quil::simulated {
+
+/// One value of a scenario, together with its place in it. Every reader throws a `ScenarioError`
+/// when the value is not what it asks for. The document outlives its nodes.
+class Node {
+  public:
+    explicit Node(const Json& root) : json_(&root) {}
+
+    [[noreturn]] void fail(const std::string& what) const;
+    const std::string& path() const { return path_; }
+    bool isNull() const { return json_->is_null(); }
+    bool isString() const { return json_->is_string(); }
+    bool isObject() const { return json_->is_object(); }
+    bool isList() const { return json_->is_array(); }
+    const Json& json() const { return *json_; }
+
+    bool boolean() const;
+    std::string string() const;
+    /// A finite number.
+    double number() const;
+    /// A number that is not negative.
+    double seconds() const;
+    std::int64_t integer(std::int64_t minimum, std::int64_t maximum) const;
+    std::int32_t integer32() const;
+    std::uint32_t unsigned32() const;
+    /// [x, y]
+    Point point() const;
+    /// [width, height]
+    Size size() const;
+    /// [x, y, width, height]
+    Rect rect() const;
+
+    /// The entries of a list.
+    std::vector<Node> list() const;
+    /// The entries of a list, or the value itself when it is none.
+    std::vector<Node> oneOrMore() const;
+    std::vector<std::string> strings() const;
+    /// The members of an object whose names are the author's own, by name.
+    std::vector<std::pair<std::string, Node>> members() const;
+    /// The member of that name of an object; nothing when there is none.
+    std::optional<Node> find(std::string_view name) const;
+    Node require(std::string_view name) const;
+    /// Fails when the value is no object or has a member of another name than these.
+    void allowOnly(const std::vector<std::string_view>& names) const;
+
+  private:
+    Node(const Json& json, std::string path) : json_(&json), path_(std::move(path)) {}
+    Node child(const std::string& name, const Json& json) const;
+    std::vector<double> numbers(std::size_t count, const char* shape) const;
+
+    const Json* json_;
+    std::string path_;
+};
+
+}  // namespace quil::simulated

@@ -1,0 +1,150 @@
+// What the person does, as a scenario writes it.
+#include <algorithm>
+#include <limits>
+
+#include "platform/event_posting.h"
+#include "platform/simulated/desktop.h"
+#include "platform/simulated/scenario/desktop_members.h"
+
+namespace quil::simulated {
+namespace {
+
+using Deed = std::function<void(Person&)>;
+using Limits64 = std::numeric_limits<std::int64_t>;
+
+struct NamedFlag {
+    std::string_view name;
+    std::uint64_t flag;
+};
+
+constexpr NamedFlag kFlags[] = {
+    {"capsLock", kEventFlagMaskAlphaShift}, {"shift", kEventFlagMaskShift},
+    {"control", kEventFlagMaskControl},     {"option", kEventFlagMaskAlternate},
+    {"command", kEventFlagMaskCommand},
+};
+
+/// A number, or a list of names.
+std::uint64_t readFlags(const Node& node) {
+    if (!node.isList()) return static_cast<std::uint64_t>(node.integer(0, Limits64::max()));
+    std::uint64_t flags = 0;
+    for (const Node& entry : node.list()) {
+        const auto found = std::ranges::find(kFlags, entry.string(), &NamedFlag::name);
+        if (found == std::end(kFlags)) {
+            entry.fail("must be \"capsLock\", \"shift\", \"control\", \"option\" or \"command\"");
+        }
+        flags |= found->flag;
+    }
+    return flags;
+}
+
+std::uint32_t readEventType(const Node& node) {
+    if (!node.isString()) return node.unsigned32();
+    const auto type = eventTypeNamed(node.string());
+    if (!type) node.fail("no event type has this name");
+    return *type;
+}
+
+Deed readClick(const Node& node) {
+    return [point = node.point()](Person& person) { person.click(point); };
+}
+
+Deed readDrag(const Node& node) {
+    node.allowOnly({"from", "to"});
+    return [from = node.require("from").point(), to = node.require("to").point()](Person& person) {
+        person.drag(from, to);
+    };
+}
+
+Deed readScroll(const Node& node) {
+    node.allowOnly({"at", "lines"});
+    return [point = node.require("at").point(),
+            lines = node.require("lines").integer(Limits64::min(), Limits64::max())](
+               Person& person) { person.scroll(point, lines); };
+}
+
+std::optional<std::string> optionalText(const std::optional<Node>& node) {
+    return node ? std::optional(node->string()) : std::nullopt;
+}
+
+Deed readKey(const Node& node) {
+    node.allowOnly({"code", "characters", "flags"});
+    const auto flags = node.find("flags");
+    return [code = node.require("code").integer(Limits64::min(), Limits64::max()),
+            characters = optionalText(node.find("characters")),
+            flags = flags ? readFlags(*flags) : 0](Person& person) {
+        person.key(code, characters, flags);
+    };
+}
+
+Deed readType(const Node& node) {
+    return [text = node.string()](Person& person) { person.type(text); };
+}
+
+Deed readEvent(const Node& node) {
+    node.allowOnly({"type", "location", "timestamp", "flags", "keyCode", "lines", "characters"});
+    UserEvent event{.type = readEventType(node.require("type"))};
+    if (const auto value = node.find("location")) event.location = value->point();
+    if (const auto value = node.find("timestamp")) {
+        event.timestamp = static_cast<std::uint64_t>(value->integer(0, Limits64::max()));
+    }
+    if (const auto value = node.find("flags")) event.flags = readFlags(*value);
+    if (const auto value = node.find("keyCode")) {
+        event.keyCode = value->integer(Limits64::min(), Limits64::max());
+    }
+    if (const auto value = node.find("lines")) {
+        event.scrollLines = value->integer(Limits64::min(), Limits64::max());
+    }
+    event.characters = optionalText(node.find("characters"));
+    return [event](Person& person) { person.event(event); };
+}
+
+Deed readDisableTaps(const Node& node) {
+    const std::string by = node.string();
+    if (by == "timeout") return [](Person& person) { person.disableTapsByTimeout(); };
+    if (by == "userInput") return [](Person& person) { person.disableTapsByUserInput(); };
+    node.fail("must be \"timeout\" or \"userInput\"");
+}
+
+Deed readSecureInput(const Node& node) {
+    return [enabled = node.boolean()](Person& person) { person.secureInput(enabled); };
+}
+
+struct DeedReader {
+    std::string_view name;
+    Deed (*read)(const Node& node);
+};
+
+constexpr DeedReader kDeeds[] = {
+    {"click", readClick},
+    {"drag", readDrag},
+    {"scroll", readScroll},
+    {"key", readKey},
+    {"type", readType},
+    {"event", readEvent},
+    {"disableTaps", readDisableTaps},
+    {"secureInput", readSecureInput},
+};
+
+Deed readDeed(const Node& node) {
+    std::vector<std::string_view> known;
+    std::optional<Deed> deed;
+    for (const DeedReader& reader : kDeeds) {
+        known.push_back(reader.name);
+        if (const auto value = node.find(reader.name)) deed = reader.read(*value);
+    }
+    node.allowOnly(known);
+    if (!deed || node.json().size() != 1) node.fail("must have exactly one member");
+    return *deed;
+}
+
+}  // namespace
+
+Step readPerson(const Node& node, Names&) {
+    std::vector<Deed> deeds;
+    for (const Node& entry : node.oneOrMore()) deeds.push_back(readDeed(entry));
+    return [deeds](Building& building) {
+        for (const Deed& deed : deeds) deed(building.desktop.person());
+    };
+}
+
+}  // namespace quil::simulated

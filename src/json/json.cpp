@@ -6,35 +6,79 @@
 namespace quil {
 namespace {
 
-/// The text with every number literal that overflows a double replaced by the largest double. The
-/// parser refuses such literals although they are valid JSON.
-std::string withoutOverflows(std::string_view text) {
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+std::size_t digitsAt(std::string_view text, std::size_t start) {
+    std::size_t end = start;
+    while (end < text.size() && isDigit(text[end])) ++end;
+    return end - start;
+}
+
+/// A number without its sign, as JSON writes it.
+struct Literal {
+    std::size_t length = 0;  // 0: the text begins with none
+    bool isTooLarge = false;
+};
+
+Literal readLiteral(std::string_view text) {
+    const std::size_t whole = digitsAt(text, 0);
+    if (whole == 0 || (whole > 1 && text[0] == '0')) return {};
+    std::size_t end = whole;
+    if (end < text.size() && text[end] == '.') {
+        const std::size_t fraction = digitsAt(text, end + 1);
+        if (fraction == 0) return {};
+        end += 1 + fraction;
+    }
+    const std::size_t mantissa = end;
+    bool negativeExponent = false;
+    if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
+        ++end;
+        negativeExponent = end < text.size() && text[end] == '-';
+        if (end < text.size() && (text[end] == '-' || text[end] == '+')) ++end;
+        const std::size_t exponent = digitsAt(text, end);
+        if (exponent == 0) return {};
+        end += exponent;
+    }
+    double value = 0;
+    if (std::from_chars(text.data(), text.data() + end, value).ec == std::errc()) return {end};
+    // Out of range, on one side or the other: the power of ten of the first digit tells which.
+    const std::size_t first = text.substr(0, mantissa).find_first_of("123456789");
+    const auto power = static_cast<double>(whole) - static_cast<double>(first);
+    const std::size_t digits = text.substr(0, end).find_last_not_of("0123456789") + 1;
+    double exponent = mantissa == end ? 0 : 1e300;  // stays when it has hundreds of digits
+    if (mantissa != end) std::from_chars(text.data() + digits, text.data() + end, exponent);
+    return {end, power + (negativeExponent ? -exponent : exponent) > 0};
+}
+
+/// The text with every number literal that overflows a double replaced by the largest double;
+/// nothing when it has none. The parser refuses such literals although they are valid JSON.
+std::optional<std::string> withoutOverflows(std::string_view text) {
     std::string result;
+    bool overflows = false;
     bool inString = false;
     for (std::size_t i = 0; i < text.size();) {
         const char c = text[i];
+        std::size_t length = 1;
         if (inString || c == '"') {
-            const std::size_t length = inString && c == '\\' ? 2 : 1;
+            if (inString && c == '\\') length = 2;
             if (c == '"') inString = !inString;
-            result.append(text.substr(i, length));
-            i += length;
-            continue;
+        } else if (isDigit(c)) {
+            const Literal literal = readLiteral(text.substr(i));
+            if (literal.length == 0) return {};  // no JSON
+            length = literal.length;
+            if (literal.isTooLarge) {
+                overflows = true;
+                result += "1.7976931348623157e308";
+                i += length;
+                continue;
+            }
         }
-        if (c < '0' || c > '9') {
-            result.push_back(c);
-            ++i;
-            continue;
-        }
-        const std::size_t end = std::min(text.find_first_not_of("0123456789.eE+-", i), text.size());
-        const std::string_view literal = text.substr(i, end - i);
-        double value = 0;
-        const auto read = std::from_chars(literal.data(), literal.data() + literal.size(), value);
-        const bool tooLarge = read.ec == std::errc::result_out_of_range &&
-                              literal.find("e-") == literal.npos &&
-                              literal.find("E-") == literal.npos;
-        result.append(tooLarge ? "1.7976931348623157e308" : literal);
-        i = end;
+        result += text.substr(i, length);
+        i += length;
     }
+    if (!overflows) return {};
     return result;
 }
 
@@ -46,7 +90,11 @@ Json parse(std::string_view text) {
 
 std::optional<Json> parseJson(std::string_view text) {
     Json value = parse(text);
-    if (value.is_discarded()) value = parse(withoutOverflows(text));
+    if (value.is_discarded()) {
+        const auto readable = withoutOverflows(text);
+        if (!readable) return {};
+        value = parse(*readable);
+    }
     if (value.is_discarded()) return {};
     return value;
 }
@@ -58,7 +106,12 @@ std::optional<std::int64_t> jsonInteger(const Json& value) {
         return static_cast<std::int64_t>(number);
     }
     if (value.is_number_integer()) return value.get<std::int64_t>();
-    if (value.is_number_float()) return Value(value.get<double>()).integer();
+    if (value.is_number_float()) {
+        const auto number = value.get<double>();
+        // What was written below the range has been rounded to its lower end, too.
+        if (number <= static_cast<double>(INT64_MIN)) return {};
+        return Value(number).integer();
+    }
     return {};
 }
 

@@ -3,6 +3,9 @@
 namespace quil {
 
 std::optional<Request> parseRequest(std::string_view line) {
+    // Most of what is no request is seen at its first character.
+    const std::size_t first = line.find_first_not_of(" \t\r\n");
+    if (first == line.npos || line[first] != '{') return {};
     auto json = parseJson(line);
     if (!json || !json->is_object()) return {};
     const auto id = json->find("id");

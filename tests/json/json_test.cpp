@@ -18,6 +18,7 @@ TEST(Json, IntegersHoweverTheyAreSpelled) {
         {"9223372036854775807", INT64_MAX},
         {"-9223372036854775808", INT64_MIN},
         {"9223372036854775808", {}},
+        {"-9223372036854775809", {}},
         {"1e19", {}},
         {"1e999", {}},
         {"-1e999", {}},
@@ -35,18 +36,20 @@ TEST(Json, IntegersHoweverTheyAreSpelled) {
 
 TEST(Json, OverflowingNumbersAreStillJson) {
     const auto json =
-        parseJson(R"({"a": [1e999, -2E+400, 1e-999], "s": "1e999 \" 1e999", "b": 2})");
+        parseJson(R"({"a": [1e999, -2E+400, 1e-999, 0.1e400], "s": "1e999 \" 1e999", "b": 2})");
     ASSERT_TRUE(json);
     EXPECT_GT((*json)["a"][0].get<double>(), 1e308);
     EXPECT_LT((*json)["a"][1].get<double>(), -1e308);
     EXPECT_EQ((*json)["a"][2].get<double>(), 0);
+    EXPECT_GT((*json)["a"][3].get<double>(), 1e308);
     EXPECT_EQ((*json)["s"], "1e999 \" 1e999");
     EXPECT_EQ((*json)["b"], 2);
 }
 
 TEST(Json, RefusesWhatIsNotJson) {
-    for (const char* text : {"", "  ", "{", "{} {}", "{\"a\":1e999", "// x\n{}", "{'a':1}",
-                             "{\"a\":\"\xff\"}", "{\"a\":\"\x01\"}", "\"1e999"}) {
+    for (const char* text :
+         {"", "  ", "{", "{} {}", "{\"a\":1e999", "[1e999e1]", "[01e999]", "[1.e999]", "// x\n{}",
+          "{'a':1}", "{\"a\":\"\xff\"}", "{\"a\":\"\x01\"}", "\"1e999"}) {
         EXPECT_FALSE(parseJson(text)) << text;
     }
     EXPECT_FALSE(parseJson(std::string_view("{\"a\0\":1}", 8)));

@@ -43,11 +43,24 @@ class Host:
         for stream in (self.process.stdin, self.process.stdout, self.process.stderr):
             stream.close()
 
-    def write(self, data):
-        """Sends raw bytes."""
+    def write(self, data, seconds=ANSWER_SECONDS):
+        """Sends raw bytes. Takes up what the runtime answers meanwhile, so that neither waits for
+        the other."""
+        output, input = self.process.stdout, self.process.stdin
         view = memoryview(data)
+        deadline = time.monotonic() + seconds
         while view:
-            view = view[self.process.stdin.write(view):]
+            readable, writable, _ = select.select([output], [input], [],
+                                                  max(0, deadline - time.monotonic()))
+            if not readable and not writable:
+                raise Failure(f"input not taken within {seconds} s")
+            if writable:
+                view = view[os.write(input.fileno(), view[:select.PIPE_BUF]):]
+            if readable:
+                chunk = os.read(output.fileno(), 1 << 20)
+                if not chunk:
+                    raise Failure("the runtime ended")
+                self._buffer += chunk
 
     def read_line(self, seconds=ANSWER_SECONDS):
         """The next line of output without its line feed; None at its end."""

@@ -77,18 +77,19 @@ int MemoryOutput::writes() const {
 }
 
 std::size_t RequestInput::read(char* buffer, std::size_t capacity) {
-    if (pending_.empty()) {
+    if (start_ == pending_.size()) {
         pending_.resize(capacity);
         pending_.resize(source_.read(pending_.data(), capacity));
+        start_ = 0;
         if (pending_.empty()) return 0;
     }
     if (!inLine_) lineArrives_();
-    const std::size_t lineFeed = pending_.find('\n');
-    const std::size_t available = lineFeed == pending_.npos ? pending_.size() : lineFeed + 1;
-    const std::size_t count = std::min(capacity, available);
-    inLine_ = count < available || lineFeed == pending_.npos;
-    pending_.copy(buffer, count);
-    pending_.erase(0, count);
+    const std::size_t lineFeed = pending_.find('\n', start_);
+    const std::size_t end = lineFeed == pending_.npos ? pending_.size() : lineFeed + 1;
+    const std::size_t count = std::min(capacity, end - start_);
+    inLine_ = start_ + count < end || lineFeed == pending_.npos;
+    pending_.copy(buffer, count, start_);
+    start_ += count;
     return count;
 }
 

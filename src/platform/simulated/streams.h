@@ -64,6 +64,7 @@ class RequestInput : public InputStream {
     InputStream& source_;
     std::function<void()> lineArrives_;
     std::string pending_;
+    std::size_t start_ = 0;  // of what has not been handed on
     bool inLine_ = false;  // some of the line has been handed on
 };
 

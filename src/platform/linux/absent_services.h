@@ -29,16 +29,6 @@ class NoAccessibility : public Accessibility {
     }
 };
 
-class NoScreenCapture : public ScreenCapture {
-  public:
-    std::optional<ShareableContent> getShareableContent(bool, bool) override { return {}; }
-    std::unique_ptr<CapturedImage> captureImage(const ShareableWindow&,
-                                                const StreamConfiguration&) override {
-        return nullptr;
-    }
-    std::string pngRepresentation(const CapturedImage&) override { return {}; }
-};
-
 class NoEventPosting : public EventPosting {
   public:
     std::unique_ptr<EventSource> createSource(std::int32_t) override { return nullptr; }

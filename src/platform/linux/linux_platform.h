@@ -3,6 +3,7 @@
 #include "platform/linux/absent_services.h"
 #include "platform/linux/apps/desktop_bundles.h"
 #include "platform/linux/apps/locale_collation.h"
+#include "platform/linux/capture/linux_screen_capture.h"
 #include "platform/linux/linux_permissions.h"
 #include "platform/linux/linux_window_list.h"
 #include "platform/linux/linux_workspace.h"
@@ -46,7 +47,7 @@ class LinuxPlatform : public Platform {
     LinuxWindowList windowList_{display_, workspace_};
     NoCodeSigning codeSigning_;
     NoAccessibility accessibility_;
-    NoScreenCapture screenCapture_;
+    LinuxScreenCapture screenCapture_{display_};
     NoEventPosting eventPosting_;
     NoPasteboard pasteboard_;
     NoEventTaps eventTaps_;

@@ -46,7 +46,7 @@ class Observation(unittest.TestCase):
         cases = [
             ({"value": 42}, {"value": "42"}),
             ({"value": 0}, {"value": "0"}), ({"value": 2.5}, {"value": "2.5"}),
-            ({"value": True}, {"value": "1"}), ({"value": {"opaque": "AXValueCFRange"}}, {}),
+            ({"value": True}, {"value": "1"}), ({"value": 2**64}, {"value": "1.844674407370955e+19"}), ({"value": {"opaque": "AXValueCFRange"}}, {}),
             ({"value": ["a"]}, {}), ({"value": ""}, {}), ({"value": {"element": "self"}}, {}),
             ({"title": "a\nb|c", "description": "\r"}, {"name": "a\nb|c", "description": "\r"}),
             ({"title": "👍🏽" * 501}, {"name": "👍🏽" * 500}),

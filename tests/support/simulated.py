@@ -35,6 +35,8 @@ class Simulated(Host):
 
     def entries(self):
         """What was done to the desktop so far, as the log has it."""
+        if not os.path.exists(self.log_path):  # still starting
+            return []
         with open(self.log_path, encoding="utf-8") as file:
             return [json.loads(line) for line in file]
 

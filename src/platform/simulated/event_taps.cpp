@@ -30,6 +30,12 @@ bool wants(std::uint64_t mask, std::uint32_t type) {
 
 }  // namespace
 
+/// An event on its way, and whether a password was being typed when it happened.
+struct SimulatedEventTaps::Waiting {
+    UserEvent event;
+    bool duringSecureInput = false;
+};
+
 struct SimulatedEventTaps::Tap : EventTap {
     Tap(std::uint64_t mask, EventTapCallback callback)
         : wanted(mask), function(std::move(callback)) {}
@@ -39,7 +45,7 @@ struct SimulatedEventTaps::Tap : EventTap {
     bool enabled = true;
     bool valid = true;
     bool inCallback = false;
-    std::deque<UserEvent> waiting;
+    std::deque<Waiting> waiting;
 };
 
 struct SimulatedEventTaps::Source : RunLoopSource {
@@ -51,6 +57,8 @@ struct SimulatedEventTaps::Source : RunLoopSource {
 
 struct SimulatedEventTaps::Loop : RunLoop {
     std::vector<std::shared_ptr<Source>> sources;
+    /// While a callback runs: whether its event came during secure input.
+    std::optional<bool> secureInput;
     bool running = false;
     bool stopped = false;
 };
@@ -129,12 +137,14 @@ void SimulatedEventTaps::runCurrentRunLoop() {
             changed_.wait(lock);
             continue;
         }
-        const UserEvent event = std::move(tap->waiting.front());
+        const Waiting next = std::move(tap->waiting.front());
         tap->waiting.pop_front();
         tap->inCallback = true;
+        loop->secureInput = next.duringSecureInput;
         lock.unlock();
-        tap->function(event.type, DeliveredEvent(event));
+        tap->function(next.event.type, DeliveredEvent(next.event));
         lock.lock();
+        loop->secureInput.reset();
         tap->inCallback = false;
         changed_.notify_all();
     }
@@ -152,7 +162,9 @@ void SimulatedEventTaps::stopRunLoop(const RunLoopRef& runLoop) {
 
 bool SimulatedEventTaps::isSecureEventInputEnabled() {
     const std::lock_guard lock(mutex_);
-    return secureEventInput_;
+    const auto loop = loops_.find(std::this_thread::get_id());
+    if (loop == loops_.end()) return secureEventInput_;
+    return loop->second->secureInput.value_or(secureEventInput_);
 }
 
 void SimulatedEventTaps::deliver(const UserEvent& event) {
@@ -160,7 +172,7 @@ void SimulatedEventTaps::deliver(const UserEvent& event) {
     for (const auto& entry : taps_) {
         const auto tap = entry.lock();
         if (tap && tap->valid && tap->enabled && wants(tap->wanted, event.type)) {
-            tap->waiting.push_back(event);
+            tap->waiting.push_back({event, secureEventInput_});
         }
     }
     changed_.notify_all();
@@ -172,8 +184,8 @@ void SimulatedEventTaps::disableTaps(bool byTimeout) {
         const auto tap = entry.lock();
         if (!tap || !tap->valid) continue;
         tap->enabled = false;
-        tap->waiting.push_back(
-            {.type = byTimeout ? kEventTapDisabledByTimeout : kEventTapDisabledByUserInput});
+        const auto type = byTimeout ? kEventTapDisabledByTimeout : kEventTapDisabledByUserInput;
+        tap->waiting.push_back({{.type = type}, secureEventInput_});
     }
     changed_.notify_all();
 }

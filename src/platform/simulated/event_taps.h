@@ -54,6 +54,8 @@ class SimulatedEventTaps : public EventTaps {
     void deliver(const UserEvent& event);
     /// Disables every tap and tells it so: by time-out, or by user input.
     void disableTaps(bool byTimeout);
+    /// Within a callback, `isSecureEventInputEnabled` tells how it was when the event happened, so
+    /// that the answer does not depend on how fast the callbacks are.
     void setSecureEventInput(bool enabled);
     /// Waits until the taps' callbacks have returned from everything that was delivered. Gives up
     /// on taps that nobody serves after two seconds, and drops what waits there.
@@ -66,6 +68,7 @@ class SimulatedEventTaps : public EventTaps {
     void endThread();
 
   private:
+    struct Waiting;
     struct Tap;
     struct Source;
     struct Loop;

@@ -36,9 +36,13 @@ ValueSource constant(Value value) {
 }
 
 ValueSource readNumber(const Node& node) {
-    if (!node.json().is_number_integer()) return constant(node.number());
+    const auto& json = node.json();
     using Limits = std::numeric_limits<std::int64_t>;
-    return constant(node.integer(Limits::min(), Limits::max()));
+    const bool fits = json.is_number_unsigned()
+                          ? json.get<std::uint64_t>() <= std::uint64_t{Limits::max()}
+                          : json.is_number_integer();
+    if (!fits) return constant(node.number());
+    return constant(json.get<std::int64_t>());
 }
 
 ValueSource readList(const Node& node, Names& names) {

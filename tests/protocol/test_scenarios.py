@@ -1,0 +1,196 @@
+"""What quil-sim makes of scenarios: refuses bad ones with the place, plays the script of good ones."""
+import json
+import random
+import subprocess
+import tempfile
+import unittest
+
+from quil_host import executable
+from simulated import Simulated, desktop, example, run
+
+
+def refusal(text):
+    """The message for a scenario that must be refused, without the program and the file."""
+    text = text if isinstance(text, bytes) else text.encode()
+    answers, status, errors = run(text, b'{"id":1,"method":"ping"}\n')
+    assert (answers, status) == ([], 2), (text[:200], answers, status, errors)
+    prefix, message = errors.decode().split(".json: ", 1)
+    assert prefix.startswith("quil-sim: ") and message.endswith("\n") and message.count("\n") == 1, errors
+    return message.strip()
+
+
+class Refusals(unittest.TestCase):
+    def test_text_that_is_not_json(self):
+        for text, place in [("", "1:1: "), ("{\n  \"about\": x}", "2:12: "), ("{}\n{}", "2:1: "),
+                            (b'{\n"about": "\xff"}', "2:11: "), ('{"about": 1e999}', "1:15: "),
+                            ("[" * 100_000, "nested more than 1000 levels"),
+                            ('{"a":' * 100_000, "nested more than 1000 levels"), ("\x00", "1:1: ")]:
+            self.assertTrue(refusal(text).startswith(place), (text[:50], refusal(text)))
+
+    def test_what_is_wrong_and_where(self):
+        app = lambda **members: {"applications": [{"pid": 1, "name": "A", **members}]}
+        within = lambda *children: app(windows=[{"bounds": [0, 0, 9, 9], "children": list(children)}])
+        element = "applications[0].windows[0].children[0]"
+        for scenario, message in [
+                ([], "the scenario: must be an object"), ({"abuot": ""}, "abuot: no such member"),
+                ({"permissions": {"accessibility": 1}}, "permissions.accessibility: must be true or false"),
+                ({"permissions": {"camera": True}}, "permissions.camera: no such member"),
+                ({"displays": {}}, "displays: must be a list"),
+                ({"displays": [{"id": 1, "bounds": [0, 0, 9]}]}, "displays[0].bounds: must be [x, y, w"),
+                ({"displays": [{"id": -1, "bounds": [0, 0, 9, 9]}]}, "displays[0].id: must be an integer"),
+                ({"displays": [{"id": 1, "bounds": [0, 0, 9, 9]}] * 2}, "displays[1].id: given twice"),
+                ({"applications": [{"name": "A"}]}, 'applications[0]: "pid" is missing'),
+                ({"applications": [{"pid": 2**31, "name": "A"}]}, "applications[0].pid: must be an integer"),
+                ({"applications": app()["applications"] * 2}, "applications[1].pid: given twice"),
+                (app(windows=[{}]), 'applications[0].windows[0]: "bounds" is missing'),
+                (app(layer=1), "applications[0].layer: no such member"),
+                (app(policy="loud"), "applications[0].policy: must be"),
+                (app(bundleIdentifier=5), "applications[0].bundleIdentifier: must be a string"),
+                (app(focusedWindow="w"), 'applications[0].focusedWindow: nothing has the id "w"'),
+                (app(id=""), "applications[0].id: an id cannot be empty"),
+                (app(windows=[{"bounds": [0, 0, 1, 1], "colour": "red"}]),
+                 "applications[0].windows[0].colour: must be a colour"),
+                (within({}), element + ': "role" is missing'),
+                (within({"role": "AXRow", "actions": [{"name": "x", "does": {}}]}),
+                 element + ".actions[0].does: changes"),
+                (within({"role": "AXRow", "actions": [{"name": "x", "afterTimes": 1}]}),
+                 element + ".actions[0].afterTimes: says when"),
+                (within({"role": "AXRow", "value": {"point": [1]}}), element + ".value.point: must be [x, y]"),
+                (within({"role": "AXRow", "value": None}), element + ".value: must be a string"),
+                (within({"role": "AXRow", "value": {"element": "x"}}), element + ".value.element: nothing"),
+                (within({"role": "AXRow", "readResults": {"AXTitle": "oops"}}),
+                 element + ".readResults.AXTitle: no result code"),
+                (within({"role": "AXRow", "id": "a"}, {"role": "AXRow", "id": "a"}),
+                 'applications[0].windows[0].children[1].id: the id "a" is given twice'),
+                (app(id="a") | {"stacking": "a"}, 'stacking: must be the id of a window, "a" is an appl'),
+                (app(id="a") | {"script": [{"at": 1, "do": {"update": "a", "layer": 1}}]},
+                 'script[0].do.update: must be the id of a window to have "layer"'),
+                ({"script": [{"do": {"frontmost": None}}]}, 'script[0]: needs "at" or "request"'),
+                ({"script": [{"at": -1, "do": {"frontmost": None}}]}, "script[0].at: must be a number of sec"),
+                ({"rules": [{"call": "fly", "fails": True}]}, "rules[0].call: no call of the platform"),
+                ({"rules": [{"call": "post"}]}, 'rules[0]: needs "fails", "takes" or "does"'),
+                ({"rules": [{"call": "post", "nth": 1, "from": 2, "fails": True}]}, "rules[0].from: cannot"),
+                ({"rules": [{"call": "post", "nth": 0, "fails": True}]}, "rules[0].nth: must be an integer"),
+                ({"person": {"click": [1, 2], "type": "x"}}, "person: must have exactly one"),
+                ({"person": [{"key": {"code": 1, "flags": ["hyper"]}}]}, "person[0].key.flags[0]: must be"),
+                ({"bundles": [{"path": "A.app"}]}, "bundles[0].path: must begin with a slash"),
+                ({"pasteboard": {"text": 5}}, "pasteboard.text: must be a string"),
+                ({"clock": {"wallClock": "now"}}, "clock.wallClock: must be a number"),
+                ({"log": "/nonexistent/log"}, "log: /nonexistent/log: ")]:
+            self.assertTrue(refusal(json.dumps(scenario)).startswith(message),
+                            (message, refusal(json.dumps(scenario))))
+        self.assertEqual(refusal('{"applications": [{"pid": 1, "name": "A", "pid": 1}]}'),
+                         "applications[0].pid: given twice")
+
+    def test_broken_examples_never_crash(self):
+        """Takes, doubles, swaps and replaces pieces of good scenarios."""
+        source = random.Random(7)
+        texts = [json.dumps(example(name)) for name in ("calculator", "form", "failing")]
+        pieces = ["{", "}", "[", "]", ",", ":", '"', "null", "-1", "1e9", "true", "\\", "{}", "[]", "é"]
+        statuses = {0: 0, 2: 0}
+        with tempfile.NamedTemporaryFile(suffix=".json") as file:
+            for _ in range(150):
+                text = source.choice(texts)
+                for _ in range(source.choice((1, 1, 2, 9))):
+                    start = source.randrange(len(text))
+                    end = min(len(text), start + source.choice((0, 1, 4, 30)))
+                    text = text[:start] + source.choice(pieces) + text[end:]
+                file.seek(0)
+                file.truncate()
+                file.write(text.encode())
+                file.flush()
+                done = subprocess.run([executable("quil-sim"), file.name], timeout=30, capture_output=True,
+                                      input=b'{"id":1,"method":"desktop_ax_get_state"}\n')
+                self.assertIn(done.returncode, statuses, (text, done.stderr))
+                self.assertEqual(bool(done.stderr), done.returncode == 2, text)
+                statuses[done.returncode] += 1
+        self.assertGreater(statuses[2], 50)
+
+
+class Scripts(unittest.TestCase):
+    def test_changes_with_requests_times_and_calls(self):
+        button = {"id": "ok", "role": "AXButton", "title": "OK", "actions": [
+            {"name": "AXPress", "does": {"update": "ok", "description": "pressed"}}]}
+        scenario = desktop(
+            button, {"role": "AXGroup"},
+            script=[{"request": 2, "do": {"update": "ok", "title": "by request"}},
+                    {"at": 0.05, "do": {"update": "ok", "title": "by time"}}],
+            rules=[{"call": "performAction", "about": ["AXPress", "ok"], "nth": 2,
+                    "does": {"update": "ok", "title": "by call"}},
+                   {"call": "copyAttributeValue", "about": ["AXTitle", "ok"], "from": 7, "fails": "noValue"}])
+        with Simulated(scenario) as host:
+            ok = lambda: host.result("desktop_ax_get_state")["nodes"][1]
+            press = lambda: host.result("desktop_ax_action", token="e0.0", action="invoke")
+            self.assertEqual(ok()["name"], "OK")
+            self.assertEqual(ok()["name"], "by request")
+            host.result("desktop_drag", **{"from": {"x": 0, "y": 0}, "to": {"x": 0, "y": 0}})
+            self.assertEqual(ok()["name"], "by time")
+            press()
+            self.assertEqual(ok()["description"], "pressed")
+            press()
+            self.assertNotIn("name", ok())
+            self.assertEqual([(e["request"], e["line"]) for e in host.entries() if e["call"] != "post"][-2:],
+                             [(5, "performAction ok AXPress"), (7, "performAction ok AXPress")])
+
+    def test_a_tree_that_changes_during_an_observation(self):
+        """The host is told at its next use of a token."""
+        scenario = desktop(*({"id": f"row{i}", "role": "AXRow", "title": str(i)} for i in range(5)), rules=[
+            {"call": "copyAttributeValue", "about": ["AXTitle", "row2"], "nth": 1,
+             "does": [{"remove": "row4"}, {"update": "row0", "title": "late"}]}])
+        with Simulated(scenario) as host:
+            nodes = host.result("desktop_ax_get_state")["nodes"]
+            self.assertEqual([node.get("name", "") for node in nodes], ["Main", "0", "1", "2", "3", ""])
+            self.assertEqual(host.error("desktop_read_value", token="e0")["message"],
+                             "the accessibility tree changed; observe again")
+
+    def test_a_slow_service(self):
+        for real, scenario in [(False, {}), (True, {"clock": {"real": True}})]:
+            with Simulated(desktop({"role": "AXGroup"}, **scenario, rules=[
+                    {"call": "copyActionNames", "nth": 1, "takes": 0.3}])) as host:
+                host.result("desktop_ax_get_state")
+                host.result("desktop_move", point={"x": 0, "y": 0})
+                self.assertGreaterEqual(host.entries()[0]["time"], 0.3)
+
+    def test_the_log(self):
+        with Simulated(desktop({"id": "field", "role": "AXTextField"}, clock={"wallClock": 5})) as host:
+            host.result("desktop_ax_get_state")
+            host.result("desktop_ax_action", token="e0.0", action="set_value", value="é")
+            host.result("desktop_keypress", combo="cmd+c")
+            host.result("desktop_scroll", point={"x": 0, "y": 0}, amount=2)
+            self.assertEqual([{**entry, "line": None} for entry in host.entries()], [
+                {"time": 0, "request": 2, "line": None, "call": "setAttributeValue", "element": "field",
+                 "attribute": "AXValue", "value": "é", "result": 0},
+                *({"time": 0, "request": 3, "line": None, "call": "post", "type": type, "keyCode": 8,
+                   "flags": 0x100000, "text": None, "tap": 0, "source": 1} for type in ("keyDown", "keyUp")),
+                {"time": 0, "request": 4, "line": None, "call": "post", "type": "mouseMoved",
+                 "point": [0, 0], "button": 0, "tap": 0, "source": None},
+                {"time": 0, "request": 4, "line": None, "call": "post", "type": "scrollWheel",
+                 "point": [0, 0], "wheels": [2, 0, 0], "wheelCount": 2, "units": 1, "tap": 0,
+                 "source": None}])
+
+    def test_recorded_input(self):
+        person = [{"type": "Hi"}, {"click": [720, 450]}, {"scroll": {"at": [0, 0], "lines": -2}},
+                  {"key": {"code": 8, "characters": "c", "flags": ["command"]}},
+                  {"secureInput": True}, {"type": "secret"}, {"secureInput": False}]
+        scenario = {"permissions": {"inputMonitoring": False, "grantsInputMonitoring": True},
+                    "script": [{"request": 3, "do": {"person": person}},
+                               {"at": 0.4, "do": {"person": {"drag": {"from": [0, 0], "to": [9, 9]}}}}],
+                    "rules": [{"call": "createTap", "nth": 1, "fails": True}]}
+        with Simulated(scenario) as host:
+            start = "startInputRecording"
+            self.assertEqual(host.error(start)["message"], "input monitoring permission required")
+            self.assertEqual(host.error(start), {"code": "RECORDING_CAPTURE_UNAVAILABLE",
+                                                 "message": "input event tap unavailable"})
+        with Simulated({**scenario, "permissions": {}, "rules": []}) as host:
+            for _ in range(3):
+                self.assertEqual(host.result(start), {})
+            events = [host.result("nextInputEvent")["event"] for _ in range(6)]
+            self.assertEqual([event["action"] for event in events],
+                             ["type", "type", "click", "scroll", "keypress", "click"])
+            self.assertEqual([event["params"].get("text") for event in events[:2]], ["H", "i"])
+            self.assertIsNone(host.result("nextInputEvent", timeoutMs=0)["event"])
+            self.assertEqual(host.result("stopInputRecording"), {"events": []})
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,202 @@
+"""Windows, screenshots, captures, the catalogue of applications and launching."""
+import base64
+import struct
+import unittest
+
+from simulated import Simulated, application, desktop, example, window
+
+PREFIX = "data:image/png;base64,"
+
+
+def picture_size(data_url):
+    """Width and height of the PNG; None for an empty text."""
+    if not data_url:
+        return None
+    assert data_url.startswith(PREFIX), data_url[:40]
+    png = base64.b64decode(data_url.removeprefix(PREFIX), validate=True)
+    assert png.startswith(b"\x89PNG\r\n\x1a\n") and png.endswith(b"IEND\xaeB`\x82")
+    return struct.unpack(">II", png[16:24])
+
+
+def sized(width, height, **members):
+    return {"title": "w", "bounds": [0, 0, width, height], **members}
+
+
+class Windows(unittest.TestCase):
+    maxDiff = None
+
+    def test_what_is_listed(self):
+        app = application(executablePath="/opt/notes", windows=[
+            window(id="a"), window(layer=3), window(onScreen=False), window(desktopElement=True),
+            window(title="", info={"kCGWindowName": None, "kCGWindowOwnerName": 5,
+                                   "kCGWindowLayer": "0", "kCGWindowBounds": [1], "kCGWindowNumber": 2.5}),
+            window(info={"kCGWindowOwnerPID": 77, "kCGWindowLayer": None})])
+        nobody = window(id="nobody", title="Panel")
+        with Simulated({"applications": [app], "windows": [nobody], "stacking": ["nobody", "a"],
+                        "permissions": {"accessibility": False, "screenRecording": False},
+                        "rules": [{"call": "copyWindowInfo", "nth": 2, "fails": True}],
+                        "script": [{"request": 3, "do": {"windowList": "broken"}},
+                                   {"request": 4, "do": {"windowList": [1, "x"]}},
+                                   {"request": 5, "do": {"windowList": [{"dictionary": {}}]}}]}) as host:
+            bounds = {"X": 0, "Y": 25, "Width": 800, "Height": 600}
+            notes = {"name": "Main", "owner": "Notes", "pid": 100, "bounds": bounds,
+                     "bundleIdentifier": "com.example.notes", "executablePath": "/opt/notes"}
+            anonymous = {"id": 0, "name": "", "owner": "", "pid": 100,
+                         "bundleIdentifier": "com.example.notes", "executablePath": "/opt/notes"}
+            ghost = {"id": 6, "name": "Main", "owner": "Notes", "pid": 77, "bounds": bounds}
+            panel = {"id": 7, "name": "Panel", "owner": "", "pid": 0, "bounds": bounds}
+            self.assertEqual(host.result("desktop_windows_list"),
+                             {"windows": [panel, {"id": 1, **notes}, anonymous, ghost]})
+            for _ in range(3):
+                self.assertEqual(host.result("desktop_windows_list"), {"windows": []})
+            self.assertEqual(host.result("desktop_windows_list"),
+                             {"windows": [{"id": 0, "name": "", "owner": "", "pid": 0}]})
+
+
+class Screenshots(unittest.TestCase):
+    def test_which_window_is_taken(self):
+        first, second = sized(100, 50), sized(60, 40)
+        front = application(windows=[sized(10, 10, layer=8), sized(11, 11, onScreen=False), first, second])
+        back = application(pid=101, windows=[sized(20, 20)])
+        nobodys = sized(30, 30, id="nobodys")
+        for scenario, size in [
+                ({"applications": [front, back]}, (200, 100)),
+                ({"applications": [application(windows=[sized(800.75, 600.25)])]}, (1601, 1200)),
+                ({"applications": [application(windows=[]), back]}, (40, 40)),
+                ({"applications": [back], "windows": [nobodys], "frontmost": None}, (60, 60)),
+                ({"applications": [back], "frontmost": None}, (40, 40)),
+                ({"applications": [application(windows=[])]}, None),
+                ({"applications": [application(windows=[sized(0, 5)])]}, None)]:
+            with Simulated(scenario) as host:
+                result = host.result("desktop_screenshot")
+                self.assertEqual(picture_size(result["screenshotDataURL"]), size, scenario)
+                self.assertEqual(result["target"], host.result("desktop_target")["target"])
+
+    def test_failures(self):
+        required = {"code": "COMPUTER_CONTROL_PERMISSION_REQUIRED",
+                    "message": "screen recording permission required"}
+        with Simulated(example("failing")) as host:
+            for _ in range(2):
+                self.assertEqual(host.error("desktop_screenshot"), required)
+            self.assertEqual(host.result("desktop_screenshot")["screenshotDataURL"], "")
+            self.assertEqual(picture_size(host.result("desktop_screenshot")["screenshotDataURL"]),
+                             (800, 600))
+        for call in ("getShareableContent", "pngRepresentation"):
+            with Simulated(desktop(rules=[{"call": call, "fails": True}])) as host:
+                self.assertEqual(host.result("desktop_screenshot")["screenshotDataURL"], "")
+
+
+class Captures(unittest.TestCase):
+    def next(self, host, name):
+        return host.result("nextGlimpseCaptureUpdate", requestId=name)["update"]
+
+    def test_a_capture_step_by_step(self):
+        scenario = {"applications": [
+            application({"role": "AXButton", "title": "O\nK", "subrole": "AXCloseButton"},
+                        {"role": "AXTextField", "title": "x" * 800, "value": "é"},
+                        {"role": "AXSlider", "value": 5}, id="notes"),
+            application(pid=101, name="Mail", id="mail", windows=[])],
+            "permissions": {"accessibility": True, "screenRecording": False},
+            "script": [{"request": 3, "do": {"frontmost": "mail"}},
+                       {"request": 6, "do": {"frontmost": None}}]}
+        with Simulated(scenario) as host:
+            target = host.result("startFrontmostGlimpseCapture", requestId="A")["target"]
+            self.assertEqual((target["name"], target["windowTitle"]), ("Notes", "Main"))
+            self.assertEqual(self.next(host, "A"), {"type": "axText", "text": "\n".join([
+                "AXWindow | Main", "AXButton | O K | (AXCloseButton)", f"AXTextField | {'x' * 800} | é",
+                "AXSlider"])})
+            # Another application is in front by now; the capture keeps its target.
+            self.assertEqual(host.result("startFrontmostGlimpseCapture", requestId="")["target"]["name"],
+                             "Mail")
+            self.assertEqual(self.next(host, "A"), {"type": "screenshot", "screenshotDataURL": "",
+                                                    "target": target})
+            self.assertEqual(self.next(host, "A"), {"type": "completed"})
+            self.assertEqual(self.next(host, ""), {"type": "axText", "text": ""})
+            self.assertEqual(self.next(host, "A"), {"type": "completed"})
+            # Starting again begins anew.
+            self.assertEqual(host.result("startFrontmostGlimpseCapture", requestId="A"), {"target": {}})
+            self.assertEqual(self.next(host, "A")["type"], "axText")
+
+    def test_unknown_and_cancelled_captures(self):
+        unknown = {"type": "failed", "error": "unknown request"}
+        with Simulated(desktop(permissions={"accessibility": False})) as host:
+            self.assertEqual(self.next(host, "A"), unknown)
+            host.result("startFrontmostGlimpseCapture", requestId="A")
+            self.assertEqual(self.next(host, "A")["text"], "AXUnknown")
+            self.assertEqual(picture_size(self.next(host, "A")["screenshotDataURL"]), (1600, 1200))
+            for params in ({"requestId": "B"}, {}, {"requestId": 5}, {"requestId": "A"}):
+                self.assertEqual(host.result("cancelGlimpseCapture", **params), {})
+            self.assertEqual(self.next(host, "A"), unknown)
+            for method in ("startFrontmostGlimpseCapture", "nextGlimpseCaptureUpdate"):
+                for params in ({}, {"requestId": 1}, {"requestId": None}):
+                    self.assertEqual(host.error(method, **params), {"message": "requestId is required"})
+
+
+class Applications(unittest.TestCase):
+    def test_the_catalogue(self):
+        scenario = {
+            "permissions": {"accessibility": False},
+            "applications": [
+                application(windows=[], executablePath="/opt/notes",
+                            signing={"team": "TEAM", "identifier": "id"}),
+                {"pid": 2, "name": "tool", "executablePath": "/opt/tool",
+                 "signing": {"team": "", "identifier": "tool.id"}},
+                {"pid": 3, "name": "agent", "bundleIdentifier": "com.example.agent", "policy": "accessory"},
+                {"pid": 4, "name": "nameless", "localizedName": None, "bundleIdentifier": "com.x"},
+                {"pid": 5, "name": "nothing identifies it", "signingInformation": [1]},
+            ],
+            "unlistableFolders": ["/Applications/Utilities"],
+            "bundles": [
+                {"path": "/Applications/Notes.app", "identifier": "com.example.notes"},
+                {"path": "/Applications/beta.app", "displayName": "beta", "name": "no"},
+                {"path": "/Applications/Alpha.app", "identifier": "a", "name": "Alpha",
+                 "information": {"CFBundleDisplayName": 5}},
+                {"path": "/System/Applications/Alpha2.app", "identifier": "a"},
+                {"path": "/Applications/x.app.app"},
+                {"path": "/Applications/Broken.app", "isBundle": False, "identifier": "hidden"},
+                {"path": "/Applications/Upper.APP"}, {"path": "/Applications/Read Me"},
+                {"path": "/Applications/Utilities/Unseen.app"}, {"path": "/Applications/Sub/Deep.app"}]}
+        with Simulated(scenario) as host:
+            apps = host.result("desktop_apps_list")["apps"]
+        installed = lambda path, name, **more: {"appId": path, "name": name, "executablePath": path,
+                                                "running": False, **more}
+        self.assertEqual(apps, [
+            installed("/Applications/Alpha.app", "Alpha") | {"appId": "a", "bundleIdentifier": "a"},
+            installed("/Applications/beta.app", "beta"),
+            installed("/Applications/Broken.app", "Broken"),
+            {"appId": "com.x", "name": "com.x", "running": True, "bundleIdentifier": "com.x"},
+            {"appId": "com.example.notes", "name": "Notes", "running": True, "signingIdentity": "TEAM",
+             "bundleIdentifier": "com.example.notes", "executablePath": "/opt/notes"},
+            {"appId": "/opt/tool", "name": "tool", "running": True, "executablePath": "/opt/tool",
+             "signingIdentity": "tool.id"},
+            installed("/Applications/x.app.app", "x")])
+
+    def test_at_most_500(self):
+        with Simulated({"bundles": [{"path": f"/Applications/{i:04}.app"} for i in range(600)][::-1]}) as host:
+            names = [app["name"] for app in host.result("desktop_apps_list")["apps"]]
+            self.assertEqual(names, [f"{i:04}" for i in range(500)])
+
+    def test_launching(self):
+        with Simulated({**example("form"), "permissions": {"accessibility": False}}) as host:
+            target = lambda app: host.result("desktop_launch_app", appId=app)["target"]["name"]
+            self.assertEqual([target("com.example.mail"), target("/Applications/Orders.app"),
+                              target("com.example.clock")], ["Mail", "Orders", "Clock"])
+            unsupported, failed = "COMPUTER_CONTROL_UNSUPPORTED_OPERATION", "COMPUTER_CONTROL_COMMAND_FAILED"
+            only_bundles = "launch_app only accepts .app bundles"
+            for app, code, message in [
+                    ("/usr/bin/true", unsupported, only_bundles), ("/Applications/A.app/", unsupported,
+                                                                   only_bundles),
+                    ("/Applications/A.APP", unsupported, only_bundles),
+                    ("missing.bundle.id", unsupported, "application not found: missing.bundle.id"),
+                    ("", unsupported, "application not found: "),
+                    ("Mail.app", unsupported, "application not found: Mail.app"),
+                    ("/Applications/Missing.app", failed, "launch failed: /Applications/Missing.app")]:
+                self.assertEqual(host.error("desktop_launch_app", appId=app),
+                                 {"code": code, "message": message})
+            self.assertEqual(host.error("desktop_launch_app", appId=1), {"message": "appId is required"})
+            self.assertEqual(host.log()[2:], ["openUrl /Applications/Utilities/Clock.app",
+                                              "openUrl /Applications/Missing.app refused"])
+
+
+if __name__ == "__main__":
+    unittest.main()

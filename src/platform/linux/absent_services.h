@@ -48,13 +48,6 @@ class NoEventPosting : public EventPosting {
     void post(std::uint32_t, const PostableEvent&) override {}
 };
 
-class NoPasteboard : public Pasteboard {
-  public:
-    std::optional<std::string> stringForType(std::string_view) override { return {}; }
-    void clearContents() override {}
-    bool setString(std::string_view, std::string_view) override { return false; }
-};
-
 class NoEventTaps : public EventTaps {
   public:
     EventTapRef createTap(std::uint32_t, std::uint32_t, std::uint32_t, std::uint64_t,

@@ -8,6 +8,7 @@
 #include "platform/linux/linux_window_list.h"
 #include "platform/linux/linux_workspace.h"
 #include "platform/linux/no_code_signing.h"
+#include "platform/linux/pasteboard/x11_pasteboard.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/displays.h"
 #include "platform/platform.h"
@@ -49,7 +50,7 @@ class LinuxPlatform : public Platform {
     NoAccessibility accessibility_;
     LinuxScreenCapture screenCapture_{display_};
     NoEventPosting eventPosting_;
-    NoPasteboard pasteboard_;
+    X11Pasteboard pasteboard_;
     NoEventTaps eventTaps_;
     DesktopBundles bundles_;
     LocaleCollation collation_;

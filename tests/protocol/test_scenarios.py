@@ -1,12 +1,13 @@
 """What quil-sim makes of scenarios: refuses bad ones with the place, plays the script of good ones."""
 import json
+import os
 import random
 import subprocess
 import tempfile
 import unittest
 
 from quil_host import executable
-from simulated import Simulated, desktop, example, run
+from simulated import EXAMPLES, Simulated, desktop, example, run
 
 
 def refusal(text):
@@ -108,6 +109,16 @@ class Refusals(unittest.TestCase):
 
 
 class Scripts(unittest.TestCase):
+    def test_documented_scenarios(self):
+        with open(os.path.join(EXAMPLES, "..", "..", "docs", "simulated-desktop.md"), encoding="utf-8") as file:
+            blocks = [json.loads(text.split("```")[0]) for text in file.read().split("```json")[1:]]
+        scenarios = [{"bundles": [block]} if "path" in block else block for block in blocks
+                     if "line" not in block]
+        self.assertEqual(len(scenarios), 4)
+        for scenario in scenarios + [example(name) for name in ("calculator", "form", "failing")]:
+            with Simulated(scenario) as host:
+                self.assertTrue(host.result("ping")["accessibility"])
+
     def test_changes_with_requests_times_and_calls(self):
         button = {"id": "ok", "role": "AXButton", "title": "OK", "actions": [
             {"name": "AXPress", "does": {"update": "ok", "description": "pressed"}}]}

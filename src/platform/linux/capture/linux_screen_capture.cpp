@@ -2,6 +2,7 @@
 
 #include "platform/linux/capture/pixel_format.h"
 #include "platform/linux/capture/window_content.h"
+#include "platform/linux/capture/window_shape.h"
 #include "platform/linux/x11/window_stack.h"
 #include "platform/png/picture.h"
 #include "platform/png/png_encoder.h"
@@ -67,15 +68,15 @@ std::unique_ptr<CapturedImage> LinuxScreenCapture::captureImage(
         return nullptr;
     }
 
-    const auto format =
-        readPixelFormat(connection, content->depth, content->visual, content->colourMap);
+    const auto format = readPixelFormat(connection, content->depth, content->visual);
     if (!format) return nullptr;
     const std::uint8_t* pixels =
         with->transfer.fetch(content->pixmap.id(), part.x, part.y, part.width, part.height,
                              format->rowBytes(part.width) * static_cast<std::size_t>(part.height));
     if (!pixels) return nullptr;
-    Picture picture = resized(pictureFromImage(pixels, part.width, part.height, *format),
-                              configuration.width, configuration.height);
+    Picture picture = pictureFromImage(pixels, part.width, part.height, *format);
+    clipToShape(connection, window.windowId, part.x - content->x, part.y - content->y, picture);
+    picture = resized(std::move(picture), configuration.width, configuration.height);
     if (picture.width == 0) return nullptr;
     return std::make_unique<PictureImage>(std::move(picture));
 }

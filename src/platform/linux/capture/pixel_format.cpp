@@ -10,8 +10,6 @@ namespace {
 
 constexpr std::uint32_t kOpaque = 0xff000000;
 
-constexpr bool isBigEndianMachine = std::endian::native == std::endian::big;
-
 const xcb_visualtype_t* findVisual(const xcb_screen_t& screen, xcb_visualid_t id) {
     for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0;
          xcb_depth_next(&depths)) {
@@ -31,106 +29,79 @@ const xcb_format_t* findFormat(const xcb_setup_t& setup, std::uint8_t depth) {
     return nullptr;
 }
 
-std::vector<std::uint32_t> readColours(X11Connection& connection, xcb_colormap_t map,
-                                       std::uint16_t count) {
-    std::vector<std::uint32_t> pixels(count);
-    for (std::uint32_t i = 0; i < count; ++i) pixels[i] = i;
-    const auto answer = connection.reply(
-        xcb_query_colors_reply, xcb_query_colors(connection.get(), map, count, pixels.data()));
-    if (!answer) return {};
-    std::vector<std::uint32_t> colours;
-    const xcb_rgb_t* entries = xcb_query_colors_colors(answer.get());
-    for (int i = 0; i < xcb_query_colors_colors_length(answer.get()); ++i) {
-        const auto channel = [](std::uint16_t value) { return std::uint32_t{value} >> 8; };
-        colours.push_back(kOpaque | channel(entries[i].red) << 16 | channel(entries[i].green) << 8 |
-                          channel(entries[i].blue));
-    }
-    return colours;
-}
-
-/// One colour's bits of a pixel, widened or narrowed to eight.
+/// One channel's bits of a pixel, widened or narrowed to eight.
 class Channel {
   public:
-    Channel(std::uint32_t mask, int position) : mask_(mask), shift_(std::countr_zero(mask)) {
-        const std::uint32_t maximum = mask ? mask >> shift_ : 0;
-        // No server has more than 10 bits a colour; further ones are left out.
-        while (maximum >> excess_ >= values_.size()) ++excess_;
-        const std::uint32_t limit = maximum >> excess_;
-        for (std::uint32_t value = 0; value <= limit && limit > 0; ++value) {
-            values_[value] = (value * 255 + limit / 2) / limit << position;
+    /// `place` is where the eight bits go in the result.
+    Channel(std::uint32_t mask, int place) : mask_(mask) {
+        if (mask == 0) return;
+        const int bits = std::popcount(mask);
+        // Further bits than the table is for make no difference to eight.
+        const int excess = std::max(0, bits - kTableBits);
+        shift_ = std::countr_zero(mask) + excess;
+        const std::uint32_t limit = (1U << (bits - excess)) - 1;
+        for (std::uint32_t value = 0; value <= limit; ++value) {
+            table_[value] = (value * 255 + limit / 2) / limit << place;
         }
-        shift_ += excess_;
     }
-    std::uint32_t of(std::uint32_t pixel) const {
-        return mask_ ? values_[(pixel & mask_) >> shift_] : 0;
+    std::uint32_t of(std::uint32_t pixel) const { return table_[(pixel & mask_) >> shift_]; }
+
+  private:
+    static constexpr int kTableBits = 10;
+    std::uint32_t mask_;
+    int shift_ = 0;
+    std::array<std::uint32_t, 1 << kTableBits> table_{};
+};
+
+/// Reads rows as 0xAARRGGBB, their colours still multiplied by alpha.
+class RowReader {
+  public:
+    explicit RowReader(const PixelFormat& format)
+        : format_(format),
+          isCopy_(format.bitsPerPixel == 32 &&
+                  format.isBigEndian == (std::endian::native == std::endian::big) &&
+                  format.red == 0xff0000 && format.green == 0xff00 && format.blue == 0xff),
+          implied_(format.alpha ? 0 : kOpaque) {}
+
+    void read(const std::uint8_t* row, int width, std::uint32_t* pixels) const {
+        if (isCopy_) {
+            std::memcpy(pixels, row, static_cast<std::size_t>(width) * sizeof *pixels);
+            for (int x = 0; x < width; ++x) pixels[x] |= implied_;
+            return;
+        }
+        const int bytes = format_.bitsPerPixel / 8;
+        for (int x = 0; x < width; ++x, row += bytes) {
+            std::uint32_t pixel = 0;
+            for (int i = 0; i < bytes; ++i) {
+                pixel |= std::uint32_t{row[format_.isBigEndian ? bytes - 1 - i : i]} << 8 * i;
+            }
+            pixels[x] =
+                implied_ | red_.of(pixel) | green_.of(pixel) | blue_.of(pixel) | alpha_.of(pixel);
+        }
     }
 
   private:
-    std::uint32_t mask_;
-    int shift_;
-    int excess_ = 0;
-    std::array<std::uint32_t, 1024> values_{};
+    const PixelFormat& format_;
+    const bool isCopy_;
+    const std::uint32_t implied_;
+    const Channel red_{format_.red, 16};
+    const Channel green_{format_.green, 8};
+    const Channel blue_{format_.blue, 0};
+    const Channel alpha_{format_.alpha, 24};
 };
 
-std::uint32_t pixelAt(const std::uint8_t* bytes, int count, bool isBigEndian) {
-    std::uint32_t pixel = 0;
-    for (int i = 0; i < count; ++i) {
-        pixel |= std::uint32_t{bytes[i]} << 8 * (isBigEndian ? count - 1 - i : i);
-    }
-    return pixel;
-}
-
-bool isUsual(const PixelFormat& format) {
-    return format.bitsPerPixel == 32 && format.isBigEndian == isBigEndianMachine &&
-           format.red == 0xff0000 && format.green == 0xff00 && format.blue == 0xff &&
-           (format.alpha == 0 || format.alpha == kOpaque) && format.colours.empty();
-}
-
-/// A row as 0xAARRGGBB, colours still multiplied by alpha. Without alpha bits the alpha is full.
-void convertRow(const std::uint8_t* row, int width, const PixelFormat& format,
-                std::uint32_t* pixels) {
-    static_assert(sizeof(std::uint32_t) == 4);
-    const int pixelBytes = format.bitsPerPixel / 8;
-    if (!format.colours.empty()) {
-        for (int x = 0; x < width; ++x) {
-            const std::uint32_t pixel =
-                pixelAt(row + x * pixelBytes, pixelBytes, format.isBigEndian);
-            pixels[x] = pixel < format.colours.size() ? format.colours[pixel] : kOpaque;
-        }
-        return;
-    }
-    if (isUsual(format)) {
-        std::memcpy(pixels, row, static_cast<std::size_t>(width) * 4);
-        if (format.alpha) return;
-        for (int x = 0; x < width; ++x) pixels[x] |= kOpaque;
-        return;
-    }
-    const Channel red(format.red, 16);
-    const Channel green(format.green, 8);
-    const Channel blue(format.blue, 0);
-    const Channel alpha(format.alpha, 24);
-    for (int x = 0; x < width; ++x) {
-        const std::uint32_t pixel = pixelAt(row + x * pixelBytes, pixelBytes, format.isBigEndian);
-        pixels[x] = (format.alpha ? alpha.of(pixel) : kOpaque) | red.of(pixel) | green.of(pixel) |
-                    blue.of(pixel);
-    }
-}
-
 /// Whether no colour is brighter than its alpha allows.
-bool isMultiplied(const std::vector<std::uint32_t>& pixels) {
-    return std::all_of(pixels.begin(), pixels.end(), [](std::uint32_t pixel) {
-        const std::uint32_t alpha = pixel >> 24;
-        return (pixel >> 16 & 255) <= alpha && (pixel >> 8 & 255) <= alpha &&
-               (pixel & 255) <= alpha;
-    });
+bool isMultiplied(std::uint32_t pixel) {
+    const std::uint32_t alpha = pixel >> 24;
+    return (pixel >> 16 & 255) <= alpha && (pixel >> 8 & 255) <= alpha && (pixel & 255) <= alpha;
 }
 
 std::uint32_t divided(std::uint32_t pixel) {
     const std::uint32_t alpha = pixel >> 24;
     if (alpha == 255) return pixel;
     if (alpha == 0) return 0;
-    const auto channel = [&](int shift) {
-        return ((pixel >> shift & 255) * 255 + alpha / 2) / alpha << shift;
+    const auto channel = [&](int place) {
+        return ((pixel >> place & 255) * 255 + alpha / 2) / alpha << place;
     };
     return alpha << 24 | channel(16) | channel(8) | channel(0);
 }
@@ -143,24 +114,20 @@ std::size_t PixelFormat::rowBytes(int width) const {
 }
 
 std::optional<PixelFormat> readPixelFormat(X11Connection& connection, std::uint8_t depth,
-                                           xcb_visualid_t visual, xcb_colormap_t colourMap) {
+                                           xcb_visualid_t visual) {
     const xcb_setup_t& setup = *xcb_get_setup(connection.get());
     const xcb_format_t* layout = findFormat(setup, depth);
     const xcb_visualtype_t* type = findVisual(connection.screen(), visual);
-    if (!layout || !type || layout->scanline_pad == 0) return {};
-    PixelFormat format;
-    format.bitsPerPixel = layout->bits_per_pixel;
-    format.rowPadding = layout->scanline_pad;
-    format.isBigEndian = setup.image_byte_order == XCB_IMAGE_ORDER_MSB_FIRST;
-    if (format.bitsPerPixel % 8 != 0 || format.bitsPerPixel == 0) return {};
-    if (type->_class != XCB_VISUAL_CLASS_TRUE_COLOR &&
-        type->_class != XCB_VISUAL_CLASS_DIRECT_COLOR) {
-        format.colours = readColours(connection, colourMap, type->colormap_entries);
-        return format.colours.empty() ? std::nullopt : std::optional(format);
-    }
-    format.red = type->red_mask;
-    format.green = type->green_mask;
-    format.blue = type->blue_mask;
+    if (!layout || !type || (type->red_mask | type->green_mask | type->blue_mask) == 0) return {};
+    if (layout->bits_per_pixel % 8 != 0 || layout->scanline_pad % 8 != 0) return {};
+    if (layout->bits_per_pixel == 0 || layout->scanline_pad == 0) return {};
+    PixelFormat format{layout->bits_per_pixel,
+                       layout->scanline_pad,
+                       setup.image_byte_order == XCB_IMAGE_ORDER_MSB_FIRST,
+                       type->red_mask,
+                       type->green_mask,
+                       type->blue_mask,
+                       0};
     // By convention the bits of a 32-bit visual that no colour claims.
     if (depth == 32) format.alpha = ~(format.red | format.green | format.blue);
     return format;
@@ -168,18 +135,16 @@ std::optional<PixelFormat> readPixelFormat(X11Connection& connection, std::uint8
 
 Picture pictureFromImage(const std::uint8_t* image, int width, int height,
                          const PixelFormat& format) {
+    const auto columns = static_cast<std::size_t>(width);
     Picture picture{width, height, 1, {}};
-    picture.pixels.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-    const std::size_t rowBytes = format.rowBytes(width);
-    for (int y = 0; y < height; ++y) {
-        const auto row = static_cast<std::size_t>(y);
-        convertRow(image + row * rowBytes, width, format,
-                   picture.pixels.data() + row * static_cast<std::size_t>(width));
+    picture.pixels.resize(columns * static_cast<std::size_t>(height));
+    const RowReader reader(format);
+    for (std::size_t y = 0; y < static_cast<std::size_t>(height); ++y) {
+        reader.read(image + y * format.rowBytes(width), width, &picture.pixels[y * columns]);
     }
     if (format.alpha == 0) return picture;
-    if (isMultiplied(picture.pixels)) {
-        std::transform(picture.pixels.begin(), picture.pixels.end(), picture.pixels.begin(),
-                       divided);
+    if (std::all_of(picture.pixels.begin(), picture.pixels.end(), isMultiplied)) {
+        for (std::uint32_t& pixel : picture.pixels) pixel = divided(pixel);
     } else {
         for (std::uint32_t& pixel : picture.pixels) pixel |= kOpaque;
     }

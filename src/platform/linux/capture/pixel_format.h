@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include "platform/linux/x11/connection.h"
 #include "platform/png/picture.h"
@@ -23,16 +22,14 @@ struct PixelFormat {
     std::uint32_t green = 0xff00;
     std::uint32_t blue = 0xff;
     std::uint32_t alpha = 0;
-    /// 0xAARRGGBB by pixel value, for windows whose pixels are entries of a colour map; else empty.
-    std::vector<std::uint32_t> colours;
 
     std::size_t rowBytes(int width) const;
 };
 
-/// The format of images of windows with that depth and visual. `colourMap` is the window's. Nothing
-/// when the server does not say, or stores pixels in a way unheard of.
+/// The format of images of windows with that depth and visual. Nothing when pixels are entries of a
+/// colour map (no server keeps the content of such windows), or are stored in a way unheard of.
 std::optional<PixelFormat> readPixelFormat(X11Connection& connection, std::uint8_t depth,
-                                           xcb_visualid_t visual, xcb_colormap_t colourMap);
+                                           xcb_visualid_t visual);
 
 /// The picture that an image of that size shows. A transparent window's picture has its colours
 /// not multiplied by alpha; a window that leaves the alpha bits to chance gives an opaque one.

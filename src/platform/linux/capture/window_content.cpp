@@ -69,8 +69,7 @@ std::optional<WindowContent> findWindowContent(const std::shared_ptr<X11Connecti
         y += geometry->border_width;
         if (pixmap) {
             content.emplace(WindowContent{std::move(asked.pixmap), pixmap->width, pixmap->height, x,
-                                          y, geometry->depth, attributes->visual,
-                                          attributes->colormap});
+                                          y, geometry->depth, attributes->visual});
             // The window was resized between the two answers.
             if (pixmap->width != geometry->width + 2 * geometry->border_width ||
                 pixmap->height != geometry->height + 2 * geometry->border_width) {

@@ -39,7 +39,6 @@ struct WindowContent {
     /// Of the window that the pixmap belongs to; they tell how pixels are stored.
     std::uint8_t depth = 0;
     xcb_visualid_t visual = 0;
-    xcb_colormap_t colourMap = XCB_NONE;
 };
 
 /// Nothing when the window is not shown or has gone, or no pixmap holds it: its redirection has not

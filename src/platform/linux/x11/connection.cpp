@@ -6,6 +6,7 @@
 #include <xcb/randr.h>
 #include <xcb/record.h>
 #include <xcb/res.h>
+#include <xcb/shape.h>
 #include <xcb/shm.h>
 #include <xcb/xcbext.h>
 #include <xcb/xfixes.h>
@@ -35,9 +36,10 @@ const xcb_screen_t* screenOf(xcb_connection_t* connection, int number) {
 
 /// The library asks for an extension when it is first used and would then wait without a limit.
 void askForExtensions(xcb_connection_t* connection) {
-    xcb_extension_t* const extensions[] = {
-        &xcb_composite_id, &xcb_damage_id, &xcb_input_id, &xcb_randr_id,  &xcb_record_id,
-        &xcb_res_id,       &xcb_shm_id,    &xcb_test_id,  &xcb_xfixes_id, &xcb_xkb_id};
+    xcb_extension_t* const extensions[] = {&xcb_composite_id, &xcb_damage_id, &xcb_input_id,
+                                           &xcb_randr_id,     &xcb_record_id, &xcb_res_id,
+                                           &xcb_shape_id,     &xcb_shm_id,    &xcb_test_id,
+                                           &xcb_xfixes_id,    &xcb_xkb_id};
     for (auto* extension : extensions) xcb_prefetch_extension_data(connection, extension);
     for (auto* extension : extensions) xcb_get_extension_data(connection, extension);
 }

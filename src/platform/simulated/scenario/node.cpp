@@ -129,9 +129,10 @@ Node Node::require(std::string_view name) const {
 }
 
 void Node::allowOnly(const std::vector<std::string_view>& names) const {
-    for (const auto& [name, value] : members()) {
+    if (!isObject()) fail("must be an object");
+    for (const auto& [name, value] : json_->items()) {
         if (std::ranges::find(names, name) == names.end()) {
-            value.fail("no such member here; there are: " + joined(names));
+            child(name, value).fail("no such member here; there are: " + joined(names));
         }
     }
 }

@@ -13,7 +13,7 @@ namespace quil {
 using Json = nlohmann::json;
 
 /// The JSON value of a text; nothing when it is not JSON (comments and trailing text included).
-/// Numbers too large for a double read as the largest one.
+/// Numbers too large for a double read as the largest one, escapes of half a character as U+FFFD.
 std::optional<Json> parseJson(std::string_view text);
 
 /// The value when it is a JSON number that is exactly an integer in the signed 64-bit range,

@@ -46,6 +46,13 @@ TEST(Json, OverflowingNumbersAreStillJson) {
     EXPECT_EQ((*json)["b"], 2);
 }
 
+TEST(Json, HalvesOfCharactersBecomeTheReplacementCharacter) {
+    const auto json =
+        parseJson(R"(["\ud83c", "\uDF88x", "\ud83c\udf88", "\ud83c\ud83c\udf88", "\\ud83c"])");
+    ASSERT_TRUE(json);
+    EXPECT_EQ(*json, (Json{"\uFFFD", "\uFFFDx", "🎈", "\uFFFD🎈", "\\ud83c"}));
+}
+
 TEST(Json, RefusesWhatIsNotJson) {
     for (const char* text :
          {"", "  ", "{", "{} {}", "{\"a\":1e999", "[1e999e1]", "[01e999]", "[1.e999]", "// x\n{}",

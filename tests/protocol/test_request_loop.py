@@ -41,7 +41,8 @@ class Envelope(unittest.TestCase):
                 b'{"id":1,"method":"pi\xffng"}', b'{"id":1,"method":"\xc0\xaf"}',
                 b'{"id":1,"method":"\xed\xa0\x80"}', b'{"id":1,"method":"a\x00b"}',
                 b'{"id":1,\x00"method":"ping"}', b'\x00', b'\x00{"id":1,"method":"ping"}',
-                b'{"id":1,"method":"pi\tng"}', b'{"id":1,"method":"\\ud800"}']:
+                b'{"id":1,"method":"pi\tng"}', b'{"id":1,"method":"\\u12"}',
+                b'{"id":1,"method":"\\ud800\\x"}']:
             with self.subTest(line):
                 self.assertEqual(answers(line + b"\n"), [])
 

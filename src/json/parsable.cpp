@@ -1,0 +1,116 @@
+#include "json/parsable.h"
+
+#include <charconv>
+
+namespace quil {
+namespace {
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+std::size_t digitsAt(std::string_view text, std::size_t start) {
+    std::size_t end = start;
+    while (end < text.size() && isDigit(text[end])) ++end;
+    return end - start;
+}
+
+/// A number without its sign, as JSON writes it.
+struct Literal {
+    std::size_t length = 0;  // 0: the text begins with none
+    bool isTooLarge = false;
+};
+
+Literal readLiteral(std::string_view text) {
+    const std::size_t whole = digitsAt(text, 0);
+    if (whole == 0 || (whole > 1 && text[0] == '0')) return {};
+    std::size_t end = whole;
+    if (end < text.size() && text[end] == '.') {
+        const std::size_t fraction = digitsAt(text, end + 1);
+        if (fraction == 0) return {};
+        end += 1 + fraction;
+    }
+    const std::size_t mantissa = end;
+    bool negativeExponent = false;
+    if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
+        ++end;
+        negativeExponent = end < text.size() && text[end] == '-';
+        if (end < text.size() && (text[end] == '-' || text[end] == '+')) ++end;
+        const std::size_t exponent = digitsAt(text, end);
+        if (exponent == 0) return {};
+        end += exponent;
+    }
+    double value = 0;
+    if (std::from_chars(text.data(), text.data() + end, value).ec == std::errc()) return {end};
+    // Out of range, on one side or the other: the power of ten of the first digit tells which.
+    const std::size_t first = text.substr(0, mantissa).find_first_of("123456789");
+    const auto power = static_cast<double>(whole) - static_cast<double>(first);
+    const std::size_t digits = text.substr(0, end).find_last_not_of("0123456789") + 1;
+    double exponent = mantissa == end ? 0 : 1e300;  // stays when it has hundreds of digits
+    if (mantissa != end) std::from_chars(text.data() + digits, text.data() + end, exponent);
+    return {end, power + (negativeExponent ? -exponent : exponent) > 0};
+}
+
+/// The UTF-16 unit that an escape at the head of the text stands for; nothing when there is none.
+std::optional<unsigned> escapedUnit(std::string_view text) {
+    constexpr std::size_t kLength = 6;
+    if (text.size() < kLength || !text.starts_with("\\u")) return {};
+    unsigned unit = 0;
+    const char* const end = text.data() + kLength;
+    if (std::from_chars(text.data() + 2, end, unit, 16).ptr != end) return {};
+    return unit;
+}
+
+bool isHighSurrogate(unsigned unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+bool isLowSurrogate(unsigned unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+/// How a piece of the text is to be written.
+struct Piece {
+    std::size_t length = 1;
+    std::string_view replacement = {};  // empty: as it is
+};
+
+/// The escape at the head of the text, the two of a pair together.
+Piece readEscape(std::string_view text) {
+    const auto unit = escapedUnit(text);
+    if (!unit) return {2};
+    if (isHighSurrogate(*unit)) {
+        const auto partner = escapedUnit(text.substr(6));
+        if (partner && isLowSurrogate(*partner)) return {12};
+    }
+    if (isHighSurrogate(*unit) || isLowSurrogate(*unit)) return {6, "\\ufffd"};
+    return {6};
+}
+
+}  // namespace
+
+std::optional<std::string> parsableJson(std::string_view text) {
+    std::string result;
+    bool changed = false;
+    bool inString = false;
+    for (std::size_t i = 0; i < text.size();) {
+        const char c = text[i];
+        Piece piece;
+        if (c == '"') {
+            inString = !inString;
+        } else if (inString && c == '\\') {
+            piece = readEscape(text.substr(i));
+        } else if (!inString && isDigit(c)) {
+            const Literal literal = readLiteral(text.substr(i));
+            if (literal.length == 0) return {};  // no JSON
+            piece.length = literal.length;
+            if (literal.isTooLarge) piece.replacement = "1.7976931348623157e308";
+        }
+        changed = changed || !piece.replacement.empty();
+        result += piece.replacement.empty() ? text.substr(i, piece.length) : piece.replacement;
+        i += piece.length;
+    }
+    if (!changed) return {};
+    return result;
+}
+
+}  // namespace quil

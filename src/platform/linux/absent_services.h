@@ -5,30 +5,6 @@
 /// Services that this platform does not offer yet; each goes when the real one is wired in.
 namespace quil::linux_platform {
 
-class NoAccessibility : public Accessibility {
-  public:
-    ElementRef createApplication(std::int32_t) override {
-        class Element : public AccessibilityElement {};
-        return std::make_shared<Element>();
-    }
-    std::int32_t copyAttributeValue(const ElementRef&, std::string_view,
-                                    std::optional<Value>&) override {
-        return kAxApiDisabled;
-    }
-    std::int32_t copyActionNames(const ElementRef&, std::optional<Value>&) override {
-        return kAxApiDisabled;
-    }
-    std::int32_t performAction(const ElementRef&, std::string_view) override {
-        return kAxApiDisabled;
-    }
-    std::int32_t setAttributeValue(const ElementRef&, std::string_view, const Value&) override {
-        return kAxApiDisabled;
-    }
-    std::unique_ptr<Observation> beginObservation(const ObservationPlan&) override {
-        return nullptr;
-    }
-};
-
 class NoEventPosting : public EventPosting {
   public:
     std::unique_ptr<EventSource> createSource(std::int32_t) override { return nullptr; }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/accessibility_bus_query.h"
+#include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/permissions.h"
 
@@ -10,8 +10,9 @@ namespace quil::linux_platform {
 /// there.
 class LinuxPermissions : public Permissions {
   public:
-    /// `display` outlives this service.
-    explicit LinuxPermissions(X11Display& display) : display_(display) {}
+    /// Both outlive this service.
+    LinuxPermissions(X11Display& display, AccessibilityBus& accessibilityBus)
+        : display_(display), accessibilityBus_(accessibilityBus) {}
 
     /// Whether the accessibility bus answers.
     bool isProcessTrusted() override { return accessibilityBus_.answers(); }
@@ -24,7 +25,7 @@ class LinuxPermissions : public Permissions {
 
   private:
     X11Display& display_;
-    AccessibilityBusQuery accessibilityBus_;
+    AccessibilityBus& accessibilityBus_;
 };
 
 }  // namespace quil::linux_platform

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/linux/absent_services.h"
+#include "platform/linux/accessibility/accessibility_bus.h"
+#include "platform/linux/accessibility/linux_accessibility.h"
 #include "platform/linux/apps/desktop_bundles.h"
 #include "platform/linux/apps/locale_collation.h"
 #include "platform/linux/capture/linux_screen_capture.h"
@@ -42,12 +44,13 @@ class LinuxPlatform : public Platform {
 
   private:
     X11Display display_;
-    LinuxPermissions permissions_{display_};
+    AccessibilityBus accessibilityBus_;
+    LinuxPermissions permissions_{display_, accessibilityBus_};
     X11Displays displays_{display_};
     LinuxWorkspace workspace_{display_};
     LinuxWindowList windowList_{display_, workspace_};
     NoCodeSigning codeSigning_;
-    NoAccessibility accessibility_;
+    LinuxAccessibility accessibility_{accessibilityBus_, display_};
     LinuxScreenCapture screenCapture_{display_};
     NoEventPosting eventPosting_;
     X11Pasteboard pasteboard_;

@@ -1,0 +1,153 @@
+#include "platform/linux/accessibility/accessibility_bus.h"
+
+#include <algorithm>
+
+#include "platform/linux/accessibility/messages.h"
+
+namespace quil::linux_platform {
+namespace {
+
+/// Toolkits look for anybody who listens to anything. Nothing ever sends this.
+constexpr const char* kEvent = "object:quil-observes";
+
+}  // namespace
+
+Peer& AtspiProgram::peer() const {
+    return socket_ && socket_->isAlive() ? socket_->otherEnd() : onBus_;
+}
+
+std::optional<std::string> AccessibilityBus::address() {
+    if (session_ && !session_->isAlive()) session_ = nullptr;
+    if (!session_) {
+        session_ = Bus::open(Bus::Kind::session);
+        if (!session_) return {};
+    }
+    if (!session_->isReady()) return {};
+    std::optional<std::string> address;
+    session_->peer("org.a11y.Bus")
+        .call("/org/a11y/bus", "org.a11y.Bus", "GetAddress", [&](Answer answer) {
+            if (answer.message) address = readString(answer.message);
+        });
+    session_->waitForAnswers();
+    return address && !address->empty() ? address : std::nullopt;
+}
+
+bool AccessibilityBus::answers() {
+    const bool isThere = address().has_value();
+    // Toolkits need time to show their trees: they hear of us as early as can be.
+    if (isThere) connect();
+    return isThere;
+}
+
+bool AccessibilityBus::connect() {
+    if (bus_ && bus_->isAlive()) return bus_->isReady();
+    programs_.clear();
+    processIds_.clear();
+    bus_ = nullptr;
+    const auto found = address();
+    if (found) bus_ = Bus::open(Bus::Kind::bus, *found);
+    if (!bus_) return false;
+    ++generation_;
+    connectedSince_ = BusClock::now();
+    if (!bus_->isReady()) return false;
+    announce();
+    return true;
+}
+
+void AccessibilityBus::announce() {
+    const AnswerHandler ignore = [](Answer) {};
+    session_->peer("org.a11y.Bus")
+        .call("/org/a11y/bus", atspi::kProperties, "Set", ignore, "ssv", "org.a11y.Status",
+              "IsEnabled", "b", 1);
+    bus_->peer(atspi::kRegistry)
+        .call("/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", ignore, "s", kEvent);
+    Bus::waitForAnswers({session_.get(), bus_.get()});
+}
+
+AtspiProgram& AccessibilityBus::program(const std::string& busName) {
+    const auto known = programs_.find(busName);
+    if (known != programs_.end()) return known->second;
+    return programs_.try_emplace(busName, bus_->peer(busName)).first->second;
+}
+
+AtspiProgram& AccessibilityBus::introducedProgram(const std::string& busName) {
+    AtspiProgram& program = this->program(busName);
+    if (program.isIntroduced_) return program;
+    std::optional<std::string> toolkit, version, address;
+    const auto property = [&](const char* name, std::optional<std::string>& value) {
+        program.onBus_.call(
+            atspi::kRootPath, atspi::kProperties, "Get",
+            [&](Answer answer) {
+                if (answer.message) value = readVariant(answer.message, "s", readString);
+            },
+            "ss", atspi::kApplication, name);
+    };
+    property("ToolkitName", toolkit);
+    property("Version", version);
+    program.onBus_.call(atspi::kRootPath, atspi::kApplication, "GetApplicationBusAddress",
+                        [&](Answer answer) {
+                            if (answer.message) address = readString(answer.message);
+                        });
+    bus_->waitForAnswers();
+    if (program.onBus_.hangs()) return program;
+    program.isIntroduced_ = true;
+    // The bridge for GTK 3 and for those who use it is the one that offers sockets.
+    program.givesAllProperties_ = address.has_value();
+    program.placesWithinWindow_ = toolkit == "GTK" && version && !version->starts_with("3.");
+    if (address && !address->empty()) program.socket_ = Bus::open(Bus::Kind::socket, *address);
+    if (program.socket_ && !program.socket_->isReady()) program.socket_ = nullptr;
+    return program;
+}
+
+std::vector<AccessibilityBus::Registered> AccessibilityBus::registeredPrograms() {
+    std::vector<Registered> registered;
+    bus_->peer(atspi::kRegistry)
+        .call(atspi::kRootPath, atspi::kAccessible, "GetChildren", [&](Answer answer) {
+            if (!answer.message) return;
+            for (Reference& child :
+                 readReferences(answer.message).value_or(std::vector<Reference>())) {
+                registered.push_back({std::move(child.busName), {}});
+            }
+        });
+    bus_->waitForAnswers();
+    for (Registered& program : registered) {
+        const auto known = processIds_.find(program.busName);
+        if (known != processIds_.end()) {
+            program.pid = known->second;
+            continue;
+        }
+        bus_->otherEnd().call(
+            "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
+            [&](Answer answer) {
+                const auto pid =
+                    answer.message ? readUint32(answer.message) : std::optional<std::uint32_t>();
+                if (!pid) return;
+                program.pid = static_cast<std::int32_t>(*pid);
+                processIds_.emplace(program.busName, *program.pid);
+            },
+            "s", program.busName.c_str());
+    }
+    bus_->waitForAnswers();
+    forgetGonePrograms(registered);
+    return registered;
+}
+
+void AccessibilityBus::forgetGonePrograms(const std::vector<Registered>& registered) {
+    const auto isGone = [&](const auto& entry) {
+        return std::none_of(registered.begin(), registered.end(), [&](const Registered& program) {
+            return program.busName == entry.first;
+        });
+    };
+    std::erase_if(programs_, isGone);
+    std::erase_if(processIds_, isGone);
+}
+
+void AccessibilityBus::waitForAnswers() {
+    std::vector<Bus*> buses{bus_.get()};
+    for (auto& [name, program] : programs_) {
+        if (program.socket_) buses.push_back(program.socket_.get());
+    }
+    Bus::waitForAnswers(buses);
+}
+
+}  // namespace quil::linux_platform

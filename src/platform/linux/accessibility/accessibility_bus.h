@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/accessibility/bus.h"
+
+namespace quil::linux_platform {
+
+/// A program on the accessibility bus.
+class AtspiProgram {
+  public:
+    explicit AtspiProgram(Peer& onBus) : onBus_(onBus) {}
+
+    const std::string& busName() const { return onBus_.name(); }
+    /// Where to call it: on a socket of its own when it has one, else on the bus.
+    Peer& peer() const;
+    Peer& onBus() const { return onBus_; }
+    /// Its properties may be asked for all at once. Some programs die of that.
+    bool givesAllProperties() const { return givesAllProperties_; }
+    /// It knows places within its windows only, not on the screen.
+    bool placesWithinWindow() const { return placesWithinWindow_; }
+
+  private:
+    friend class AccessibilityBus;
+
+    Peer& onBus_;
+    bool isIntroduced_ = false;
+    bool givesAllProperties_ = false;
+    bool placesWithinWindow_ = false;
+    std::unique_ptr<Bus> socket_;
+};
+
+/// The accessibility bus and the programs on it. It is found through the session bus. Connections
+/// are kept from one request to the next and made anew when a bus has gone. While connected, we
+/// count as an assistive program, so that toolkits show their trees.
+class AccessibilityBus {
+  public:
+    /// Whether the session bus names an accessibility bus; it starts one when it can. Bounded.
+    bool answers();
+    /// Whether the accessibility bus can be used. Everything below needs that.
+    bool connect();
+    /// Which connection to the bus this is: names from an earlier one mean nothing any more.
+    std::uint64_t generation() const { return generation_; }
+    /// When the connection was made, and toolkits were told.
+    BusDeadline connectedSince() const { return connectedSince_; }
+
+    Bus& bus() { return *bus_; }
+    /// The program of that name, the same one for as long as the connection lives.
+    AtspiProgram& program(const std::string& busName);
+    /// The same, after it was asked about itself (once).
+    AtspiProgram& introducedProgram(const std::string& busName);
+    /// The programs that have registered, with their process ids, in the registry's order.
+    struct Registered {
+        std::string busName;
+        std::optional<std::int32_t> pid;
+    };
+    std::vector<Registered> registeredPrograms();
+
+    /// Handles answers of all programs until no call is unanswered.
+    void waitForAnswers();
+
+  private:
+    std::optional<std::string> address();
+    void announce();
+    void forgetGonePrograms(const std::vector<Registered>& registered);
+
+    std::unique_ptr<Bus> session_;
+    std::unique_ptr<Bus> bus_;
+    std::uint64_t generation_ = 0;
+    BusDeadline connectedSince_;
+    std::map<std::string, AtspiProgram> programs_;
+    /// Names are never used again while the bus lives.
+    std::map<std::string, std::int32_t> processIds_;
+};
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,286 @@
+#include "platform/linux/accessibility/attributes.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "platform/accessibility.h"
+#include "platform/linux/accessibility/action_names.h"
+
+namespace quil::linux_platform {
+namespace {
+
+/// Those of the facts that have not been asked for.
+FactSet unasked(const Facts& facts, FactSet wanted) {
+    return wanted.without(facts.asked);
+}
+
+bool isDocument(AtspiRole role) {
+    switch (role) {
+        case AtspiRole::documentFrame:
+        case AtspiRole::documentSpreadsheet:
+        case AtspiRole::documentPresentation:
+        case AtspiRole::documentText:
+        case AtspiRole::documentWeb:
+        case AtspiRole::documentEmail:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool isField(AtspiRole role) {
+    switch (role) {
+        case AtspiRole::editbar:
+        case AtspiRole::entry:
+        case AtspiRole::passwordText:
+        case AtspiRole::terminal:
+        case AtspiRole::text:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// AXRole, AXSubrole
+
+FactSet needsForRole(const Facts& facts) {
+    if (!facts.asked.has(Fact::role)) return {Fact::role};
+    switch (facts.role) {
+        case AtspiRole::alert:
+        case AtspiRole::menu:
+            return unasked(facts, {Fact::parentRole});
+        case AtspiRole::comboBox:
+            if (!facts.asked.has(Fact::childCount)) return {Fact::childCount};
+            if (!facts.asked.has(Fact::children)) return {Fact::children};
+            return unasked(facts, {Fact::editableChild});
+        case AtspiRole::entry:
+        case AtspiRole::text:
+            return unasked(facts, {Fact::states});
+        default:
+            return {};
+    }
+}
+
+ProtocolRole roleOf(const Facts& facts) {
+    return protocolRole(facts.role,
+                        {.isChildOfApplication = facts.parentRole == AtspiRole::application,
+                         .isChildOfMenuBar = facts.parentRole == AtspiRole::menuBar,
+                         .hasEditableText = facts.hasEditableChild,
+                         .isMultiLine = facts.states.has(AtspiState::multiLine)});
+}
+
+std::int32_t readRole(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
+    value = Value(std::string(roleOf(facts).role));
+    return 0;
+}
+
+std::int32_t readSubrole(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
+    const std::string_view subrole = roleOf(facts).subrole;
+    if (subrole.empty()) return kAxNoValue;
+    value = Value(std::string(subrole));
+    return 0;
+}
+
+// AXTitle, AXDescription, AXIdentifier
+
+template <Fact kFact>
+FactSet needsFact(const Facts& facts) {
+    return unasked(facts, {kFact});
+}
+
+template <Fact kFact, std::string Facts::*kField>
+std::int32_t readText(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
+    if (facts.code(kFact) != 0) return facts.code(kFact);
+    value = Value(facts.*kField);
+    return 0;
+}
+
+// AXValue
+
+/// Whether the value is a state: checked, not checked or mixed.
+bool hasStateValue(AtspiRole role) {
+    switch (role) {
+        case AtspiRole::checkBox:
+        case AtspiRole::checkMenuItem:
+        case AtspiRole::pageTab:
+        case AtspiRole::radioButton:
+        case AtspiRole::radioMenuItem:
+        case AtspiRole::toggleButton:
+            return true;
+        default:
+            return false;
+    }
+}
+
+int stateValue(const Facts& facts) {
+    if (facts.states.has(AtspiState::indeterminate)) return 2;
+    const bool isOn =
+        facts.states.has(AtspiState::checked) ||
+        (facts.role == AtspiRole::toggleButton && facts.states.has(AtspiState::pressed)) ||
+        (facts.role == AtspiRole::pageTab && facts.states.has(AtspiState::selected));
+    return isOn ? 1 : 0;
+}
+
+FactSet needsForValue(const Facts& facts) {
+    const FactSet first = unasked(facts, {Fact::role, Fact::states, Fact::interfaces});
+    if (!first.isEmpty()) return first;
+    if (hasTextValue(facts)) return unasked(facts, {Fact::text});
+    if (facts.interfaces.has(AtspiInterface::value)) return unasked(facts, {Fact::number});
+    return {};
+}
+
+/// Whether a text consists of nothing but the characters that stand for embedded elements.
+bool isPlaceholders(std::string_view text) {
+    constexpr std::string_view kPlaceholder = "\uFFFC";
+    while (!text.empty()) {
+        const bool isSpace = text.front() == ' ' || text.front() == '\n';
+        if (!isSpace && !text.starts_with(kPlaceholder)) return false;
+        text.remove_prefix(isSpace ? 1 : kPlaceholder.size());
+    }
+    return true;
+}
+
+std::int32_t readValue(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
+    if (hasTextValue(facts)) {
+        if (facts.code(Fact::text) != 0) return facts.code(Fact::text);
+        const bool isOnlyElements = isDocument(facts.role) && isPlaceholders(facts.text);
+        if (!isOnlyElements) value = Value(facts.text);
+        return 0;
+    }
+    if (facts.interfaces.has(AtspiInterface::value) && facts.code(Fact::number) == 0) {
+        value = Value(facts.number);
+        return 0;
+    }
+    if (!hasStateValue(facts.role)) return kAxAttributeUnsupported;
+    value = Value(stateValue(facts));
+    return 0;
+}
+
+// AXEnabled
+
+std::int32_t readEnabled(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
+    if (facts.code(Fact::states) != 0) return facts.code(Fact::states);
+    value = Value(facts.states.has(AtspiState::sensitive));
+    return 0;
+}
+
+// AXPosition, AXSize
+
+bool isSomewhere(const Facts& facts) {
+    return facts.states.has(AtspiState::showing) && facts.interfaces.has(AtspiInterface::component);
+}
+
+FactSet needsForExtents(const Facts& facts) {
+    const FactSet first = unasked(facts, {Fact::states, Fact::interfaces});
+    if (!first.isEmpty()) return first;
+    return isSomewhere(facts) ? unasked(facts, {Fact::extents}) : FactSet();
+}
+
+std::int32_t extentsCode(const Facts& facts) {
+    if (!isSomewhere(facts)) return kAxNoValue;
+    if (facts.code(Fact::extents) != 0) return facts.code(Fact::extents);
+    return facts.extents.width > 0 && facts.extents.height > 0 ? 0 : kAxNoValue;
+}
+
+std::int32_t readPosition(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
+    const std::int32_t code = extentsCode(facts);
+    if (code == 0) value = Value(Point{facts.extents.x, facts.extents.y});
+    return code;
+}
+
+std::int32_t readSize(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
+    const std::int32_t code = extentsCode(facts);
+    if (code == 0) value = Value(Size{facts.extents.width, facts.extents.height});
+    return code;
+}
+
+// AXChildren
+
+FactSet needsForChildren(const Facts& facts) {
+    if (!facts.asked.has(Fact::childCount)) return {Fact::childCount};
+    return unasked(facts, {Fact::children});
+}
+
+std::int32_t readChildren(const Facts& facts, const ElementMaker& maker,
+                          std::optional<Value>& value) {
+    if (facts.code(Fact::children) != 0) return facts.code(Fact::children);
+    Value::List children;
+    children.reserve(facts.children.size());
+    for (const Reference& child : facts.children) children.emplace_back(maker(child));
+    value = Value(std::move(children));
+    return 0;
+}
+
+constexpr Attribute kAttributes[] = {
+    {"AXRole", needsForRole, readRole},
+    {"AXSubrole", needsForRole, readSubrole},
+    {"AXTitle", needsFact<Fact::name>, readText<Fact::name, &Facts::name>},
+    {"AXDescription", needsFact<Fact::description>,
+     readText<Fact::description, &Facts::description>},
+    {"AXIdentifier", needsFact<Fact::identifier>, readText<Fact::identifier, &Facts::identifier>},
+    {"AXValue", needsForValue, readValue},
+    {"AXEnabled", needsFact<Fact::states>, readEnabled},
+    {"AXPosition", needsForExtents, readPosition},
+    {"AXSize", needsForExtents, readSize},
+    {"AXChildren", needsForChildren, readChildren},
+};
+
+}  // namespace
+
+const Attribute* findAttribute(std::string_view name) {
+    const auto* found =
+        std::find_if(std::begin(kAttributes), std::end(kAttributes),
+                     [&](const Attribute& attribute) { return attribute.name == name; });
+    return found == std::end(kAttributes) ? nullptr : found;
+}
+
+bool hasTextValue(const Facts& facts) {
+    if (!facts.interfaces.has(AtspiInterface::text)) return false;
+    if (isField(facts.role) || isDocument(facts.role)) return true;
+    return facts.states.has(AtspiState::editable) && !facts.interfaces.has(AtspiInterface::value);
+}
+
+FactSet needsForScrollBar(const Facts& facts) {
+    if (!facts.asked.has(Fact::role)) return {Fact::role};
+    if (facts.role != AtspiRole::scrollPane) return {};
+    const FactSet children = needsForChildren(facts);
+    return children.isEmpty() ? unasked(facts, {Fact::scrollBar}) : children;
+}
+
+FactSet needsForActions(const Facts& facts) {
+    FactSet next = needsForScrollBar(facts);
+    if (!facts.asked.has(Fact::interfaces)) {
+        next.add(Fact::interfaces);
+    } else if (facts.interfaces.has(AtspiInterface::action)) {
+        next.add(unasked(facts, {Fact::actions}));
+    }
+    return next;
+}
+
+std::vector<std::string> actionNames(const Facts& facts) {
+    std::vector<std::string> names = protocolActionNames(facts.actions);
+    if (!facts.scrollBar.path.empty()) {
+        names.emplace_back(kScrollUpByPage);
+        names.emplace_back(kScrollDownByPage);
+    }
+    return names;
+}
+
+std::int32_t actionsCode(const Facts& facts) {
+    return facts.interfaces.has(AtspiInterface::action) ? facts.code(Fact::actions) : 0;
+}
+
+std::int32_t elementCode(const Facts& facts) {
+    if (facts.knows(Fact::states) && facts.states.has(AtspiState::defunct)) {
+        return kAxInvalidUIElement;
+    }
+    for (const Fact fact : {Fact::role, Fact::states}) {
+        const std::int32_t code = facts.asked.has(fact) ? facts.code(fact) : 0;
+        // Every element has these: one without them is not there.
+        if (code == kAxAttributeUnsupported) return kAxInvalidUIElement;
+        if (code == kAxInvalidUIElement || code == kAxCannotComplete) return code;
+    }
+    return 0;
+}
+
+}  // namespace quil::linux_platform

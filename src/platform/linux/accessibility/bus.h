@@ -1,0 +1,132 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quil::linux_platform {
+
+using BusClock = std::chrono::steady_clock;
+using BusDeadline = BusClock::time_point;
+
+/// How long an application or a bus that was asked may stay silent, and how long the session bus.
+/// Whoever stays silent for longer hangs, and is not waited for again until they say something.
+inline constexpr std::chrono::milliseconds kBusPatience{1800};
+inline constexpr std::chrono::milliseconds kSessionPatience{1000};
+
+struct MessageDeleter {
+    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+};
+using Message = std::unique_ptr<sd_bus_message, MessageDeleter>;
+
+/// The answer to a call: a message to read from, or the reason why there is none.
+struct Answer {
+    /// 0, or the code of accessibility.h that stands for the error.
+    std::int32_t code = 0;
+    /// Belongs to the bus; null when the code is not 0.
+    sd_bus_message* message = nullptr;
+};
+using AnswerHandler = std::function<void(Answer)>;
+
+class Bus;
+
+/// Somebody to call on a bus: the owner of a name, or whoever is at the other end of a socket.
+class Peer {
+  public:
+    Peer(Bus& bus, std::string name) : bus_(bus), name_(std::move(name)) {}
+
+    Bus& bus() const { return bus_; }
+    /// The name on the bus; empty on a socket between two.
+    const std::string& name() const { return name_; }
+    /// Whether it stopped answering; calls then fail at once.
+    bool hangs() const { return hangs_; }
+
+    /// Sends a call; the handler gets the answer while somebody waits on the bus. The signature and
+    /// the values after it are those of sd_bus_message_append.
+    template <typename... Values>
+    void call(const char* path, const char* interface, const char* member, AnswerHandler handler,
+              const char* signature = "", Values... values) {
+        sd_bus_message* message = create(path, interface, member);
+        if (message && sd_bus_message_append(message, signature, values...) >= 0) {
+            send(Message(message), std::move(handler));
+        } else {
+            sd_bus_message_unref(message);
+            handler({kCannotSend, nullptr});
+        }
+    }
+
+  private:
+    friend class Bus;
+    static constexpr std::int32_t kCannotSend = -25204;
+
+    sd_bus_message* create(const char* path, const char* interface, const char* member);
+    void send(Message message, AnswerHandler handler);
+
+    Bus& bus_;
+    const std::string name_;
+    bool hangs_ = false;
+    bool isProbed_ = false;
+    std::size_t waiting_ = 0;
+    /// When it was last heard of, or asked after it had answered everything.
+    BusDeadline lastSign_;
+};
+
+/// A connection to a message bus, or to one other program. Calls are sent without waiting;
+/// `waitForAnswers` then handles the answers as they come, so that many are under way at a time.
+class Bus {
+  public:
+    enum class Kind { session, bus, socket };
+
+    /// Begins to connect: to the session bus, to the bus at that address, or to the program that
+    /// listens there. Null when there is nobody.
+    static std::unique_ptr<Bus> open(Kind kind, const std::string& address = {});
+    ~Bus();
+    Bus(const Bus&) = delete;
+    Bus& operator=(const Bus&) = delete;
+
+    /// Whether the connection stands and can be used. Waits for the other end's greeting, the first
+    /// time only: after that, one that has stayed silent costs nothing more.
+    bool isReady();
+    /// Deals with what has arrived. False once the connection is lost; it then never works again.
+    bool isAlive();
+    /// The peer of that name, the same one for as long as the bus lives.
+    Peer& peer(const std::string& name);
+    /// The other end of a socket between two, or of a message bus: the bus itself.
+    Peer& otherEnd();
+
+    /// Handles answers until no call on these buses is unanswered; the handlers may make further
+    /// calls. Calls to a peer that hangs are answered with an error.
+    static void waitForAnswers(const std::vector<Bus*>& buses);
+    void waitForAnswers() { waitForAnswers({this}); }
+
+  private:
+    friend class Peer;
+    struct Pending;
+
+    Bus(sd_bus* bus, Kind kind);
+    static int handleAnswer(sd_bus_message* message, void* userdata, sd_bus_error*);
+    static void poll(const std::vector<Bus*>& buses, BusDeadline deadline);
+    Pending& addPending(Peer& peer);
+    bool process();
+    bool isAwaited() const;
+    /// Gives up on peers that were silent for too long; the time of the next look at them.
+    BusDeadline giveUpOnSilent();
+    void failCalls(const Peer* peer);
+    void probe(Peer& peer);
+
+    sd_bus* bus_;
+    const Kind kind_;
+    const std::chrono::milliseconds patience_;
+    bool hasGreeted_ = false;
+    bool isLost_ = false;
+    std::list<Pending> pending_;
+    std::list<Peer> peers_;
+};
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "platform/linux/accessibility/accessibility_bus.h"
+#include "platform/linux/accessibility/facts.h"
+
+namespace quil::linux_platform {
+
+/// What has to be asked for next, given what is known; empty when that is enough.
+using Needs = std::function<FactSet(const Facts&)>;
+
+/// Asks one element until nothing more is needed, or until nothing can be known of it. Returns 0,
+/// or the code of an element that cannot be read. Bounded.
+std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Needs& needs,
+                       Facts& facts);
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <unordered_map>
+
+#include "platform/accessibility.h"
+#include "platform/linux/accessibility/accessibility_bus.h"
+#include "platform/linux/accessibility/attributes.h"
+#include "platform/linux/accessibility/element.h"
+#include "platform/linux/x11/connection.h"
+
+namespace quil::linux_platform {
+
+/// Elements of the programs on the accessibility bus (AT-SPI).
+class LinuxAccessibility : public Accessibility {
+  public:
+    /// Both outlive this service.
+    LinuxAccessibility(AccessibilityBus& bus, X11Display& display) : bus_(bus), display_(display) {}
+
+    ElementRef createApplication(std::int32_t pid) override;
+    std::int32_t copyAttributeValue(const ElementRef& element, std::string_view attribute,
+                                    std::optional<Value>& value) override;
+    std::int32_t copyActionNames(const ElementRef& element, std::optional<Value>& names) override;
+    std::int32_t performAction(const ElementRef& element, std::string_view action) override;
+    std::int32_t setAttributeValue(const ElementRef& element, std::string_view attribute,
+                                   const Value& value) override;
+    std::unique_ptr<Observation> beginObservation(const ObservationPlan& plan) override;
+
+  private:
+    /// The element's reference; nothing when it belongs to a connection that has gone, or to a
+    /// process that is not on the bus.
+    std::optional<Reference> resolve(const ElementRef& element);
+    std::int32_t copyFocusedWindow(const ElementRef& element, std::optional<Value>& value);
+    ElementRef makeElement(const Reference& reference);
+
+    AccessibilityBus& bus_;
+    X11Display& display_;
+};
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace quil::linux_platform {
+
+/// Roles of the accessibility bus, by number; those that the code treats specially have names here.
+enum class AtspiRole : std::uint32_t {
+    alert = 2,
+    checkBox = 7,
+    checkMenuItem = 8,
+    comboBox = 11,
+    dialog = 16,
+    frame = 23,
+    menu = 33,
+    menuBar = 34,
+    pageTab = 37,
+    passwordText = 40,
+    radioButton = 44,
+    radioMenuItem = 45,
+    scrollBar = 48,
+    scrollPane = 49,
+    terminal = 60,
+    text = 61,
+    toggleButton = 62,
+    window = 69,
+    application = 75,
+    editbar = 77,
+    entry = 79,
+    documentFrame = 82,
+    documentSpreadsheet = 92,
+    documentPresentation = 93,
+    documentText = 94,
+    documentWeb = 95,
+    documentEmail = 96,
+};
+
+/// What else decides about the role that an element has for a host.
+struct RoleContext {
+    bool isChildOfApplication = false;
+    bool isChildOfMenuBar = false;
+    /// It has a child that is an editable text field.
+    bool hasEditableText = false;
+    bool isMultiLine = false;
+};
+
+struct ProtocolRole {
+    std::string_view role;
+    /// Empty when there is none.
+    std::string_view subrole;
+};
+
+/// The role for hosts. A role that is not known is "AXUnknown".
+ProtocolRole protocolRole(AtspiRole role, const RoleContext& context);
+
+}  // namespace quil::linux_platform

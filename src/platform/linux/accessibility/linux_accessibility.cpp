@@ -16,6 +16,54 @@ ElementRef LinuxAccessibility::makeElement(const Reference& reference) {
     return std::make_shared<AtspiElement>(reference, bus_.generation());
 }
 
+/// Ends with the walk.
+class LinuxAccessibility::CurrentObservation : public Observation {
+  public:
+    explicit CurrentObservation(LinuxAccessibility& accessibility)
+        : accessibility_(accessibility) {}
+    ~CurrentObservation() override {
+        accessibility_.tree_ = nullptr;
+        accessibility_.observedRoot_ = nullptr;
+    }
+
+  private:
+    LinuxAccessibility& accessibility_;
+};
+
+std::unique_ptr<Observation> LinuxAccessibility::beginObservation(const ObservationPlan& plan) {
+    const auto root = resolve(plan.root);
+    if (!root) return nullptr;
+    tree_ = std::make_unique<ObservedTree>(bus_, *root, plan);
+    observedRoot_ = plan.root;
+    return std::make_unique<CurrentObservation>(*this);
+}
+
+ObservedElement* LinuxAccessibility::observed(const ElementRef& element) {
+    if (!tree_) return nullptr;
+    if (element == observedRoot_) return tree_->find(tree_->root());
+    const auto* handle = dynamic_cast<const AtspiElement*>(element.get());
+    const bool isFromTree =
+        handle && handle->pid() == 0 && handle->generation() == bus_.generation();
+    return isFromTree ? tree_->find(handle->reference()) : nullptr;
+}
+
+std::int32_t LinuxAccessibility::read(const ElementRef& element, const Needs& needs,
+                                      const std::function<std::int32_t(const Facts&)>& use) {
+    if (ObservedElement* known = observed(element)) {
+        std::int32_t code = elementCode(known->facts);
+        if (code == 0 && !needs(known->facts).isEmpty()) {
+            if (tree_->isOverdue()) return kAxCannotComplete;
+            code = readFacts(bus_, known->reference, needs, known->facts);
+        }
+        return code == 0 ? use(known->facts) : code;
+    }
+    const auto reference = resolve(element);
+    if (!reference) return kAxCannotComplete;
+    Facts facts;
+    const std::int32_t code = readFacts(bus_, *reference, needs, facts);
+    return code == 0 ? use(facts) : code;
+}
+
 std::optional<Reference> LinuxAccessibility::resolve(const ElementRef& element) {
     const auto* handle = dynamic_cast<const AtspiElement*>(element.get());
     if (!handle || !bus_.connect()) return {};
@@ -34,13 +82,9 @@ std::int32_t LinuxAccessibility::copyAttributeValue(const ElementRef& element,
     if (attribute == "AXFocusedWindow") return copyFocusedWindow(element, value);
     const Attribute* known = findAttribute(attribute);
     if (!known) return kAxAttributeUnsupported;
-    const auto reference = resolve(element);
-    if (!reference) return kAxCannotComplete;
-    Facts facts;
-    const std::int32_t code = readFacts(bus_, *reference, known->needs, facts);
-    if (code != 0) return code;
-    return known->read(
-        facts, [&](const Reference& child) { return makeElement(child); }, value);
+    const ElementMaker maker = [this](const Reference& child) { return makeElement(child); };
+    return read(element, known->needs,
+                [&](const Facts& facts) { return known->read(facts, maker, value); });
 }
 
 std::int32_t LinuxAccessibility::copyFocusedWindow(const ElementRef& element,
@@ -59,16 +103,14 @@ std::int32_t LinuxAccessibility::copyFocusedWindow(const ElementRef& element,
 
 std::int32_t LinuxAccessibility::copyActionNames(const ElementRef& element,
                                                  std::optional<Value>& names) {
-    const auto reference = resolve(element);
-    if (!reference) return kAxCannotComplete;
-    Facts facts;
-    std::int32_t code = readFacts(bus_, *reference, needsForActions, facts);
-    if (code == 0) code = actionsCode(facts);
-    if (code != 0) return code;
-    Value::List list;
-    for (std::string& name : actionNames(facts)) list.emplace_back(std::move(name));
-    names = Value(std::move(list));
-    return 0;
+    return read(element, needsForActions, [&](const Facts& facts) {
+        const std::int32_t code = actionsCode(facts);
+        if (code != 0) return code;
+        Value::List list;
+        for (std::string& name : actionNames(facts)) list.emplace_back(std::move(name));
+        names = Value(std::move(list));
+        return code;
+    });
 }
 
 std::int32_t LinuxAccessibility::performAction(const ElementRef& element, std::string_view action) {
@@ -83,10 +125,6 @@ std::int32_t LinuxAccessibility::setAttributeValue(const ElementRef& element,
     if (attribute == "AXFocused") return setElementFocused(bus_, *reference, value);
     if (attribute == "AXValue") return setElementValue(bus_, *reference, value);
     return kAxAttributeUnsupported;
-}
-
-std::unique_ptr<Observation> LinuxAccessibility::beginObservation(const ObservationPlan&) {
-    return nullptr;
 }
 
 }  // namespace quil::linux_platform

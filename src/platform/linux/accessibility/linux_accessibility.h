@@ -1,12 +1,13 @@
 #pragma once
 
 #include <memory>
-#include <unordered_map>
 
 #include "platform/accessibility.h"
 #include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/element.h"
+#include "platform/linux/accessibility/element_reader.h"
+#include "platform/linux/accessibility/observed_tree.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {
@@ -27,6 +28,13 @@ class LinuxAccessibility : public Accessibility {
     std::unique_ptr<Observation> beginObservation(const ObservationPlan& plan) override;
 
   private:
+    class CurrentObservation;
+
+    /// What is known of the element from the observation that is in progress; null when nothing is.
+    ObservedElement* observed(const ElementRef& element);
+    /// Reads facts, from the observation as far as it has them. Returns 0 or an error code.
+    std::int32_t read(const ElementRef& element, const Needs& needs,
+                      const std::function<std::int32_t(const Facts&)>& use);
     /// The element's reference; nothing when it belongs to a connection that has gone, or to a
     /// process that is not on the bus.
     std::optional<Reference> resolve(const ElementRef& element);
@@ -35,6 +43,9 @@ class LinuxAccessibility : public Accessibility {
 
     AccessibilityBus& bus_;
     X11Display& display_;
+    std::unique_ptr<ObservedTree> tree_;
+    /// The observation's root, which may be an application.
+    ElementRef observedRoot_;
 };
 
 }  // namespace quil::linux_platform

@@ -1,0 +1,138 @@
+#include "platform/linux/accessibility/observed_tree.h"
+
+#include <algorithm>
+
+#include "platform/linux/accessibility/fact_questions.h"
+
+namespace quil::linux_platform {
+namespace {
+
+/// However steadily an application answers, nobody waits longer for its tree.
+constexpr std::chrono::seconds kLongestObservation{10};
+
+/// Elements that are asked at a time: enough for the application never to wait for us, few enough
+/// that little is asked in vain when the elements before them turn out to fill the walk.
+constexpr int kMostActive = 128;
+constexpr int kFewActive = kMostActive / 2;
+
+}  // namespace
+
+ObservedTree::ObservedTree(AccessibilityBus& bus, const Reference& root,
+                           const ObservationPlan& plan)
+    : bus_(bus),
+      maximumElements_(plan.maximumNodes),
+      maximumDepth_(static_cast<std::size_t>(std::max(plan.maximumDepth, 0))),
+      deadline_(BusClock::now() + kLongestObservation),
+      wantsActions_(plan.actionNames) {
+    for (const std::string_view name : plan.attributes) {
+        if (const Attribute* attribute = findAttribute(name)) attributes_.push_back(attribute);
+    }
+    root_ = &element(root);
+    bus_.introducedProgram(root.busName);
+    fetch();
+}
+
+ObservedElement& ObservedTree::element(const Reference& reference) {
+    ObservedElement& element = elements_[reference];
+    if (element.reference.path.empty()) element.reference = reference;
+    return element;
+}
+
+ObservedElement* ObservedTree::find(const Reference& reference) {
+    const auto found = elements_.find(reference);
+    return found == elements_.end() ? nullptr : &found->second;
+}
+
+bool ObservedTree::isOverdue() const {
+    return BusClock::now() >= deadline_;
+}
+
+FactSet ObservedTree::needs(const Facts& facts) const {
+    FactSet needs;
+    for (const Attribute* attribute : attributes_) needs.add(attribute->needs(facts));
+    if (wantsActions_) needs.add(needsForActions(facts));
+    return needs;
+}
+
+void ObservedTree::fetch() {
+    do {
+        schedule();
+        bus_.waitForAnswers();
+        schedule();
+    } while (active_ > 0);
+}
+
+/// Goes through what is known of the tree as the walk will, and asks the elements that it will come
+/// to and that have not been asked.
+void ObservedTree::schedule() {
+    if (isScheduling_ || isOverdue()) return;
+    isScheduling_ = true;
+    struct Level {
+        const std::vector<ObservedElement*>* siblings;
+        std::size_t next;
+    };
+    const std::vector<ObservedElement*> top{root_};
+    std::vector<Level> path{{&top, 0}};
+    for (std::int64_t position = 0; position < maximumElements_ && active_ < kMostActive;) {
+        while (!path.empty() && path.back().next == path.back().siblings->size()) path.pop_back();
+        if (path.empty()) break;
+        ObservedElement& element = *(*path.back().siblings)[path.back().next++];
+        if (!element.isBegun) begin(element);
+        // The walk comes to so many more elements, and looks at one more to see that it was cut.
+        if (element.wantsChildren) {
+            element.wantsChildren = false;
+            ask(element, {Fact::children}, maximumElements_ - position);
+        }
+        if (path.size() < maximumDepth_) path.push_back({&element.children, 0});
+        ++position;
+    }
+    isScheduling_ = false;
+}
+
+void ObservedTree::begin(ObservedElement& element) {
+    element.isBegun = true;
+    proceed(element);
+}
+
+/// Asks what can be asked with what is known.
+void ObservedTree::proceed(ObservedElement& element) {
+    Facts& facts = element.facts;
+    FactSet next;
+    if (elementCode(facts) == 0) next = needs(facts);
+    if (next.has(Fact::children)) {
+        if (facts.childCount > 0) {
+            element.wantsChildren = true;
+        } else {
+            facts.answered(Fact::children, facts.code(Fact::childCount));
+            return proceed(element);
+        }
+    }
+    next = next.without({Fact::children});
+    if (!next.isEmpty()) return ask(element, next, 0);
+    if (!element.wantsChildren) element.isComplete = true;
+    if (active_ < kFewActive) schedule();
+}
+
+void ObservedTree::ask(ObservedElement& element, FactSet wanted, std::int64_t maximumChildren) {
+    ++active_;
+    AtspiProgram& program = bus_.program(element.reference.busName);
+    askFacts({program, element.reference.path, maximumChildren}, wanted, element.facts,
+             [this, &element, wanted] {
+                 --active_;
+                 if (wanted.has(Fact::children)) takeChildren(element);
+                 proceed(element);
+             });
+}
+
+void ObservedTree::takeChildren(ObservedElement& element) {
+    for (const Reference& reference : element.facts.children) {
+        ObservedElement& child = this->element(reference);
+        if (element.facts.knows(Fact::role) && !child.isBegun) {
+            child.facts.parentRole = element.facts.role;
+            child.facts.answered(Fact::parentRole, 0);
+        }
+        element.children.push_back(&child);
+    }
+}
+
+}  // namespace quil::linux_platform

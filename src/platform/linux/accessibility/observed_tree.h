@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/accessibility.h"
+#include "platform/linux/accessibility/accessibility_bus.h"
+#include "platform/linux/accessibility/attributes.h"
+#include "platform/linux/accessibility/facts.h"
+
+namespace quil::linux_platform {
+
+/// One element of an observed tree.
+struct ObservedElement {
+    Reference reference;
+    Facts facts;
+    /// As many as were wanted; belong to the tree.
+    std::vector<ObservedElement*> children;
+    ElementRef handle;
+
+    bool isBegun = false;
+    bool isComplete = false;
+    bool wantsChildren = false;
+};
+
+/// What a walk is about to read, fetched with many calls under way at a time: of the elements that
+/// come first, depth first, as many as the walk may visit, and hardly more.
+class ObservedTree {
+  public:
+    /// Fetches the tree below an element. Bounded: what is not there in time stays unknown.
+    ObservedTree(AccessibilityBus& bus, const Reference& root, const ObservationPlan& plan);
+    ObservedTree(const ObservedTree&) = delete;
+    ObservedTree& operator=(const ObservedTree&) = delete;
+
+    const Reference& root() const { return root_->reference; }
+    /// The element, when the walk may come to it.
+    ObservedElement* find(const Reference& reference);
+    /// Whether the time for the whole observation is over.
+    bool isOverdue() const;
+
+  private:
+    ObservedElement& element(const Reference& reference);
+    FactSet needs(const Facts& facts) const;
+    void fetch();
+    void schedule();
+    void begin(ObservedElement& element);
+    void proceed(ObservedElement& element);
+    void ask(ObservedElement& element, FactSet wanted, std::int64_t maximumChildren);
+    void takeChildren(ObservedElement& element);
+
+    AccessibilityBus& bus_;
+    const std::int64_t maximumElements_;
+    const std::size_t maximumDepth_;
+    const BusDeadline deadline_;
+    std::vector<const Attribute*> attributes_;
+    const bool wantsActions_;
+
+    std::unordered_map<Reference, ObservedElement, ReferenceHash> elements_;
+    ObservedElement* root_;
+    /// Elements that are being asked.
+    int active_ = 0;
+    bool isScheduling_ = false;
+};
+
+}  // namespace quil::linux_platform

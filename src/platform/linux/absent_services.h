@@ -24,22 +24,4 @@ class NoEventPosting : public EventPosting {
     void post(std::uint32_t, const PostableEvent&) override {}
 };
 
-class NoEventTaps : public EventTaps {
-  public:
-    EventTapRef createTap(std::uint32_t, std::uint32_t, std::uint32_t, std::uint64_t,
-                          EventTapCallback) override {
-        return nullptr;
-    }
-    void enableTap(const EventTapRef&, bool) override {}
-    void invalidateTap(const EventTapRef&) override {}
-    RunLoopSourceRef createRunLoopSource(const EventTapRef&) override { return nullptr; }
-    RunLoopRef currentRunLoop() override { return nullptr; }
-    void addSource(const RunLoopRef&, const RunLoopSourceRef&) override {}
-    void removeSource(const RunLoopRef&, const RunLoopSourceRef&) override {}
-    void invalidateSource(const RunLoopSourceRef&) override {}
-    void runCurrentRunLoop() override {}
-    void stopRunLoop(const RunLoopRef&) override {}
-    bool isSecureEventInputEnabled() override { return false; }
-};
-
 }  // namespace quil::linux_platform

@@ -1,7 +1,7 @@
 #include "platform/linux/linux_permissions.h"
 
 #include <xcb/composite.h>
-#include <xcb/xinput.h>
+#include <xcb/record.h>
 
 namespace quil::linux_platform {
 
@@ -16,10 +16,7 @@ bool LinuxPermissions::preflightScreenCaptureAccess() {
 
 bool LinuxPermissions::preflightListenEventAccess() {
     const auto connection = display_.connection();
-    if (!connection || !connection->hasExtension(xcb_input_id)) return false;
-    const auto version = connection->reply(xcb_input_xi_query_version_reply,
-                                           xcb_input_xi_query_version(connection->get(), 2, 0));
-    return version && version->major_version >= 2;
+    return connection && connection->hasExtension(xcb_record_id);
 }
 
 }  // namespace quil::linux_platform

@@ -18,7 +18,7 @@ class LinuxPermissions : public Permissions {
     bool isProcessTrusted() override { return accessibilityBus_.answers(); }
     /// Whether the display gives the pixmaps of windows (Composite).
     bool preflightScreenCaptureAccess() override;
-    /// Whether raw input events can be selected (XInput 2).
+    /// Whether the server records input (Record).
     bool preflightListenEventAccess() override;
     /// There is nobody to ask; the same as the query.
     bool requestListenEventAccess() override { return preflightListenEventAccess(); }

@@ -11,6 +11,7 @@
 #include "platform/linux/linux_workspace.h"
 #include "platform/linux/no_code_signing.h"
 #include "platform/linux/pasteboard/x11_pasteboard.h"
+#include "platform/linux/tap/linux_event_taps.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/displays.h"
 #include "platform/platform.h"
@@ -54,7 +55,7 @@ class LinuxPlatform : public Platform {
     LinuxScreenCapture screenCapture_{display_};
     NoEventPosting eventPosting_;
     X11Pasteboard pasteboard_;
-    NoEventTaps eventTaps_;
+    LinuxEventTaps eventTaps_;
     DesktopBundles bundles_;
     LocaleCollation collation_;
     PosixClock clock_;

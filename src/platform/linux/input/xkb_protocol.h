@@ -1,0 +1,27 @@
+#pragma once
+
+// The header is not C++: it has fields called "explicit".
+#define explicit explicit_
+#include <xcb/xkb.h>
+#undef explicit
+
+#include <cstdint>
+
+#include "platform/linux/x11/connection.h"
+
+/// Requests of the X keyboard extension, about the keyboard that programs listen to and all the
+/// devices behind it.
+namespace quil::linux_platform {
+
+inline constexpr std::uint16_t kCoreKeyboard = XCB_XKB_ID_USE_CORE_KBD;
+
+/// Makes the extension usable on this connection; false when the server lacks it.
+bool enableXkb(X11Connection& connection);
+
+/// The modifiers of `affected` become locked or, where `locks` lacks them, unlocked.
+void lockModifiers(X11Connection& connection, std::uint8_t affected, std::uint8_t locks);
+
+/// The modifiers that the next key will have, and no other, become those of `latches`.
+void latchModifiers(X11Connection& connection, std::uint8_t latches);
+
+}  // namespace quil::linux_platform

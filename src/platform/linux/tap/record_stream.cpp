@@ -1,0 +1,170 @@
+#include "platform/linux/tap/record_stream.h"
+
+#include <poll.h>
+#include <xcb/xcbext.h>
+#include <xcb/xproto.h>
+
+#include <chrono>
+#include <cstring>
+#include <span>
+
+#include "platform/linux/input/xkb_protocol.h"
+
+namespace quil::linux_platform {
+namespace {
+
+constexpr std::chrono::seconds kPatience{2};
+
+// The category of a reply, as the protocol numbers them.
+constexpr std::uint8_t kFromServer = 0;
+constexpr std::uint8_t kFromClient = 1;
+constexpr std::uint8_t kStartOfData = 4;
+
+using Bytes = std::span<const std::uint8_t>;
+
+template <typename T>
+T readAs(Bytes bytes) {
+    T value{};
+    std::memcpy(&value, bytes.data(), std::min(sizeof value, bytes.size()));
+    return value;
+}
+
+void readEvent(Bytes bytes, std::deque<StreamItem>& items) {
+    const std::uint8_t type = bytes[0] & 0x7F;
+    if (type >= XCB_KEY_PRESS && type <= XCB_MOTION_NOTIFY) {
+        // All of these are laid out alike.
+        const auto event = readAs<xcb_key_press_event_t>(bytes);
+        items.emplace_back(
+            DeviceEvent{type, event.detail, event.state, event.time, event.root_x, event.root_y});
+    } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
+        items.emplace_back(FocusChange{readAs<xcb_focus_in_event_t>(bytes).mode});
+    }
+}
+
+/// The length of the request that begins there; 0 when it is not whole.
+std::size_t requestLength(Bytes bytes) {
+    if (bytes.size() < 4) return 0;
+    std::size_t length = std::size_t{readAs<std::uint16_t>(bytes.subspan(2))} * 4;
+    if (length == 0 && bytes.size() >= 8) {
+        length = std::size_t{readAs<std::uint32_t>(bytes.subspan(4))} * 4;
+    }
+    return length >= 4 && length <= bytes.size() ? length : 0;
+}
+
+SymbolsChange readSymbolsChange(Bytes request) {
+    const auto header = readAs<xcb_change_keyboard_mapping_request_t>(request);
+    SymbolsChange change{header.first_keycode, header.keysyms_per_keycode, {}};
+    const std::size_t wanted = std::size_t{header.keycode_count} * header.keysyms_per_keycode;
+    for (std::size_t at = sizeof header; at < request.size() && change.symbols.size() < wanted;
+         at += 4) {
+        change.symbols.push_back(readAs<std::uint32_t>(request.subspan(at)));
+    }
+    return change;
+}
+
+}  // namespace
+
+std::unique_ptr<RecordStream> RecordStream::open(bool withMotion) {
+    auto control = X11Display().connection();
+    if (!control || !control->hasExtension(xcb_record_id)) return nullptr;
+    auto data = X11Display().connection();
+    if (!data) return nullptr;
+    std::unique_ptr<RecordStream> stream(new RecordStream(std::move(control), std::move(data)));
+    return stream->begin(withMotion) ? std::move(stream) : nullptr;
+}
+
+bool RecordStream::begin(bool withMotion) {
+    xcb_record_range_t range{};
+    range.device_events = {XCB_KEY_PRESS, withMotion ? std::uint8_t{XCB_MOTION_NOTIFY}
+                                                     : std::uint8_t{XCB_BUTTON_RELEASE}};
+    range.delivered_events = {XCB_FOCUS_IN, XCB_FOCUS_OUT};
+    range.core_requests = {XCB_CHANGE_KEYBOARD_MAPPING, XCB_CHANGE_KEYBOARD_MAPPING};
+    if (control_->hasExtension(xcb_xkb_id)) {
+        xkbOpcode_ = xcb_get_extension_data(control_->get(), &xcb_xkb_id)->major_opcode;
+        range.ext_requests.major = {xkbOpcode_, xkbOpcode_};
+        range.ext_requests.minor = {XCB_XKB_SET_MAP, XCB_XKB_GET_KBD_BY_NAME};
+    }
+    const std::uint32_t context = xcb_generate_id(control_->get());
+    const xcb_record_client_spec_t everyone = XCB_RECORD_CS_ALL_CLIENTS;
+    if (!control_->reply(xcb_record_query_version_reply,
+                         xcb_record_query_version(control_->get(), XCB_RECORD_MAJOR_VERSION,
+                                                  XCB_RECORD_MINOR_VERSION)) ||
+        !control_->succeeded(xcb_record_create_context_checked(control_->get(), context, 0, 1, 1,
+                                                               &everyone, &range))) {
+        return false;
+    }
+    sequence_ = xcb_record_enable_context(data_->get(), context).sequence;
+    xcb_flush(data_->get());
+    return awaitStart();
+}
+
+bool RecordStream::awaitStart() {
+    using std::chrono::milliseconds;
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (isAlive_) {
+        if (const Reply reply = nextReply()) {
+            startTime_ = reply->server_time;
+            return reply->category == kStartOfData;
+        }
+        const auto left =
+            std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+        if (left <= milliseconds::zero()) return false;
+        pollfd socket{descriptor(), POLLIN, 0};
+        poll(&socket, 1, static_cast<int>(left.count()));
+    }
+    return false;
+}
+
+int RecordStream::descriptor() const {
+    return xcb_get_file_descriptor(data_->get());
+}
+
+/// The next reply of the many that one request gets; null when none has arrived.
+RecordStream::Reply RecordStream::nextReply() {
+    void* answer = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    if (xcb_poll_for_reply(data_->get(), sequence_, &answer, &error) == 0) {
+        if (!data_->isAlive()) isAlive_ = false;
+        return nullptr;
+    }
+    // The request is answered for good by an error, or when the connection ends.
+    std::free(error);
+    if (!answer) isAlive_ = false;
+    return Reply(static_cast<xcb_record_enable_context_reply_t*>(answer));
+}
+
+void RecordStream::read(std::deque<StreamItem>& items) {
+    while (isAlive_) {
+        const Reply reply = nextReply();
+        if (!reply) return;
+        if (reply->category == kFromClient) readRequests(*reply, items);
+        if (reply->category != kFromServer) continue;
+        Bytes bytes(xcb_record_enable_context_data(reply.get()),
+                    static_cast<std::size_t>(xcb_record_enable_context_data_length(reply.get())));
+        // Of the events there are to come, all are 32 bytes long.
+        for (; bytes.size() >= 32; bytes = bytes.subspan(32)) {
+            readEvent(bytes.first(32), items);
+        }
+    }
+}
+
+void RecordStream::readRequests(const xcb_record_enable_context_reply_t& reply,
+                                std::deque<StreamItem>& items) const {
+    if (reply.client_swapped) {
+        items.emplace_back(KeyboardChange{});
+        return;
+    }
+    Bytes bytes(xcb_record_enable_context_data(&reply),
+                static_cast<std::size_t>(xcb_record_enable_context_data_length(&reply)));
+    for (std::size_t length = requestLength(bytes); length > 0; length = requestLength(bytes)) {
+        if (bytes[0] == XCB_CHANGE_KEYBOARD_MAPPING) {
+            items.emplace_back(readSymbolsChange(bytes.first(length)));
+        } else if (bytes[0] == xkbOpcode_ &&
+                   (bytes[1] == XCB_XKB_SET_MAP || bytes[1] == XCB_XKB_GET_KBD_BY_NAME)) {
+            items.emplace_back(KeyboardChange{});
+        }
+        bytes = bytes.subspan(length);
+    }
+}
+
+}  // namespace quil::linux_platform

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/linux/absent_services.h"
 #include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/accessibility/linux_accessibility.h"
 #include "platform/linux/apps/desktop_bundles.h"
 #include "platform/linux/apps/locale_collation.h"
 #include "platform/linux/capture/linux_screen_capture.h"
+#include "platform/linux/input/x11_event_posting.h"
 #include "platform/linux/linux_permissions.h"
 #include "platform/linux/linux_window_list.h"
 #include "platform/linux/linux_workspace.h"
@@ -53,7 +53,7 @@ class LinuxPlatform : public Platform {
     NoCodeSigning codeSigning_;
     LinuxAccessibility accessibility_{accessibilityBus_, display_};
     LinuxScreenCapture screenCapture_{display_};
-    NoEventPosting eventPosting_;
+    X11EventPosting eventPosting_;
     X11Pasteboard pasteboard_;
     LinuxEventTaps eventTaps_;
     DesktopBundles bundles_;

@@ -56,6 +56,8 @@ class X11Connection {
                             std::type_identity_t<Cookie> cookie) {
         return XcbPointer<Reply>(static_cast<Reply*>(waitForReply(cookie.sequence)));
     }
+    /// Waits until the server has dealt with everything that was sent.
+    void sync() { reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_)); }
     /// Whether a checked request without a reply has succeeded.
     bool succeeded(xcb_void_cookie_t cookie);
 

@@ -1,0 +1,69 @@
+#include "platform/linux/input/keyboard_devices.h"
+
+#include <string_view>
+
+namespace quil::linux_platform {
+namespace {
+
+constexpr std::uint8_t kKeyClass = XCB_INPUT_INPUT_CLASS_KEY;
+
+KeySet fromBytes(const std::uint8_t* bytes) {
+    KeySet keys;
+    for (std::size_t code = 0; code < keys.size(); ++code) {
+        keys[code] = ((bytes[code / 8] >> (code % 8)) & 1) != 0;
+    }
+    return keys;
+}
+
+/// The real keyboards. The server gives its synthetic one a name of its own.
+std::vector<std::uint8_t> realKeyboards(X11Connection& connection) {
+    const auto version = xcb_input_xi_query_version(connection.get(), 2, 0);
+    const auto cookie = xcb_input_xi_query_device(connection.get(), XCB_INPUT_DEVICE_ALL);
+    connection.reply(xcb_input_xi_query_version_reply, version);
+    const auto devices = connection.reply(xcb_input_xi_query_device_reply, cookie);
+    if (!devices) return {};
+    std::vector<std::uint8_t> found;
+    for (auto device = xcb_input_xi_query_device_infos_iterator(devices.get()); device.rem > 0;
+         xcb_input_xi_device_info_next(&device)) {
+        const std::string_view name(
+            xcb_input_xi_device_info_name(device.data),
+            static_cast<std::size_t>(xcb_input_xi_device_info_name_length(device.data)));
+        if (device.data->type != XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD) continue;
+        if (name.find("XTEST") != std::string_view::npos) continue;
+        found.push_back(static_cast<std::uint8_t>(device.data->deviceid));
+    }
+    return found;
+}
+
+KeySet keysDownOn(const xcb_input_query_device_state_reply_t& state) {
+    auto classes = xcb_input_query_device_state_classes_iterator(&state);
+    for (; classes.rem > 0; xcb_input_input_state_next(&classes)) {
+        if (classes.data->class_id != kKeyClass) continue;
+        const auto* keys = reinterpret_cast<const xcb_input_key_state_t*>(classes.data);
+        return fromBytes(keys->keys);
+    }
+    return {};
+}
+
+}  // namespace
+
+KeySet keysDown(X11Connection& connection) {
+    const auto reply = connection.reply(xcb_query_keymap_reply, xcb_query_keymap(connection.get()));
+    return reply ? fromBytes(reply->keys) : KeySet();
+}
+
+KeySet keysHeldByHand(X11Connection& connection) {
+    if (!connection.hasExtension(xcb_input_id)) return {};
+    std::vector<xcb_input_query_device_state_cookie_t> cookies;
+    for (const std::uint8_t device : realKeyboards(connection)) {
+        cookies.push_back(xcb_input_query_device_state(connection.get(), device));
+    }
+    KeySet keys;
+    for (const auto cookie : cookies) {
+        const auto state = connection.reply(xcb_input_query_device_state_reply, cookie);
+        if (state) keys |= keysDownOn(*state);
+    }
+    return keys;
+}
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,151 @@
+#include "platform/linux/input/keyboard_session.h"
+
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <ranges>
+#include <utility>
+
+#include "platform/event_posting.h"
+#include "platform/linux/input/xkb_protocol.h"
+
+namespace quil::linux_platform {
+namespace {
+
+// Key symbols, keysymdef.h.
+constexpr std::uint32_t kNumLock = 0xFF7F;
+constexpr std::uint32_t kShiftL = 0xFFE1;
+constexpr std::uint32_t kShiftR = 0xFFE2;
+constexpr std::uint32_t kControlL = 0xFFE3;
+constexpr std::uint32_t kControlR = 0xFFE4;
+constexpr std::uint32_t kMetaL = 0xFFE7;
+constexpr std::uint32_t kAltL = 0xFFE9;
+
+// X key codes where these keys usually are.
+constexpr std::uint8_t kUsualControl = 37;
+constexpr std::uint8_t kUsualShift = 50;
+constexpr std::uint8_t kUsualAlt = 64;
+
+}  // namespace
+
+KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection,
+                                 KeySet& pressedForPerson)
+    : connection_(std::move(connection)), pressedForPerson_(pressedForPerson) {
+    if (enableXkb(*connection_)) {
+        if (auto map = readKeyboardMap(*connection_)) {
+            map_ = std::move(*map);
+            knowsKeys_ = true;
+        }
+    }
+    numLock_ = map_.modifiersOf(kNumLock);
+    takeKeyboard();
+}
+
+void KeyboardSession::takeKeyboard() {
+    if (pressedForPerson_.any()) {
+        // The person has let go of these, which the server does not connect with our pressing them.
+        const KeySet stale = pressedForPerson_ & ~keysHeldByHand(*connection_);
+        for (std::size_t code = 0; code < stale.size(); ++code) {
+            if (stale[code]) send(static_cast<std::uint8_t>(code), false);
+        }
+        pressedForPerson_ &= ~stale;
+    }
+    if (!knowsKeys_) return;
+    const auto state = connection_->reply(xcb_xkb_get_state_reply,
+                                          xcb_xkb_get_state(connection_->get(), kCoreKeyboard));
+    if (!state) return;
+    group_ = state->group;
+    locks_ = locksBefore_ = state->lockedMods;
+    latchesBefore_ = state->latchedMods;
+    if (state->baseMods != 0) {
+        heldBefore_ = keysDown(*connection_);
+        heldByHandBefore_ = keysHeldByHand(*connection_);
+        for (std::size_t code = 0; code < heldBefore_.size(); ++code) {
+            if (map_.keys[code].modifiers == 0) heldBefore_[code] = false;
+            if (heldBefore_[code]) send(static_cast<std::uint8_t>(code), false);
+        }
+    }
+    if (latchesBefore_ != 0) latchModifiers(*connection_, 0);
+}
+
+KeyboardSession::~KeyboardSession() {
+    releaseFlagKeys();
+    lockAsBefore();
+    if (latchesBefore_ != 0) latchModifiers(*connection_, latchesBefore_);
+    giveHeldKeysBack();
+    connection_->sync();
+}
+
+void KeyboardSession::giveHeldKeysBack() {
+    if (heldBefore_.none()) return;
+    const KeySet byHand = keysHeldByHand(*connection_);
+    for (std::size_t code = 0; code < heldBefore_.size(); ++code) {
+        // What no hand held was pressed by a program, and our release has undone that.
+        const bool hasBeenLetGo = heldByHandBefore_[code] && !byHand[code];
+        if (!heldBefore_[code] || hasBeenLetGo) continue;
+        send(static_cast<std::uint8_t>(code), true);
+        if (byHand[code]) pressedForPerson_[code] = true;
+    }
+}
+
+void KeyboardSession::send(std::uint8_t keyCode, bool isDown) {
+    xcb_test_fake_input(connection_->get(), isDown ? XCB_KEY_PRESS : XCB_KEY_RELEASE, keyCode,
+                        XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+}
+
+void KeyboardSession::tap(std::uint8_t keyCode) {
+    send(keyCode, true);
+    send(keyCode, false);
+}
+
+void KeyboardSession::key(std::uint8_t keyCode, bool isDown, std::uint64_t flags) {
+    if (isDown) {
+        // A key that is a lock itself works on what the person has locked.
+        if (map_.keys[keyCode].modifiers == 0) lock(0);
+        for (const std::uint8_t flagKey : flagKeys(flags)) {
+            send(flagKey, true);
+            pressedFlagKeys_.push_back(flagKey);
+        }
+    }
+    send(keyCode, isDown);
+    if (!isDown) releaseFlagKeys();
+}
+
+void KeyboardSession::releaseFlagKeys() {
+    for (const std::uint8_t flagKey : pressedFlagKeys_ | std::views::reverse) send(flagKey, false);
+    pressedFlagKeys_.clear();
+}
+
+std::uint8_t KeyboardSession::flagKey(std::uint32_t symbol, std::uint32_t otherSymbol,
+                                      std::uint8_t usual) const {
+    for (const std::uint32_t wanted : {symbol, otherSymbol}) {
+        const auto key = map_.keyWithSymbol(wanted);
+        if (key && map_.keys[*key].modifiers != 0) return *key;
+    }
+    return usual;
+}
+
+std::vector<std::uint8_t> KeyboardSession::flagKeys(std::uint64_t flags) const {
+    std::vector<std::uint8_t> keys;
+    if (flags & (kEventFlagMaskControl | kEventFlagMaskCommand)) {
+        keys.push_back(flagKey(kControlL, kControlR, kUsualControl));
+    }
+    if (flags & kEventFlagMaskAlternate) keys.push_back(flagKey(kAltL, kMetaL, kUsualAlt));
+    if (flags & kEventFlagMaskShift) keys.push_back(flagKey(kShiftL, kShiftR, kUsualShift));
+    return keys;
+}
+
+void KeyboardSession::lock(std::uint8_t modifiers) {
+    const auto wanted = static_cast<std::uint8_t>(modifiers | (locksBefore_ & numLock_));
+    if (!knowsKeys_ || wanted == locks_) return;
+    lockModifiers(*connection_, 0xFF, wanted);
+    locks_ = wanted;
+}
+
+void KeyboardSession::lockAsBefore() {
+    if (locks_ == locksBefore_) return;
+    lockModifiers(*connection_, 0xFF, locksBefore_);
+    locks_ = locksBefore_;
+}
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "platform/linux/input/keyboard_devices.h"
+#include "platform/linux/input/keyboard_map.h"
+#include "platform/linux/x11/connection.h"
+
+namespace quil::linux_platform {
+
+/// The keyboard while keys are posted. What the person holds, has latched or locked is taken away
+/// at the start, so that posted keys have the modifiers that they are posted with and no others,
+/// and given back at the end: modifier keys that the person has let go meanwhile stay up. Num Lock
+/// stays as it is.
+class KeyboardSession {
+  public:
+    /// `pressedForPerson` are the keys that earlier sessions have pressed to give them back; it
+    /// belongs to the connection and outlives the session.
+    KeyboardSession(std::shared_ptr<X11Connection> connection, KeySet& pressedForPerson);
+    ~KeyboardSession();
+    KeyboardSession(const KeyboardSession&) = delete;
+    KeyboardSession& operator=(const KeyboardSession&) = delete;
+
+    X11Connection& connection() const { return *connection_; }
+    /// Whether the X keyboard extension tells what the keys mean; the map is empty otherwise.
+    bool knowsKeys() const { return knowsKeys_; }
+    const KeyboardMap& map() const { return map_; }
+    /// The layout that is active.
+    std::uint8_t group() const { return group_; }
+
+    /// Presses or releases a key with these event flags: their modifier keys go down before it, in
+    /// the order control (command is control too), option, shift, and up after it in reverse.
+    void key(std::uint8_t keyCode, bool isDown, std::uint64_t flags);
+    /// Presses and releases a key as things are.
+    void tap(std::uint8_t keyCode);
+    /// Locks exactly these modifiers and Num Lock if it was locked; by nothing, as at the start.
+    void lock(std::uint8_t modifiers);
+    /// Locks what the person had locked.
+    void lockAsBefore();
+
+  private:
+    void takeKeyboard();
+    void giveHeldKeysBack();
+    void releaseFlagKeys();
+    void send(std::uint8_t keyCode, bool isDown);
+    std::uint8_t flagKey(std::uint32_t symbol, std::uint32_t otherSymbol, std::uint8_t usual) const;
+    std::vector<std::uint8_t> flagKeys(std::uint64_t flags) const;
+
+    std::shared_ptr<X11Connection> connection_;
+    KeySet& pressedForPerson_;
+    bool knowsKeys_ = false;
+    KeyboardMap map_;
+    std::uint8_t group_ = 0;
+    std::uint8_t numLock_ = 0;
+    std::uint8_t locksBefore_ = 0;
+    std::uint8_t locks_ = 0;
+    std::uint8_t latchesBefore_ = 0;
+    KeySet heldBefore_;
+    KeySet heldByHandBefore_;
+    std::vector<std::uint8_t> pressedFlagKeys_;
+};
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,191 @@
+"""Pointer, wheel and keys, as an application of ours and other tools see them."""
+import os
+import re
+import select
+import subprocess
+import time
+import unittest
+
+from desktop_tools import output, until
+from input_program import InputProgram
+from quil_host import Host
+
+WIDTH, HEIGHT = 1366, 768
+SHIFT, LOCK, CONTROL, ALT, BUTTON1 = 1, 2, 4, 8, 256
+
+
+def point(x, y):
+    """The point object of a pixel's middle."""
+    return {"x": (x + 0.5) / WIDTH, "y": (y + 0.5) / HEIGHT}
+
+
+def pointer():
+    return tuple(map(int, re.findall(r"[xy]:(-?\d+)", output("xdotool", "getmouselocation"))))
+
+
+class InputTest(unittest.TestCase):
+    def setUp(self):
+        self.host = self.enterContext(Host())
+        self.app = InputProgram(self, "gtk3", "events")
+        self.places = self.app.ask("places")
+
+    def middle(self, name):
+        x, y, width, height = self.places[name]
+        return x + width // 2, y + height // 2
+
+
+class Pointer(InputTest):
+    def test_clicks_and_moves(self):
+        x, y = self.middle("field")
+        self.assertEqual(self.host.result("desktop_move", point=point(x, y)), {"ok": True})
+        self.assertEqual(pointer(), (x, y))
+        self.app.ask("events")
+        self.assertTrue(self.host.result("desktop_click", point=point(x + 1, y))["ok"])
+        buttons = lambda: [e for e in self.app.ask("events") if e[0] != "motion"]
+        self.assertEqual(buttons(), [["press", 1, x + 1, y, 0], ["release", 1, x + 1, y, BUTTON1]])
+
+        self.host.result("desktop_double_click", point=point(x + 40, y + 10))
+        self.assertEqual([e[0] for e in buttons()],
+                         ["press", "release", "press", "double-press", "release"])
+
+        # Left-handed people press the other button for the same.
+        output("xmodmap", "-e", "pointer = 3 2 1 4 5 6 7 8 9 10")
+        self.addCleanup(output, "xmodmap", "-e", "pointer = default")
+        self.host.result("desktop_click", point=point(x, y))
+        self.assertEqual([e[:2] for e in buttons()], [["press", 1], ["release", 1]])
+
+    def test_wheel(self):
+        x, y = self.middle("field")
+        for amount, axis, direction in [(3, "vertical", "up"), (-2, "vertical", "down"),
+                                        (2, "horizontal", "left"), (-1, "horizontal", "right")]:
+            self.host.result("desktop_scroll", point=point(x, y), amount=amount, axis=axis)
+            scrolls = [e for e in self.app.ask("events") if e[0] == "scroll"]
+            self.assertEqual(scrolls, [["scroll", direction]] * abs(amount))
+        self.host.result("desktop_scroll", point=point(x, y), amount=0)
+        self.assertEqual([e for e in self.app.ask("events") if e[0] == "scroll"], [])
+        began = time.monotonic()
+        self.host.result("desktop_scroll", point=point(x, y), amount=-2**40)
+        self.assertLess(time.monotonic() - began, 1)
+        self.assertEqual(len([e for e in self.app.ask("events") if e[0] == "scroll"]), 1000)
+
+    def test_drags(self):
+        x, y, width, height = self.places["slider"]
+        self.assertEqual(self.app.ask("slider"), 0)
+        knob = (x + 10, y + height - 12)
+        self.host.result("desktop_drag", **{"from": point(*knob),
+                                            "to": point(x + width // 2, knob[1])})
+        self.assertAlmostEqual(self.app.ask("slider"), 50, delta=6)
+
+        self.app.ask("area")
+        output("xdotool", "type", "selected text")
+        x, y, _, _ = self.places["area"]
+        self.host.result("desktop_drag", **{"from": point(x + 1, y + 8), "to": point(x + 400, y + 8)})
+        self.assertEqual(self.app.ask("selection"), "selected text")
+        self.host.result("desktop_click", point=point(x + 300, y + 60))
+        self.host.result("desktop_double_click", point=point(x + 10, y + 8))
+        self.assertEqual(self.app.ask("selection"), "selected")
+
+        x, y = self.middle("field")
+        self.app.ask("events")
+        self.host.result("desktop_drag", **{"from": point(x, y), "to": point(x + 120, y + 24)})
+        events = [e for e in self.app.ask("events")]
+        self.assertEqual([e[0] for e in events if e[0] != "motion"], ["press", "release"])
+        motions = [e[1:] for e in events if e[0] == "motion" and e[3] & BUTTON1]
+        self.assertGreaterEqual(len(motions), 10)  # the toolkit joins some
+        self.assertEqual(motions[-1], [x + 120, y + 24, BUTTON1])
+
+
+class Keys(InputTest):
+    def press(self, combo):
+        """What reaches the application: (symbol, state) of the keys that go down."""
+        self.app.ask("events")
+        self.assertEqual(self.host.result("desktop_keypress", combo=combo), {"ok": True})
+        self.events = self.app.ask("events")
+        down = [e for e in self.events if e[0] == "key-press"]
+        return [(e[1], e[3]) for e in down]
+
+    def setUp(self):
+        super().setUp()
+        self.app.ask("field")
+
+    def test_combinations(self):
+        for combo, keys in [
+                ("k", [("k", 0)]), ("shift+K", [("Shift_L", 0), ("K", SHIFT)]),
+                ("cmd+k", [("Control_L", 0), ("k", CONTROL)]),
+                ("cmd+ctrl+k", [("Control_L", 0), ("k", CONTROL)]),
+                ("shift+alt+cmd+f12", [("Control_L", 0), ("Alt_L", CONTROL),
+                                       ("Shift_L", CONTROL | ALT), ("F12", SHIFT | CONTROL | ALT)]),
+                ("keycode-117", [("Delete", 0)]), ("keycode-83", [("KP_End", 0)]),
+                ("keycode-60", [("Shift_R", 0)]), ("keycode-0x10", []), ("keycode-60000", []),
+                ("keycode-639", [("Pause", 0)])]:
+            with self.subTest(combo):
+                self.assertEqual(self.press(combo), keys)
+                codes = [(e[0], e[2]) for e in self.events]
+                self.assertEqual(codes, [("key-press", c) for _, c in codes[:len(keys)]]
+                                 + [("key-release", c) for _, c in codes[:len(keys)][::-1]])
+
+    def test_every_named_key(self):
+        names = ([*"abcdefghijklmnopqrstuvwxyz0123456789=-][';\\,/.`"]
+                 + [f"f{n}" for n in range(1, 13)]
+                 + "return tab space delete escape left right down up home end pageup pagedown".split())
+        self.assertEqual(len(names), 72)
+        symbols = {"=": "equal", "-": "minus", "]": "bracketright", "[": "bracketleft",
+                   "'": "apostrophe", ";": "semicolon", "\\": "backslash", ",": "comma",
+                   "/": "slash", ".": "period", "`": "grave", "delete": "BackSpace",
+                   "pageup": "Page_Up", "pagedown": "Page_Down"}
+        wanted = [symbols.get(name) or (name if len(name) == 1 or name == "space"
+                                        else name.capitalize()) for name in names]
+        for name in names:
+            self.host.result("desktop_keypress", combo=name)
+        events = self.app.ask("events")
+        self.assertEqual([e[:2] for e in events],
+                         [[kind, name] for name in wanted for kind in ("key-press", "key-release")])
+
+    def test_other_programs_see_the_same(self):
+        spy = subprocess.Popen(["xinput", "test-xi2", "--root"], stdout=subprocess.PIPE)
+        self.addCleanup(spy.stdout.close)
+        self.addCleanup(spy.wait)
+        self.addCleanup(spy.kill)
+
+        def listens():
+            output("xdotool", "key", "F8")
+            return select.select([spy.stdout], [], [], 0.2)[0]
+
+        until(listens, "xinput listens")
+        self.press("cmd+shift+t")
+        output("xdotool", "key", "F9")
+        text = b""
+        while not re.search(rb"RawKeyRelease\).*?detail: 75\n", text, re.DOTALL):
+            text += os.read(spy.stdout.fileno(), 1 << 16)
+        raw = re.findall(r"(RawKey\w+)\).*?detail: (\d+)", text.decode(), re.DOTALL)
+        self.assertEqual([(kind, int(code)) for kind, code in raw if code not in ("74", "75")],
+                         [("RawKeyPress", 37), ("RawKeyPress", 50), ("RawKeyPress", 28),
+                          ("RawKeyRelease", 28), ("RawKeyRelease", 50), ("RawKeyRelease", 37)])
+
+    def held(self):
+        """The modifiers that the next key of a person has."""
+        self.app.ask("events")
+        output("xdotool", "key", "F7")
+        return next(e[3] for e in self.app.ask("events") if e[2] == 73)
+
+    def test_what_the_person_holds_or_has_locked_neither_leaks_nor_is_lost(self):
+        for keys in (["Shift_L"], ["Control_R", "Alt_L"], ["Shift_L", "Shift_R"]):
+            output("xdotool", "keydown", *keys)
+            before = self.held()
+            self.assertNotEqual(before, 0)
+            for combo, state in [("k", 0), ("shift+alt+k", SHIFT | ALT)]:
+                self.press(combo)
+                self.assertIn(state, [e[3] for e in self.events if e[2] == 45], combo)
+                self.assertEqual(self.held(), before)
+            output("xdotool", "keyup", *keys)
+            self.assertEqual(self.held(), 0)
+        output("xdotool", "key", "Caps_Lock")
+        self.assertEqual(self.held(), LOCK)
+        self.assertEqual(self.press("k"), [("k", 0)])
+        self.assertEqual(self.held(), LOCK)
+        self.host.result("desktop_keypress", combo="keycode-57")
+        self.assertEqual(self.held(), 0, "the key itself still works")
+
+
+if __name__ == "__main__":
+    unittest.main()

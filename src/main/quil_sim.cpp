@@ -2,8 +2,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <stdexcept>
+#include <string>
+#include <system_error>
 
 #include "platform/posix/posix_streams.h"
 #include "platform/simulated/scenario/log_file.h"
@@ -27,7 +28,7 @@ std::string readFile(const char* path) {
     }
     const int error = errno;
     if (file) std::fclose(file);
-    if (failed) throw std::runtime_error(std::strerror(error));
+    if (failed) throw std::runtime_error(std::generic_category().message(error));
     return text;
 }
 

@@ -65,7 +65,7 @@ class RequestInput : public InputStream {
     std::function<void()> lineArrives_;
     std::string pending_;
     std::size_t start_ = 0;  // of what has not been handed on
-    bool inLine_ = false;  // some of the line has been handed on
+    bool inLine_ = false;    // some of the line has been handed on
 };
 
 }  // namespace quil::simulated

@@ -2,9 +2,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <system_error>
 
 #include "platform/event_posting.h"
 #include "platform/simulated/desktop.h"
@@ -102,7 +102,8 @@ void writeLogTo(const std::string& path, SimulatedDesktop& desktop) {
     const std::shared_ptr<std::FILE> file(std::fopen(path.c_str(), "we"), [](std::FILE* opened) {
         if (opened) std::fclose(opened);
     });
-    if (!file) throw std::runtime_error("log: " + path + ": " + std::strerror(errno));
+    if (!file)
+        throw std::runtime_error("log: " + path + ": " + std::generic_category().message(errno));
     desktop.observeLog([file](const LogEntry& entry) {
         const std::string line = lineFor(entry);
         std::fwrite(line.data(), 1, line.size(), file.get());

@@ -5,9 +5,9 @@
 namespace quil {
 namespace {
 
-constexpr std::size_t kReadSize = 64 * 1024;
+constexpr std::size_t kReadSize = 65'536;
 /// What a very long line has taken is given back when the line is done.
-constexpr std::size_t kKeptCapacity = 1024 * 1024;
+constexpr std::size_t kKeptCapacity = 1'048'576;
 
 }  // namespace
 

@@ -27,9 +27,9 @@ def until(condition, what, seconds=30):
 class Program:
     """A program that runs as long as the test: one that shows a window, unless said otherwise."""
 
-    def __init__(self, test, *command, has_window=True, env=None):
+    def __init__(self, test, *command, has_window=True, env=None, stdout=subprocess.DEVNULL):
         self.process = subprocess.Popen(command, env=env, stdin=subprocess.DEVNULL,
-                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                                        stdout=stdout, stderr=subprocess.DEVNULL)
         self.pid = self.process.pid
         test.addCleanup(self.end)
         self.window = self.find_window(env) if has_window else None

@@ -1,0 +1,211 @@
+"""Trees of real applications: what is observed equals what another client sees, and elements act."""
+import json
+import os
+import queue
+import signal
+import subprocess
+import threading
+import time
+import unittest
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi
+
+from desktop_tools import PYTHON, SUPPORT, Program, geometry, until
+from quil_host import Failure, Host
+
+TOOLKITS = ("gtk3", "qt5", "qt6")
+STALE = "COMPUTER_CONTROL_STALE_SNAPSHOT"
+
+
+class Form(Program):
+    """tests/support/form_app.py, and what it says of itself."""
+
+    def __init__(self, test, toolkit, *arguments):
+        super().__init__(test, PYTHON, "-B", os.path.join(SUPPORT, "form_app.py"), toolkit,
+                         *arguments, stdout=subprocess.PIPE)
+        self.states = queue.Queue()
+        threading.Thread(target=self.read, daemon=True).start()
+
+    def read(self):
+        for line in self.process.stdout:
+            self.states.put(json.loads(line))
+
+    def until(self, **wanted):
+        """Waits for a state with these members."""
+        while True:
+            state = self.states.get(timeout=20)
+            if wanted.items() <= state.items():
+                return state
+
+    def end(self):
+        super().end()
+        self.process.stdout.close()
+
+
+def observe(host, program, condition=lambda state: True):
+    """The tree of the program, once it is in front and as wanted."""
+    def look():
+        state = host.result("desktop_ax_get_state")
+        is_whole = len(state["nodes"]) > 5 and condition(state)
+        return state if state.get("target", {}).get("pid") == program.pid and is_whole else None
+
+    return until(look, "the program's tree")
+
+
+def find(state, role, name=None):
+    found = [node for node in state["nodes"]
+             if node["role"] == role and name in (None, node.get("name"))]
+    if not found:
+        raise AssertionError(f"no {role} {name} in\n{state['axText']}")
+    return found[0]
+
+
+def walk(accessible, token="e0"):
+    """What libatspi sees: (token, name, description, size or None), parents first."""
+    extents = None
+    states = accessible.get_state_set()
+    if states.contains(Atspi.StateType.SHOWING) and "Component" in accessible.get_interfaces():
+        rect = Atspi.Component.get_extents(accessible, Atspi.CoordType.SCREEN)
+        if rect.width > 0 and rect.height > 0:
+            extents = (rect.x, rect.y, rect.width, rect.height)
+    yield token, accessible.get_name(), accessible.get_description(), extents
+    for position in range(accessible.get_child_count()):
+        yield from walk(accessible.get_child_at_index(position), f"{token}.{position}")
+
+
+def window_of(program):
+    desktop = Atspi.get_desktop(0)
+    for position in range(desktop.get_child_count()):
+        application = desktop.get_child_at_index(position)
+        if application and application.get_process_id() == program.pid:
+            return application.get_child_at_index(0)
+    raise AssertionError("libatspi does not see the program")
+
+
+def bounds(node):
+    return tuple(node["bounds"][key] for key in ("x", "y", "width", "height"))
+
+
+class Forms(unittest.TestCase):
+    def setUp(self):
+        self.host = self.enterContext(Host("quil"))
+
+    def on_each_toolkit(self, check):
+        for toolkit in TOOLKITS:
+            with self.subTest(toolkit):
+                form = Form(self, toolkit)
+                check(toolkit, form)
+                form.end()
+
+    def act(self, state, role, name=None, action="invoke", **more):
+        token = find(state, role, name)["token"]
+        return self.host.result("desktop_ax_action", token=token, action=action, **more)
+
+    def test_the_same_elements_as_another_client_sees(self):
+        def check(toolkit, form):
+            state = observe(self.host, form, lambda state: "Agree" in state["axText"])
+            ours = {node["token"]: node for node in state["nodes"]}
+            theirs = list(walk(window_of(form)))
+            self.assertEqual(list(ours), [token for token, *_ in theirs])
+            x, y, width, height = geometry(form.window)
+            for token, name, description, extents in theirs:
+                node = ours[token]
+                self.assertEqual(node.get("name", ""), name)
+                self.assertEqual(node.get("description", ""), description)
+                if toolkit != "gtk4":
+                    # GTK 4 tells other clients neither where its elements are nor that they show.
+                    self.assertEqual("bounds" in node and bounds(node), extents or False)
+                elif token != "e0":
+                    left, top, w, h = bounds(node)
+                    self.assertTrue(x <= left and y <= top and left + w <= x + width
+                                    and top + h <= y + height, node)
+            self.assertEqual(find(state, "AXButton", "Count")["enabled"], True)
+            self.assertIn("AXPress", find(state, "AXButton", "Count")["actions"])
+            self.assertEqual(find(state, "AXCheckBox", "Agree")["value"], "0")
+            self.assertEqual(float(find(state, "AXSlider")["value"]), 25)
+
+        self.on_each_toolkit(check)
+
+    def test_elements_act_and_old_tokens_are_refused(self):
+        def check(toolkit, form):
+            state = observe(self.host, form, lambda state: "Agree" in state["axText"])
+            self.act(state, "AXButton", "Count")
+            form.until(clicks=1)
+            with self.assertRaises(Failure) as refused:
+                self.act(state, "AXButton", "Count")
+            self.assertEqual(refused.exception.code, STALE)
+            state = observe(self.host, form, lambda state: "Clicks: 1" in state["axText"])
+            self.act(state, "AXCheckBox", "Agree")
+            form.until(clicks=1, agreed=True)
+            state = observe(self.host, form)
+            self.act(state, "AXTextField", action="set_value", value="neu: ünï 日本 👩‍💻")
+            form.until(entry="neu: ünï 日本 👩‍💻")
+            state = observe(self.host, form)
+            self.act(state, "AXTextArea", action="set_value", value="one\ntwo")
+            form.until(text="one\ntwo")
+            state = observe(self.host, form)
+            area = find(state, "AXTextArea")["token"]
+            self.assertEqual(self.host.result("desktop_read_value", token=area)["value"],
+                             "one\ntwo")
+            if toolkit != "gtk4":  # whose sliders take no value from outside
+                self.act(state, "AXSlider", action="set_value", value="60")
+                form.until(level=60)
+
+        self.on_each_toolkit(check)
+
+    def test_a_password_stays_one(self):
+        def check(_, form):
+            state = observe(self.host, form, lambda state: "Agree" in state["axText"])
+            self.assertNotIn("secret", json.dumps(state))
+
+        self.on_each_toolkit(check)
+
+    def test_a_list_of_100_000_rows(self):
+        form = Form(self, "gtk3", "100000")
+        state = observe(self.host, form, lambda state: "Row 1" in state["axText"])
+        self.assertEqual((len(state["nodes"]), state["truncated"]), (4000, True))
+        self.assertIn("Row 3000", state["axText"])
+
+    def test_a_program_that_hangs(self):
+        form = Form(self, "gtk3")
+        state = observe(self.host, form)
+        self.addCleanup(os.kill, form.pid, signal.SIGCONT)
+        os.kill(form.pid, signal.SIGSTOP)
+        for method, parameters in (("desktop_ax_get_state", {}), ("desktop_target", {}),
+                                   ("desktop_ax_action", {"token": "e0", "action": "invoke"})):
+            with self.subTest(method):
+                began = time.monotonic()
+                self.host.request(method, **parameters)
+                self.assertLess(time.monotonic() - began, 2.5)
+        other = Form(self, "qt5")
+        observe(self.host, other)
+        other.end()
+        os.kill(form.pid, signal.SIGCONT)
+        again = observe(self.host, form)
+        self.assertEqual(again["revision"], state["revision"])
+
+    def test_a_program_that_dies_and_its_successor(self):
+        for _ in range(2):
+            form = Form(self, "gtk3")
+            state = observe(self.host, form)
+            form.end()
+            answer = self.host.request("desktop_ax_action", action="invoke",
+                                       token=find(state, "AXButton")["token"])
+            self.assertIn("error", answer)
+
+    def test_programs_that_were_there_before(self):
+        def check(toolkit, form):
+            with Host("quil") as host:
+                state = host.result("desktop_ax_get_state")
+                self.assertEqual(state["target"]["pid"], form.pid)
+                self.assertIn("Agree", state["axText"])
+                self.assertEqual(state["target"]["windowTitle"], "Form")
+
+        self.on_each_toolkit(check)
+
+
+if __name__ == "__main__":
+    unittest.main()

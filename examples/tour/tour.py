@@ -105,8 +105,8 @@ def calculator(runtime, folder):
     say("The calculator is launched, and its window observed: every element has a token.")
     state = launch(runtime, "galculator.desktop", "galculator")
 
-    say("A button is pressed by its token. That changes the display, and with it the tree …")
-    first = find(state, "AXButton", "6")["token"]
+    say("A button (this toolkit calls it a check box) is pressed by its token. That changes the display, and with it the tree …")
+    first = find(state, "AXCheckBox", "6")["token"]
     runtime.result("desktop_ax_action", token=first, action="invoke")
     say("… so the next token of the old tree is refused: it might name something else by now.")
     error = runtime.request("desktop_ax_action", token=first, action="invoke")["error"]
@@ -114,7 +114,7 @@ def calculator(runtime, folder):
     say("After another look the new tokens hold.")
     for name in "*7=":
         state = runtime.result("desktop_ax_get_state")
-        runtime.result("desktop_ax_action", token=find(state, "AXButton", name)["token"],
+        runtime.result("desktop_ax_action", token=find(state, "AXCheckBox", name)["token"],
                        action="invoke")
     runtime.until(lambda state: "42" in state["axText"], "the result", "desktop_ax_get_state")
     say("The display says 42. A picture of the window:")

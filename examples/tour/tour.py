@@ -138,10 +138,9 @@ def editor(runtime, folder):
     runtime.result("desktop_type", text=typed)
     pasted = "\nPasted: the clipboard has its old text again."
     runtime.result("desktop_paste", text=pasted)
-    state = runtime.result("desktop_ax_get_state")
-    text = find(state, "AXTextArea")["token"]
-    value = runtime.result("desktop_read_value", token=text)["value"]
-    check(value == "Set by token." + typed + pasted, f"the text is {value!r}")
+    expected = "Set by token." + typed + pasted
+    runtime.until(lambda state: find(state, "AXTextArea").get("value") == expected,
+                  f"the text {expected!r}", "desktop_ax_get_state")
 
     say("One Glimpse capture: text, picture, end.")
     runtime.result("startFrontmostGlimpseCapture", requestId="tour")

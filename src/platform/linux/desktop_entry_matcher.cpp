@@ -21,7 +21,7 @@ std::string textOrEmpty(const char* text) {
     return text ? validUtf8(text) : std::string();
 }
 
-std::string withSuffix(std::string id) {
+std::string withSuffix(const std::string& id) {
     return id.ends_with(kDesktopEntrySuffix) ? id : id + std::string(kDesktopEntrySuffix);
 }
 

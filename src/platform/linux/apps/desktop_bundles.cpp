@@ -10,7 +10,8 @@ namespace {
 bool isReplacedByEarlierFolder(std::string_view folder, const std::string& name) {
     for (const std::string& earlier : desktopEntryFolders()) {
         if (earlier == folder) return false;
-        const std::string path = earlier + '/' + name;
+        std::string path = earlier;
+        path.append("/").append(name);
         if (g_file_test(path.c_str(), G_FILE_TEST_EXISTS)) return true;
     }
     return false;

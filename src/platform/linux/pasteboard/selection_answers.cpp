@@ -11,7 +11,7 @@ namespace quil::linux_platform {
 namespace {
 
 /// More than this goes over in parts of this size, below what any server takes in one request.
-constexpr std::size_t kPartBytes = 128 * 1024;
+constexpr std::size_t kPartBytes = std::size_t{128} << 10;
 constexpr std::chrono::seconds kStalled{10};
 
 /// The forms of a text, the best first, and the type that each is written with.

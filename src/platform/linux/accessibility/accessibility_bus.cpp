@@ -132,6 +132,11 @@ std::vector<AccessibilityBus::Registered> AccessibilityBus::registeredPrograms()
     return registered;
 }
 
+std::optional<std::int32_t> AccessibilityBus::processId(const std::string& busName) const {
+    const auto known = processIds_.find(busName);
+    return known == processIds_.end() ? std::nullopt : std::optional(known->second);
+}
+
 void AccessibilityBus::forgetGonePrograms(const std::vector<Registered>& registered) {
     const auto isGone = [&](const auto& entry) {
         return std::none_of(registered.begin(), registered.end(), [&](const Registered& program) {

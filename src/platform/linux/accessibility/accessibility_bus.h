@@ -61,6 +61,9 @@ class AccessibilityBus {
     };
     std::vector<Registered> registeredPrograms();
 
+    /// The process id of a registered program.
+    std::optional<std::int32_t> processId(const std::string& busName) const;
+
     /// Handles answers of all programs until no call is unanswered.
     void waitForAnswers();
 

@@ -48,7 +48,9 @@ FactSet needsForRole(const Facts& facts) {
     switch (facts.role) {
         case AtspiRole::alert:
         case AtspiRole::menu:
-            return unasked(facts, {Fact::parentRole});
+            if (facts.asked.has(Fact::parentRole)) return {};
+            return facts.asked.has(Fact::parent) ? FactSet{Fact::parentRole}
+                                                 : FactSet{Fact::parent};
         case AtspiRole::comboBox:
             if (!facts.asked.has(Fact::childCount)) return {Fact::childCount};
             if (!facts.asked.has(Fact::children)) return {Fact::children};
@@ -240,21 +242,10 @@ bool hasTextValue(const Facts& facts) {
     return facts.states.has(AtspiState::editable) && !facts.interfaces.has(AtspiInterface::value);
 }
 
-FactSet needsForScrollBar(const Facts& facts) {
-    if (!facts.asked.has(Fact::role)) return {Fact::role};
-    if (facts.role != AtspiRole::scrollPane) return {};
-    const FactSet children = needsForChildren(facts);
-    return children.isEmpty() ? unasked(facts, {Fact::scrollBar}) : children;
-}
-
 FactSet needsForActions(const Facts& facts) {
-    FactSet next = needsForScrollBar(facts);
-    if (!facts.asked.has(Fact::interfaces)) {
-        next.add(Fact::interfaces);
-    } else if (facts.interfaces.has(AtspiInterface::action)) {
-        next.add(unasked(facts, {Fact::actions}));
-    }
-    return next;
+    if (!facts.asked.has(Fact::interfaces)) return {Fact::interfaces};
+    const bool hasActions = facts.interfaces.has(AtspiInterface::action);
+    return hasActions ? unasked(facts, {Fact::actions}) : FactSet();
 }
 
 std::vector<std::string> actionNames(const Facts& facts) {

@@ -29,7 +29,7 @@ struct Attribute {
 /// The attribute of that name; null when there is no such attribute.
 const Attribute* findAttribute(std::string_view name);
 
-/// What has to be asked for next to know the element's actions.
+/// What has to be asked for next to know the element's actions; the scroll bar is looked for apart.
 FactSet needsForActions(const Facts& facts);
 /// The names of an element's actions for hosts, in order.
 std::vector<std::string> actionNames(const Facts& facts);
@@ -38,8 +38,6 @@ std::int32_t actionsCode(const Facts& facts);
 
 /// Whether "AXValue" is the element's text (it is a field or a document).
 bool hasTextValue(const Facts& facts);
-/// What has to be asked for next to know whether the element can be scrolled.
-FactSet needsForScrollBar(const Facts& facts);
 
 /// The code of an element about which nothing can be known: it or its program has gone, or its
 /// program hangs. 0 otherwise.

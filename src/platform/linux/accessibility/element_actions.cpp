@@ -14,6 +14,9 @@
 namespace quil::linux_platform {
 namespace {
 
+/// Points of a line of text, of those who scroll by lines.
+constexpr double kLineHeight = 18;
+
 /// A call that answers with a boolean, or with nothing.
 template <typename... Values>
 std::int32_t command(AccessibilityBus& bus, const Reference& element, const char* interface,
@@ -75,15 +78,11 @@ std::int32_t scrollByPage(AccessibilityBus& bus, const Facts& pane, bool isDown)
     const auto minimum = rangeProperty(bus, bar, "MinimumValue");
     const auto maximum = rangeProperty(bus, bar, "MaximumValue");
     if (!position || !minimum || !maximum) return kAxCannotComplete;
-    const double page = std::max(pane.extents.height, 1.0);
+    const auto step = rangeProperty(bus, bar, "MinimumIncrement");
+    const double unit = step == 1.0 ? kLineHeight : 1.0;
+    const double page = std::max(std::floor(pane.extents.height / unit), 1.0);
     const double wanted = *position + (isDown ? page : -page);
     return setNumber(bus, bar, std::clamp(wanted, *minimum, std::max(*minimum, *maximum)));
-}
-
-FactSet needsForScrolling(const Facts& facts) {
-    FactSet needs = needsForScrollBar(facts);
-    needs.add(findAttribute("AXSize")->needs(facts));
-    return needs;
 }
 
 FactSet needsForSetting(const Facts& facts) {
@@ -96,8 +95,9 @@ std::int32_t performElementAction(AccessibilityBus& bus, const Reference& elemen
                                   std::string_view action) {
     Facts facts;
     if (action == kScrollUpByPage || action == kScrollDownByPage) {
-        const std::int32_t code = readFacts(bus, element, needsForScrolling, facts);
-        if (code != 0) return code;
+        readScrollBar(bus, element, facts);
+        if (facts.code(Fact::scrollBar) != 0) return facts.code(Fact::scrollBar);
+        readFacts(bus, element, findAttribute("AXSize")->needs, facts);
         if (facts.scrollBar.path.empty()) return kAxActionUnsupported;
         return scrollByPage(bus, facts, action == kScrollDownByPage);
     }

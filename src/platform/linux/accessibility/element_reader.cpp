@@ -1,9 +1,11 @@
 #include "platform/linux/accessibility/element_reader.h"
 
 #include <limits>
+#include <unordered_map>
 
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/fact_questions.h"
+#include "platform/linux/accessibility/scroll_bars.h"
 
 namespace quil::linux_platform {
 
@@ -19,6 +21,18 @@ std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Ne
         if (const std::int32_t code = elementCode(facts); code != 0) return code;
     }
     return 0;
+}
+
+void readScrollBar(AccessibilityBus& bus, const Reference& element, Facts& facts) {
+    if (facts.asked.has(Fact::scrollBar)) return;
+    const std::int32_t code = readFacts(bus, element, needsForScrollBarSearch, facts);
+    facts.answered(Fact::scrollBar, code);
+    if (code != 0) return;
+    std::unordered_map<Reference, Facts, ReferenceHash> others;
+    facts.scrollBar = findScrollBar(facts, [&](const Reference& other) {
+        Facts& known = others[other];
+        return readFacts(bus, other, needsForScrollBarSearch, known) == 0 ? &known : nullptr;
+    });
 }
 
 }  // namespace quil::linux_platform

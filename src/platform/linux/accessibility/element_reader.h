@@ -16,4 +16,7 @@ using Needs = std::function<FactSet(const Facts&)>;
 std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Needs& needs,
                        Facts& facts);
 
+/// Finds what scrolls the element, and notes it in its facts. Bounded.
+void readScrollBar(AccessibilityBus& bus, const Reference& element, Facts& facts);
+
 }  // namespace quil::linux_platform

@@ -15,7 +15,10 @@ constexpr std::uint32_t kWithinWindow = 1;
 /// More text than this is cut off: an answer has to fit into memory, and into the pipe to a host.
 constexpr std::int32_t kMaximumText = 4'000'000;
 
-/// The children among which a text field or a scroll bar is looked for.
+/// Actions of one element.
+constexpr std::int32_t kMaximumActions = 32;
+
+/// The children among which a text field is looked for.
 constexpr std::int32_t kMaximumParts = 8;
 
 /// Counts the answers that are still to come; calls `done` after the last.
@@ -115,7 +118,7 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
             case Fact::role:
                 return askRole();
             case Fact::states:
-                return askFor(fact, atspi::kAccessible, "GetState", readStates, &Facts::states);
+                return askStates();
             case Fact::interfaces:
                 return askFor(fact, atspi::kAccessible, "GetInterfaces", readInterfaces,
                               &Facts::interfaces);
@@ -125,7 +128,7 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
                 return askFor(fact, atspi::kComponent, "GetExtents", readRect, &Facts::extents, "u",
                               program_.placesWithinWindow() ? kWithinWindow : kWithinScreen);
             case Fact::actions:
-                return askFor(fact, atspi::kAction, "GetActions", readActionNames, &Facts::actions);
+                return askActions();
             case Fact::text:
                 return askText();
             case Fact::number:
@@ -135,11 +138,12 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
                         take(Fact::number, answer, variant(answer, "d", readDouble), facts_.number);
                     },
                     "ss", atspi::kValue, "CurrentValue");
+            case Fact::parent:
+                return askParent();
             case Fact::parentRole:
                 return askParentRole();
             case Fact::editableChild:
-            case Fact::scrollBar:
-                return askParts(fact);
+                return askEditableChild();
             default:
                 return;
         }
@@ -157,6 +161,17 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
             take(Fact::role, answer,
                  number ? std::optional(static_cast<AtspiRole>(*number)) : std::nullopt,
                  facts_.role);
+        });
+    }
+
+    void askStates() {
+        call(atspi::kAccessible, "GetState", [this](Answer answer) {
+            take(Fact::states, answer, answer.message ? readStates(answer.message) : std::nullopt,
+                 facts_.states);
+            // These say only of windows that they are showing.
+            if (program_.placesWithinWindow() && facts_.states.has(AtspiState::visible)) {
+                facts_.states.add(AtspiState::showing);
+            }
         });
     }
 
@@ -242,33 +257,59 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
         if (maximumChildren_ <= 0) facts_.answered(Fact::children, 0);
     }
 
+    /// One by one: the list that some toolkits give has names in the person's language, or none.
+    void askActions() {
+        call(
+            atspi::kProperties, "Get",
+            [this](Answer answer) {
+                const auto count = variant(answer, "i", readInt32);
+                facts_.answered(Fact::actions, answer.code);
+                facts_.actions.resize(
+                    static_cast<std::size_t>(std::clamp(count.value_or(0), 0, kMaximumActions)));
+                for (std::size_t i = 0; i < facts_.actions.size(); ++i) askActionName(i);
+            },
+            "ss", atspi::kAction, "NActions");
+    }
+
+    void askActionName(std::size_t index) {
+        call(
+            atspi::kAction, "GetName",
+            [this, index](Answer answer) {
+                const auto name = answer.message ? readString(answer.message) : std::nullopt;
+                facts_.actions[index] = name.value_or("");
+            },
+            "i", static_cast<std::int32_t>(index));
+    }
+
     void askText() {
         call(
             atspi::kProperties, "Get",
             [this](Answer answer) {
                 const auto count = variant(answer, "i", readInt32);
                 if (!count) return facts_.answered(Fact::text, answer.code);
+                // Not -1 for the end, which not every toolkit knows.
                 askFor(Fact::text, atspi::kText, "GetText", readString, &Facts::text, "ii", 0,
-                       *count > kMaximumText ? kMaximumText : -1);
+                       std::clamp(*count, 0, kMaximumText));
             },
             "ss", atspi::kText, "CharacterCount");
     }
 
-    void askParentRole() {
+    void askParent() {
         call(
             atspi::kProperties, "Get",
             [this](Answer answer) {
-                const auto parent = variant(answer, "(so)", readReference);
-                if (!parent || parent->path.empty()) {
-                    return facts_.answered(Fact::parentRole, kAxFailure);
-                }
-                ofElement(*parent, "GetRole", [this](Answer role) {
-                    const auto number = role.message ? readUint32(role.message) : std::nullopt;
-                    facts_.parentRole = static_cast<AtspiRole>(number.value_or(0));
-                    facts_.answered(Fact::parentRole, role.code);
-                });
+                take(Fact::parent, answer, variant(answer, "(so)", readReference), facts_.parent);
             },
             "ss", atspi::kAccessible, "Parent");
+    }
+
+    void askParentRole() {
+        if (facts_.parent.path.empty()) return facts_.answered(Fact::parentRole, kAxFailure);
+        ofElement(facts_.parent, "GetRole", [this](Answer answer) {
+            const auto number = answer.message ? readUint32(answer.message) : std::nullopt;
+            facts_.parentRole = static_cast<AtspiRole>(number.value_or(0));
+            facts_.answered(Fact::parentRole, answer.code);
+        });
     }
 
     /// Calls another element, of this program or of one that is embedded in it.
@@ -283,29 +324,16 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
                   });
     }
 
-    /// Looks for a text field or a scroll bar among the first children.
-    void askParts(Fact fact) {
-        facts_.answered(fact, 0);
+    /// Looks for a text field among the first children.
+    void askEditableChild() {
+        facts_.answered(Fact::editableChild, 0);
         const auto last = std::min<std::size_t>(facts_.children.size(), kMaximumParts);
         for (std::size_t i = 0; i < last; ++i) {
-            const Reference& part = facts_.children[i];
-            ofElement(part, "GetState", [this, fact, part](Answer answer) {
+            ofElement(facts_.children[i], "GetState", [this](Answer answer) {
                 const auto states = answer.message ? readStates(answer.message) : std::nullopt;
-                if (!states) return;
-                if (fact == Fact::editableChild) {
-                    if (states->has(AtspiState::editable)) facts_.hasEditableChild = true;
-                } else if (states->has(AtspiState::vertical)) {
-                    askScrollBar(part);
-                }
+                if (states && states->has(AtspiState::editable)) facts_.hasEditableChild = true;
             });
         }
-    }
-
-    void askScrollBar(const Reference& part) {
-        ofElement(part, "GetRole", [this, part](Answer answer) {
-            const auto role = answer.message ? readUint32(answer.message) : std::nullopt;
-            if (role == static_cast<std::uint32_t>(AtspiRole::scrollBar)) facts_.scrollBar = part;
-        });
     }
 
     AtspiProgram& program_;

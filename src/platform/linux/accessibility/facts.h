@@ -34,12 +34,14 @@ enum class AtspiState : unsigned {
     checked = 4,
     defunct = 6,
     editable = 7,
+    horizontal = 14,
     multiLine = 17,
     pressed = 20,
     selected = 23,
     sensitive = 24,
     showing = 25,
     vertical = 29,
+    visible = 30,
     managesDescendants = 31,
     indeterminate = 32,
 };
@@ -95,11 +97,12 @@ enum class Fact : unsigned {
     actions,
     text,
     number,
+    parent,
     parentRole,
     editableChild,
     scrollBar,
 };
-inline constexpr std::size_t kFactCount = 15;
+inline constexpr std::size_t kFactCount = 16;
 using FactSet = Flags<Fact>;
 
 /// What is known of an element. A fact that was asked for has a code: 0, or why it is not known.
@@ -122,9 +125,10 @@ struct Facts {
     std::vector<std::string> actions;
     std::string text;
     double number = 0;
+    Reference parent;
     AtspiRole parentRole{};
     bool hasEditableChild = false;
-    /// The vertical scroll bar among its children; empty when there is none.
+    /// What scrolls it up and down; empty when it cannot be scrolled.
     Reference scrollBar;
 
     /// 0, or why the fact is not known.

@@ -33,7 +33,7 @@ class LinuxAccessibility::CurrentObservation : public Observation {
 std::unique_ptr<Observation> LinuxAccessibility::beginObservation(const ObservationPlan& plan) {
     const auto root = resolve(plan.root);
     if (!root) return nullptr;
-    tree_ = std::make_unique<ObservedTree>(bus_, *root, plan);
+    tree_ = std::make_unique<ObservedTree>(bus_, places_, *root, plan);
     observedRoot_ = plan.root;
     return std::make_unique<CurrentObservation>(*this);
 }
@@ -47,20 +47,36 @@ ObservedElement* LinuxAccessibility::observed(const ElementRef& element) {
     return isFromTree ? tree_->find(handle->reference()) : nullptr;
 }
 
+std::int32_t LinuxAccessibility::readAnew(const Reference& element, const Needs& needs,
+                                          bool wantsScrollBar, Facts& facts) {
+    const bool wasPlaced = facts.asked.has(Fact::extents);
+    const std::int32_t code = readFacts(bus_, element, needs, facts);
+    if (code == 0 && wantsScrollBar) readScrollBar(bus_, element, facts);
+    if (!wasPlaced && facts.knows(Fact::extents) && places_.isWithinWindow(element)) {
+        ScreenPlaces::place(facts, places_.origin(places_.windowOf(element)));
+    }
+    return code;
+}
+
 std::int32_t LinuxAccessibility::read(const ElementRef& element, const Needs& needs,
+                                      bool wantsScrollBar,
                                       const std::function<std::int32_t(const Facts&)>& use) {
+    std::int32_t code = 0;
     if (ObservedElement* known = observed(element)) {
-        std::int32_t code = elementCode(known->facts);
-        if (code == 0 && !needs(known->facts).isEmpty()) {
-            if (tree_->isOverdue()) return kAxCannotComplete;
-            code = readFacts(bus_, known->reference, needs, known->facts);
+        code = elementCode(known->facts);
+        const bool isEnough = needs(known->facts).isEmpty() &&
+                              (!wantsScrollBar || known->facts.asked.has(Fact::scrollBar));
+        if (code == 0 && !isEnough) {
+            code = tree_->isOverdue()
+                       ? kAxCannotComplete
+                       : readAnew(known->reference, needs, wantsScrollBar, known->facts);
         }
         return code == 0 ? use(known->facts) : code;
     }
     const auto reference = resolve(element);
     if (!reference) return kAxCannotComplete;
     Facts facts;
-    const std::int32_t code = readFacts(bus_, *reference, needs, facts);
+    code = readAnew(*reference, needs, wantsScrollBar, facts);
     return code == 0 ? use(facts) : code;
 }
 
@@ -83,7 +99,7 @@ std::int32_t LinuxAccessibility::copyAttributeValue(const ElementRef& element,
     const Attribute* known = findAttribute(attribute);
     if (!known) return kAxAttributeUnsupported;
     const ElementMaker maker = [this](const Reference& child) { return makeElement(child); };
-    return read(element, known->needs,
+    return read(element, known->needs, false,
                 [&](const Facts& facts) { return known->read(facts, maker, value); });
 }
 
@@ -103,7 +119,7 @@ std::int32_t LinuxAccessibility::copyFocusedWindow(const ElementRef& element,
 
 std::int32_t LinuxAccessibility::copyActionNames(const ElementRef& element,
                                                  std::optional<Value>& names) {
-    return read(element, needsForActions, [&](const Facts& facts) {
+    return read(element, needsForActions, true, [&](const Facts& facts) {
         const std::int32_t code = actionsCode(facts);
         if (code != 0) return code;
         Value::List list;

@@ -8,6 +8,7 @@
 #include "platform/linux/accessibility/element.h"
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/observed_tree.h"
+#include "platform/linux/accessibility/screen_places.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {
@@ -33,8 +34,10 @@ class LinuxAccessibility : public Accessibility {
     /// What is known of the element from the observation that is in progress; null when nothing is.
     ObservedElement* observed(const ElementRef& element);
     /// Reads facts, from the observation as far as it has them. Returns 0 or an error code.
-    std::int32_t read(const ElementRef& element, const Needs& needs,
+    std::int32_t read(const ElementRef& element, const Needs& needs, bool wantsScrollBar,
                       const std::function<std::int32_t(const Facts&)>& use);
+    std::int32_t readAnew(const Reference& element, const Needs& needs, bool wantsScrollBar,
+                          Facts& facts);
     /// The element's reference; nothing when it belongs to a connection that has gone, or to a
     /// process that is not on the bus.
     std::optional<Reference> resolve(const ElementRef& element);
@@ -43,6 +46,7 @@ class LinuxAccessibility : public Accessibility {
 
     AccessibilityBus& bus_;
     X11Display& display_;
+    ScreenPlaces places_{bus_, display_};
     std::unique_ptr<ObservedTree> tree_;
     /// The observation's root, which may be an application.
     ElementRef observedRoot_;

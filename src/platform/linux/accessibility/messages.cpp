@@ -95,17 +95,4 @@ std::optional<Rect> readRect(sd_bus_message* message) {
                 static_cast<double>(height)};
 }
 
-std::optional<std::vector<std::string>> readActionNames(sd_bus_message* message) {
-    if (sd_bus_message_enter_container(message, 'a', "(sss)") < 0) return {};
-    std::vector<std::string> names;
-    const char* name = nullptr;
-    const char* description = nullptr;
-    const char* keys = nullptr;
-    while (sd_bus_message_read(message, "(sss)", &name, &description, &keys) > 0) {
-        names.emplace_back(name);
-    }
-    if (sd_bus_message_exit_container(message) < 0) return {};
-    return names;
-}
-
 }  // namespace quil::linux_platform

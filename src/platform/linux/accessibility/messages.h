@@ -37,8 +37,6 @@ std::optional<std::vector<Reference>> readReferences(sd_bus_message* message);
 std::optional<States> readStates(sd_bus_message* message);
 std::optional<Interfaces> readInterfaces(sd_bus_message* message);
 std::optional<Rect> readRect(sd_bus_message* message);
-/// The names of a list of actions.
-std::optional<std::vector<std::string>> readActionNames(sd_bus_message* message);
 
 /// The property in a variant, read by one of the readers above, which expects that type.
 template <typename Result>

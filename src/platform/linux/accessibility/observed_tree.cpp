@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/fact_questions.h"
+#include "platform/linux/accessibility/scroll_bars.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -17,7 +19,7 @@ constexpr int kFewActive = kMostActive / 2;
 
 }  // namespace
 
-ObservedTree::ObservedTree(AccessibilityBus& bus, const Reference& root,
+ObservedTree::ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Reference& root,
                            const ObservationPlan& plan)
     : bus_(bus),
       maximumElements_(plan.maximumNodes),
@@ -30,6 +32,8 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, const Reference& root,
     root_ = &element(root);
     bus_.introducedProgram(root.busName);
     fetch();
+    if (wantsActions_) findScrollBars();
+    if (places.isWithinWindow(root)) placeOnScreen(places);
 }
 
 ObservedElement& ObservedTree::element(const Reference& reference) {
@@ -131,7 +135,49 @@ void ObservedTree::takeChildren(ObservedElement& element) {
             child.facts.parentRole = element.facts.role;
             child.facts.answered(Fact::parentRole, 0);
         }
+        if (!child.parent && &child != root_) child.parent = &element;
         element.children.push_back(&child);
+    }
+}
+
+/// Most elements cannot be scrolled, and asking each of them would cost much: those that can show a
+/// scroll bar in the tree, or say that they are panes.
+void ObservedTree::findScrollBars() {
+    std::vector<ObservedElement*> candidates;
+    for (auto& [reference, element] : elements_) {
+        if (element.facts.role == AtspiRole::scrollPane) candidates.push_back(&element);
+        if (element.facts.role != AtspiRole::scrollBar || !element.parent) continue;
+        candidates.push_back(element.parent);
+        if (element.parent->parent) candidates.push_back(element.parent->parent);
+    }
+    for (ObservedElement* candidate : candidates) findScrollBar(*candidate);
+    for (auto& [reference, element] : elements_) element.facts.answered(Fact::scrollBar, 0);
+}
+
+void ObservedTree::findScrollBar(ObservedElement& element) {
+    element.facts.scrollBar = linux_platform::findScrollBar(
+        element.facts, [&](const Reference& reference) -> const Facts* {
+            ObservedElement& other = this->element(reference);
+            if (!other.isComplete && !isOverdue()) {
+                readFacts(bus_, reference, needsForScrollBarSearch, other.facts);
+            }
+            return elementCode(other.facts) == 0 ? &other.facts : nullptr;
+        });
+}
+
+void ObservedTree::placeOnScreen(ScreenPlaces& places) {
+    std::unordered_map<const ObservedElement*, std::optional<Point>> origins;
+    for (auto& [reference, element] : elements_) {
+        if (!element.facts.knows(Fact::extents)) continue;
+        const ObservedElement* top = &element;
+        while (top->parent && top->parent->facts.role != AtspiRole::application) top = top->parent;
+        const auto known = origins.find(top);
+        const auto origin =
+            known != origins.end()
+                ? known->second
+                : origins.emplace(top, places.origin(places.windowOf(top->reference)))
+                      .first->second;
+        ScreenPlaces::place(element.facts, origin);
     }
 }
 

@@ -8,6 +8,7 @@
 #include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/facts.h"
+#include "platform/linux/accessibility/screen_places.h"
 
 namespace quil::linux_platform {
 
@@ -17,7 +18,8 @@ struct ObservedElement {
     Facts facts;
     /// As many as were wanted; belong to the tree.
     std::vector<ObservedElement*> children;
-    ElementRef handle;
+    /// Null for the root.
+    ObservedElement* parent = nullptr;
 
     bool isBegun = false;
     bool isComplete = false;
@@ -29,7 +31,8 @@ struct ObservedElement {
 class ObservedTree {
   public:
     /// Fetches the tree below an element. Bounded: what is not there in time stays unknown.
-    ObservedTree(AccessibilityBus& bus, const Reference& root, const ObservationPlan& plan);
+    ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Reference& root,
+                 const ObservationPlan& plan);
     ObservedTree(const ObservedTree&) = delete;
     ObservedTree& operator=(const ObservedTree&) = delete;
 
@@ -48,6 +51,9 @@ class ObservedTree {
     void proceed(ObservedElement& element);
     void ask(ObservedElement& element, FactSet wanted, std::int64_t maximumChildren);
     void takeChildren(ObservedElement& element);
+    void findScrollBars();
+    void findScrollBar(ObservedElement& element);
+    void placeOnScreen(ScreenPlaces& places);
 
     AccessibilityBus& bus_;
     const std::int64_t maximumElements_;

@@ -12,6 +12,7 @@ enum class AtspiRole : std::uint32_t {
     checkMenuItem = 8,
     comboBox = 11,
     dialog = 16,
+    filler = 20,
     frame = 23,
     menu = 33,
     menuBar = 34,

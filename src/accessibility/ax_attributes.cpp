@@ -1,7 +1,7 @@
 #include "accessibility/ax_attributes.h"
 
-#include <charconv>
 #include <cmath>
+#include <cstdio>
 
 #include "text/characters.h"
 
@@ -16,9 +16,8 @@ std::optional<std::int64_t> roundedCoordinate(double coordinate) {
 /// write it ("%0.16g").
 std::string numberText(double number) {
     char text[32];
-    const auto end =
-        std::to_chars(text, text + sizeof text, number, std::chars_format::general, 16).ptr;
-    return {text, end};
+    std::snprintf(text, sizeof text, "%0.16g", number);
+    return text;
 }
 
 }  // namespace

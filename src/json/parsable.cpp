@@ -1,6 +1,8 @@
 #include "json/parsable.h"
 
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 
 namespace quil {
 namespace {
@@ -30,25 +32,16 @@ Literal readLiteral(std::string_view text) {
         if (fraction == 0) return {};
         end += 1 + fraction;
     }
-    const std::size_t mantissa = end;
-    bool negativeExponent = false;
     if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
         ++end;
-        negativeExponent = end < text.size() && text[end] == '-';
         if (end < text.size() && (text[end] == '-' || text[end] == '+')) ++end;
         const std::size_t exponent = digitsAt(text, end);
         if (exponent == 0) return {};
         end += exponent;
     }
-    double value = 0;
-    if (std::from_chars(text.data(), text.data() + end, value).ec == std::errc()) return {end};
-    // Out of range, on one side or the other: the power of ten of the first digit tells which.
-    const std::size_t first = text.substr(0, mantissa).find_first_of("123456789");
-    const auto power = static_cast<double>(whole) - static_cast<double>(first);
-    const std::size_t digits = text.substr(0, end).find_last_not_of("0123456789") + 1;
-    double exponent = mantissa == end ? 0 : 1e300;  // stays when it has hundreds of digits
-    if (mantissa != end) std::from_chars(text.data() + digits, text.data() + end, exponent);
-    return {end, power + (negativeExponent ? -exponent : exponent) > 0};
+    // Not from_chars, which the Mac's library has for integers only.
+    const std::string literal(text.substr(0, end));
+    return {end, std::isinf(std::strtod(literal.c_str(), nullptr))};
 }
 
 /// The UTF-16 unit that an escape at the head of the text stands for; nothing when there is none.

@@ -1,6 +1,8 @@
 #include "platform/simulated/log.h"
 
 #include <charconv>
+#include <cstdio>
+#include <cstdlib>
 
 #include "platform/event_posting.h"
 #include "platform/event_tap.h"
@@ -27,9 +29,14 @@ constexpr NamedEventType kEventTypeNames[] = {
     {kEventTapDisabledByUserInput, "tapDisabledByUserInput"},
 };
 
+/// With as few digits as tell the number from every other.
 std::string decimal(double number) {
-    char digits[32];
-    return {digits, std::to_chars(digits, digits + sizeof digits, number).ptr};
+    char text[32];
+    for (int digits = 15; digits <= 17; ++digits) {
+        std::snprintf(text, sizeof text, "%.*g", digits, number);
+        if (std::strtod(text, nullptr) == number) break;
+    }
+    return text;
 }
 
 std::string hexadecimal(std::uint64_t number) {

@@ -1,0 +1,52 @@
+#import "platform/macos/accessibility.h"
+
+#import <ApplicationServices/ApplicationServices.h>
+
+#import "platform/macos/ns_strings.h"
+#import "platform/macos/values.h"
+
+namespace quil::macos {
+
+ElementRef MacAccessibility::createApplication(std::int32_t pid) {
+    return elementOf(CfRef<AXUIElementRef>::adopt(AXUIElementCreateApplication(pid)));
+}
+
+std::int32_t MacAccessibility::copyAttributeValue(const ElementRef& element,
+                                                  std::string_view attribute,
+                                                  std::optional<Value>& value) {
+    AxAnswer answer = observation_ ? observation_->copyAttributeValue(element, attribute)
+                                   : calls_.copyAttributeValue(element, attribute);
+    if (answer.code == kAxSuccess) value = std::move(answer.value);
+    return answer.code;
+}
+
+std::int32_t MacAccessibility::copyActionNames(const ElementRef& element,
+                                               std::optional<Value>& names) {
+    AxAnswer answer =
+        observation_ ? observation_->copyActionNames(element) : calls_.copyActionNames(element);
+    if (answer.code == kAxSuccess) names = std::move(answer.value);
+    return answer.code;
+}
+
+std::int32_t MacAccessibility::performAction(const ElementRef& element, std::string_view action) {
+    AXUIElementRef handle = handleOf(element);
+    if (!handle) return kAxInvalidUIElement;
+    NSString* name = nsString(action);
+    return AXUIElementPerformAction(handle, (__bridge CFStringRef)name);
+}
+
+std::int32_t MacAccessibility::setAttributeValue(const ElementRef& element,
+                                                 std::string_view attribute, const Value& value) {
+    AXUIElementRef handle = handleOf(element);
+    if (!handle) return kAxInvalidUIElement;
+    const auto object = objectOf(value);
+    if (!object) return kAxIllegalArgument;
+    NSString* name = nsString(attribute);
+    return AXUIElementSetAttributeValue(handle, (__bridge CFStringRef)name, object.get());
+}
+
+std::unique_ptr<Observation> MacAccessibility::beginObservation(const ObservationPlan& plan) {
+    return std::make_unique<AxObservation>(calls_, plan, observation_);
+}
+
+}  // namespace quil::macos

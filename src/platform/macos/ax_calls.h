@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/ax_observation.h"
+
+namespace quil::macos {
+
+/// The reading calls of the accessibility client interface, one round trip to the application each.
+class AxCalls : public AxReads {
+  public:
+    AxAnswer copyAttributeValue(const ElementRef& element, std::string_view attribute) override;
+    AxAnswer copyActionNames(const ElementRef& element) override;
+    std::int32_t copyMultipleAttributeValues(const ElementRef& element,
+                                             const std::vector<std::string>& attributes,
+                                             std::vector<AxAnswer>& answers) override;
+};
+
+}  // namespace quil::macos

@@ -1,0 +1,93 @@
+#import "platform/macos/screen_capture.h"
+
+#import <AppKit/AppKit.h>
+#import <ScreenCaptureKit/ScreenCaptureKit.h>
+
+#import "platform/macos/cf_ref.h"
+#import "platform/macos/delivery.h"
+
+namespace quil::macos {
+namespace {
+
+/// How long one answer of the system's capture service is waited for; it usually takes a fraction
+/// of a second.
+constexpr std::chrono::seconds kPatience{10};
+
+/// Kept from the listing to the capture: a filter is made from the listed window itself.
+struct ListedWindow : PlatformWindow {
+    explicit ListedWindow(SCWindow* object) : window(object) {}
+    SCWindow* const window;
+};
+
+struct MacImage : CapturedImage {
+    explicit MacImage(CfRef<CGImageRef> object) : image(std::move(object)) {}
+    const CfRef<CGImageRef> image;
+};
+
+ShareableWindow described(SCWindow* window) {
+    const CGRect frame = window.frame;
+    ShareableWindow result{
+        .windowId = window.windowID,
+        .windowLayer = window.windowLayer,
+        .owningProcessId = {},
+        .frame = {frame.origin.x, frame.origin.y, frame.size.width, frame.size.height},
+        .platformWindow = std::make_shared<ListedWindow>(window)};
+    if (SCRunningApplication* owner = window.owningApplication) {
+        result.owningProcessId = owner.processID;
+    }
+    return result;
+}
+
+}  // namespace
+
+std::optional<ShareableContent> MacScreenCapture::getShareableContent(bool excludingDesktopWindows,
+                                                                      bool onScreenWindowsOnly) {
+    const auto delivery = std::make_shared<Delivery<SCShareableContent*>>();
+    [SCShareableContent
+        getShareableContentExcludingDesktopWindows:excludingDesktopWindows
+                               onScreenWindowsOnly:onScreenWindowsOnly
+                                 completionHandler:^(SCShareableContent* content, NSError* error) {
+                                   delivery->deliver(error ? nil : content);
+                                 }];
+    SCShareableContent* content = delivery->await(kPatience);
+    if (!content) return {};
+    ShareableContent result;
+    for (SCWindow* window in content.windows) result.windows.push_back(described(window));
+    return result;
+}
+
+std::unique_ptr<CapturedImage> MacScreenCapture::captureImage(
+    const ShareableWindow& window, const StreamConfiguration& configuration) {
+    if (!window.platformWindow || configuration.width < 1 || configuration.height < 1) {
+        return nullptr;
+    }
+    if (@available(macOS 14.0, *)) {
+        SCContentFilter* filter = [[SCContentFilter alloc]
+            initWithDesktopIndependentWindow:static_cast<const ListedWindow&>(
+                                                 *window.platformWindow)
+                                                 .window];
+        SCStreamConfiguration* settings = [[SCStreamConfiguration alloc] init];
+        settings.width = static_cast<std::size_t>(configuration.width);
+        settings.height = static_cast<std::size_t>(configuration.height);
+        settings.showsCursor = configuration.showsCursor;
+        const auto delivery = std::make_shared<Delivery<CfRef<CGImageRef>>>();
+        [SCScreenshotManager
+            captureImageWithFilter:filter
+                     configuration:settings
+                 completionHandler:^(CGImageRef image, NSError* error) {
+                   delivery->deliver(CfRef<CGImageRef>::share(error ? nullptr : image));
+                 }];
+        auto image = delivery->await(kPatience);
+        if (image) return std::make_unique<MacImage>(std::move(image));
+    }
+    return nullptr;
+}
+
+std::string MacScreenCapture::pngRepresentation(const CapturedImage& image) {
+    NSBitmapImageRep* bitmap =
+        [[NSBitmapImageRep alloc] initWithCGImage:static_cast<const MacImage&>(image).image.get()];
+    NSData* png = [bitmap representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
+    return {static_cast<const char*>(png.bytes), png.length};
+}
+
+}  // namespace quil::macos

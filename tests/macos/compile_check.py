@@ -1,0 +1,90 @@
+#!/usr/bin/env python3
+"""Compiles the Mac backend, without a Mac, against the declarations in include/.
+
+Nothing is linked or run: this shows that every call of the backend fits our declaration of it, that
+it overrides every operation of the interfaces, and that it compiles without a warning under
+automatic reference counting, for both processors. Exit status 77 when there is no clang++.
+"""
+
+import concurrent.futures
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+TESTS = pathlib.Path(__file__).resolve().parent
+ROOT = TESTS.parent.parent
+INCLUDE = TESTS / "include"
+WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Wnon-virtual-dtor",
+            "-Wunguarded-availability", "-Wno-gnu-include-next", "-Werror"]
+# This machine's C and C++ headers stand in for the Mac's. They expect to be read for this machine:
+# so what a compiler for the Mac would not tell them is given here.
+LIBRARY = ["-nostdinc++", "-D_GNU_SOURCE", "-U__nonnull"]
+PROCESSORS = {
+    "x86_64": [],
+    "arm64": ["-D__x86_64__", "-D__builtin_ia32_pause()=((void)0)"],
+}
+# What the compiler itself calls for literals, subscripts, loops and root classes.
+IMPLIED = {"NSObject", "arrayWithObjects", "countByEnumeratingWithState", "dictionaryWithObjects",
+           "numberWithDouble", "numberWithLong", "numberWithLongLong", "objectForKeyedSubscript",
+           "setObject"}
+
+
+def system_headers():
+    """The folders in which this machine's C++ compiler looks for headers."""
+    output = subprocess.run(["c++", "-xc++", "-E", "-v", os.devnull], capture_output=True, text=True,
+                            check=True).stderr
+    listed = output.split("#include <...> search starts here:")[1].split("End of search list.")[0]
+    folders = [pathlib.Path(line.strip()).resolve() for line in listed.splitlines() if line.strip()]
+    # clang brings its own headers for the compiler's part.
+    return [folder for folder in folders if not (folder / "stddef.h").exists()
+            or (folder / "stdlib.h").exists()]
+
+
+def compile_for(processor, source, headers):
+    command = ["clang++", "-target", f"{processor}-apple-macosx13", "-fsyntax-only",
+               "-x", "objective-c++", "-std=c++20", "-fobjc-arc", "-fblocks",
+               *WARNINGS, *LIBRARY, *PROCESSORS[processor],
+               "-I", ROOT / "src", "-isystem", INCLUDE]
+    for folder in headers:
+        command += ["-isystem", folder]
+    done = subprocess.run([*command, source], capture_output=True, text=True)
+    return f"{processor}: {done.stderr}" if done.returncode or done.stderr else ""
+
+
+def unused_declarations(sources):
+    """Functions, constants, classes and methods that we declare but nobody uses."""
+    used = set(re.findall(r"\w+", "\n".join(source.read_text() for source in sources)))
+    declared = set()
+    for header in INCLUDE.rglob("*.h"):
+        text = re.sub(r"//.*", "", header.read_text())
+        declared.update(re.findall(r"\b((?:CF|CG|AX|Sec|Is)\w+)\(", text))
+        declared.update(re.findall(r"\b(k(?:CF|CG|AX|Sec)\w+)", text))
+        declared.update(re.findall(r"@interface (\w+)", text))
+        declared.update(re.findall(r"^[-+] \([^)]+\)+ ?(\w+)", text, re.MULTILINE))
+        declared.update(re.findall(r"@property.*?(\w+);", text))
+    return sorted(declared - used - IMPLIED)
+
+
+def main():
+    if not shutil.which("clang++"):
+        print("no clang++: the Mac backend was not compiled")
+        return 77
+    sources = sorted((ROOT / "src/platform/macos").rglob("*.mm")) + [TESTS / "constants_check.mm"]
+    headers = system_headers()
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        jobs = [pool.submit(compile_for, processor, source, headers)
+                for source in sources for processor in PROCESSORS]
+    complaints = [job.result() for job in jobs if job.result()]
+    print(*complaints, sep="\n", end="")
+    print(f"{len(sources)} files for {len(PROCESSORS)} processors: {len(complaints)} with complaints")
+    unused = unused_declarations(sources + list((ROOT / "src/platform/macos").rglob("*.h")))
+    if unused:
+        print("declared but never used:", *unused)
+    return 1 if complaints or unused or len(sources) < 2 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

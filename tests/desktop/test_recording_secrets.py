@@ -1,0 +1,109 @@
+"""Passwords that the person types while their input is recorded, with xdotool as the person."""
+import json
+import os
+import subprocess
+import time
+import unittest
+
+from desktop_tools import PYTHON, SUPPORT, Program, output, until
+from quil_host import Host
+
+# Keeps all keys to itself, as a screen locker does, until its input ends.
+LOCKER = """
+import ctypes, sys
+x11 = ctypes.CDLL("libX11.so.6")
+x11.XOpenDisplay.restype = ctypes.c_void_p
+display = ctypes.c_void_p(x11.XOpenDisplay(None))
+root = x11.XDefaultRootWindow(display)
+status = x11.XGrabKeyboard(display, ctypes.c_ulong(root), 0, 1, 1, ctypes.c_ulong(0))
+x11.XSync(display, 0)
+print(status, flush=True)
+sys.stdin.read()
+"""
+
+
+def person(*arguments):
+    output("xdotool", *map(str, arguments))
+
+
+class SecretsTest(unittest.TestCase):
+    def setUp(self):
+        self.host = self.enterContext(Host())
+        # Toolkits join the accessibility bus when somebody uses it.
+        self.assertTrue(self.host.result("ping")["accessibility"])
+
+    def form(self, toolkit):
+        """A form in front, with the focus on its first element; the last one is a password."""
+        program = Program(self, PYTHON, "-B", os.path.join(SUPPORT, "form_app.py"), toolkit,
+                          env=dict(os.environ, GSK_RENDERER="cairo"))
+        person("windowactivate", "--sync", program.window)
+        until(lambda: any(node["role"] == "AXTextArea" for node in
+                          self.host.result("desktop_ax_get_state")["nodes"]), "the form's tree")
+        return program
+
+    def record(self, *actions, gap=0.0):
+        """The text and key codes of what was recorded while the person did these, followed by a
+        sideways turn of the wheel that shows that everything has arrived."""
+        self.host.result("startInputRecording")
+        for action in actions:
+            person(*action.split())
+            time.sleep(gap)  # as a person pauses
+        person("click", 6)
+        seen = []
+        while (event := self.host.result("nextInputEvent", timeoutMs=5000)["event"]):
+            if event["action"] == "scroll":
+                break
+            seen.append(event["params"].get("text") or event["params"].get("combo"))
+        self.assertIsNotNone(event)
+        self.assertEqual(self.host.result("stopInputRecording"), {"events": []})
+        return "".join(seen)
+
+    def test_password_fields(self):
+        tab, back = "keycode-48", "shift+keycode-48"
+        for toolkit in ("gtk3", "gtk4", "qt5", "qt6"):
+            for gap in (0, 0.3):
+                with self.subTest(toolkit, gap=gap):
+                    program = self.form(toolkit)
+                    person("mousemove", 3, 3)
+                    self.assertEqual(self.record("key shift+Tab", "type pass word", "key Tab",
+                                                 "key Tab", "type more", gap=gap),
+                                     back + tab + "more")
+                    self.assertNotIn("pass word", json.dumps(
+                        self.host.result("desktop_ax_get_state")))
+                    program.end()
+
+    def test_recording_begins_and_ends_in_a_password_field(self):
+        terminal = Program(self, "xterm")
+        for toolkit in ("gtk3", "gtk4", "qt5", "qt6"):
+            with self.subTest(toolkit):
+                program = self.form(toolkit)
+                person("mousemove", 3, 3, "key", "shift+Tab")
+                time.sleep(0.2)
+                self.assertEqual(self.record("type hidden", "key BackSpace Return"), "")
+                self.host.result("startInputRecording")
+                person("type", "hidden")
+                person("windowactivate", "--sync", terminal.window)
+                person("type", "seen")
+                texts = [self.host.result("nextInputEvent", timeoutMs=5000)["event"]["params"]
+                         for _ in range(4)]
+                self.assertEqual("".join(params["text"] for params in texts), "seen")
+                self.host.result("stopInputRecording")
+                program.end()
+
+    def test_a_program_that_keeps_all_keys(self):
+        for front in ("gtk3", None):
+            with self.subTest(front):
+                program = self.form(front) if front else Program(self, "xterm")
+                person("windowactivate", "--sync", program.window, "mousemove", 3, 3)
+                self.host.result("startInputRecording")
+                locker = subprocess.Popen([PYTHON, "-c", LOCKER], stdin=subprocess.PIPE,
+                                          stdout=subprocess.PIPE, text=True)
+                self.assertEqual(locker.stdout.readline(), "0\n")
+                person("type", "hidden")
+                locker.communicate("")
+                self.assertEqual(self.record("type seen"), "seen")
+                program.end()
+
+
+if __name__ == "__main__":
+    unittest.main()

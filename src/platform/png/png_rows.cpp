@@ -103,7 +103,7 @@ class RowWriter {
         PngRows rows;
         rows.size = (rowBytes_ + 1) * static_cast<std::size_t>(picture_.height) *
                     static_cast<std::size_t>(picture_.scale);
-        rows.bytes = std::make_unique_for_overwrite<std::uint8_t[]>(rows.size);
+        rows.bytes = makeLargeBuffer(rows.size);
         out_ = rows.bytes.get();
         for (int y = 0; y < picture_.height; ++y) {
             int repetitions = picture_.scale;

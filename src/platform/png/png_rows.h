@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
+#include "platform/png/large_buffer.h"
 #include "platform/png/picture.h"
 
 namespace quil {
@@ -31,7 +31,7 @@ PngFormat choosePngFormat(const Picture& picture);
 
 /// Image data ready to be compressed.
 struct PngRows {
-    std::unique_ptr<std::uint8_t[]> bytes;
+    LargeBuffer bytes;
     std::size_t size = 0;
 };
 

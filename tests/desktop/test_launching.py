@@ -1,0 +1,121 @@
+"""The catalogue of installed applications, and launching them."""
+import os
+import shutil
+import signal
+import unittest
+
+from desktop_tools import output, until
+from quil_host import Failure, Host
+
+FOLDER = os.path.join(os.environ["XDG_DATA_HOME"], "applications")
+
+
+def children(pid):
+    """The child processes of a process, those that ended and were not waited for included."""
+    return output("ps", "--no-headers", "-o", "pid", "--ppid", str(pid), check=False).split()
+
+
+class LaunchingTest(unittest.TestCase):
+    def setUp(self):
+        self.host = self.enterContext(Host(env=dict(os.environ, LANG="de_DE.UTF-8")))
+        os.makedirs(FOLDER)
+        self.addCleanup(shutil.rmtree, FOLDER)
+
+    def install(self, name, text):
+        path = os.path.join(FOLDER, name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "w") as file:
+            file.write("[Desktop Entry]\nType=Application\n" + text)
+        return path
+
+    def apps(self, *identifiers):
+        """The records of those applications, as far as the catalogue has them."""
+        return [app for app in self.host.result("desktop_apps_list")["apps"]
+                if app["appId"] in identifiers]
+
+    def test_a_packaged_application_from_start_to_end(self):
+        path = "/usr/share/applications/galculator.desktop"
+        installed = {"appId": "galculator.desktop", "name": "Galculator", "running": False,
+                     "bundleIdentifier": "galculator.desktop", "executablePath": path}
+        running = installed | {"running": True, "executablePath": "/usr/bin/galculator"}
+        self.assertEqual(self.apps("galculator.desktop"), [installed])
+        for app in ("galculator.desktop", path):
+            self.assertTrue(self.host.result("desktop_launch_app", appId=app)["ok"])
+            until(lambda: self.apps("galculator.desktop") == [running], "running")
+            window, = (w for w in self.host.result("desktop_windows_list")["windows"]
+                       if w.get("bundleIdentifier") == "galculator.desktop")
+            pid = window["pid"]
+            self.assertEqual(children(self.host.process.pid), [])
+            self.assertNotEqual(os.getsid(pid), os.getsid(self.host.process.pid))
+            ours = {os.fstat(stream.fileno()).st_ino for stream in
+                    (self.host.process.stdin, self.host.process.stdout, self.host.process.stderr)}
+            theirs = {os.stat(f"/proc/{pid}/fd/{number}").st_ino
+                      for number in os.listdir(f"/proc/{pid}/fd")}
+            self.assertEqual(ours & theirs, set())
+            output("wmctrl", "-i", "-c", hex(window["id"]))
+            until(lambda: self.apps("galculator.desktop") == [installed], "closed")
+            self.assertEqual(children(self.host.process.pid), [])
+
+    def test_an_application_outlives_the_host(self):
+        self.host.result("desktop_launch_app", appId="galculator.desktop")
+        until(lambda: self.apps("galculator.desktop")[0]["running"], "running")
+        pid, = (w["pid"] for w in self.host.result("desktop_windows_list")["windows"]
+                if w.get("bundleIdentifier") == "galculator.desktop")
+        self.addCleanup(os.kill, pid, signal.SIGTERM)
+        self.host.process.kill()
+        self.host.process.wait(10)
+        with Host() as self.host:
+            self.assertTrue(self.apps("galculator.desktop")[0]["running"])
+
+    def test_what_is_listed(self):
+        true = "Exec=true\n"
+        self.install("zebra.desktop", "Name=Apfel\nName[de]=äpfel\n" + true)
+        self.install("b.desktop", "Name=Birne\n" + true)
+        self.install("c.desktop", "Name=anker\n" + true)
+        for name, line in (("nodisplay", "NoDisplay=true"), ("hidden", "Hidden=true"),
+                           ("elsewhere", "OnlyShowIn=KDE;"), ("missing", "TryExec=/nowhere/program")):
+            self.install(name + ".desktop", f"Name={name}\n{line}\n" + true)
+        self.install("gone.desktop", "Name=gone\nExec=/nowhere/program\n")
+        self.install("folder/inside.desktop", "Name=inside\n" + true)
+        self.install("upper.DESKTOP", "Name=upper\n" + true)
+        # One that replaces a packaged entry, and one that takes it away.
+        self.install("galculator.desktop", "Name=Mine\n" + true)
+        self.install("xterm.desktop", "Hidden=true\nName=XTerm\n" + true)
+        names = [app["name"] for app in self.host.result("desktop_apps_list")["apps"]
+                 if app["executablePath"].startswith(FOLDER) or app["appId"] == "xterm.desktop"]
+        self.assertEqual(names, ["anker", "Birne", "Mine", "äpfel"])
+
+    def test_what_cannot_be_launched(self):
+        marker = os.path.join(FOLDER, "started")
+        gone = self.install("gone.desktop", "Name=gone\nExec=/nowhere/program\n")
+        self.install("try.desktop", f"Name=try\nTryExec=/nowhere\nExec=touch {marker}\n")
+        removed = self.install("removed.desktop", f"Hidden=true\nName=r\nExec=touch {marker}\n")
+        broken = self.install("broken.desktop", "nothing")
+        missing = os.path.join(FOLDER, "missing.desktop")
+        for app, message in (
+                ("gone.desktop", "launch failed: gone.desktop"), (gone, f"launch failed: {gone}"),
+                ("try.desktop", "launch failed: try.desktop"),
+                ("removed.desktop", "application not found: removed.desktop"),
+                (removed, f"launch failed: {removed}"), (broken, f"launch failed: {broken}"),
+                (missing, f"launch failed: {missing}"),
+                ("/opt/Notes.app", "launch failed: /opt/Notes.app"),
+                ("Galculator", "application not found: Galculator"),
+                ("../galculator.desktop", "application not found: ../galculator.desktop"),
+                ("/usr/bin/true", "launch_app only accepts .app bundles")):
+            with self.subTest(app):
+                with self.assertRaises(Failure) as raised:
+                    self.host.result("desktop_launch_app", appId=app)
+                self.assertEqual(raised.exception.message, message)
+        self.assertEqual(children(self.host.process.pid), [])
+        self.assertFalse(os.path.exists(marker))
+        self.host.result("desktop_launch_app", appId=self.install(
+            "folder/works.desktop", f"Name=w\nNoDisplay=true\nExec=touch {marker}\n"))
+        until(lambda: os.path.exists(marker), "started")
+        os.remove(marker)
+        self.host.result("desktop_launch_app", appId="folder-works.desktop")
+        until(lambda: os.path.exists(marker), "started by its id")
+        until(lambda: children(self.host.process.pid) == [], "no zombies")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,7 +1,5 @@
 #include "platform/linux/accessibility/bus.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <iterator>
 
@@ -154,6 +152,24 @@ int Bus::handleAnswer(sd_bus_message* message, void* userdata, sd_bus_error*) {
     return 0;
 }
 
+void Bus::listen(const std::string& rule, SignalHandler handler) {
+    signalHandlers_.push_back(std::move(handler));
+    // Lives as long as the connection.
+    sd_bus_add_match_async(bus_, nullptr, rule.c_str(), handleSignal, nullptr,
+                           &signalHandlers_.back());
+}
+
+int Bus::handleSignal(sd_bus_message* message, void* userdata, sd_bus_error*) {
+    (*static_cast<SignalHandler*>(userdata))(message);
+    return 0;
+}
+
+pollfd Bus::waiting() const {
+    const int events = isLost_ ? -1 : sd_bus_get_events(bus_);
+    if (events < 0) return {-1, 0, 0};
+    return {sd_bus_get_fd(bus_), static_cast<short>(events), 0};
+}
+
 bool Bus::process() {
     if (isLost_) return false;
     const int processed = sd_bus_process(bus_, nullptr);
@@ -173,9 +189,7 @@ void Bus::poll(const std::vector<Bus*>& buses, BusDeadline deadline) {
     using std::chrono::milliseconds;
     std::vector<pollfd> sockets;
     for (Bus* bus : buses) {
-        const int events = bus->isLost_ ? -1 : sd_bus_get_events(bus->bus_);
-        if (events < 0) continue;
-        sockets.push_back({sd_bus_get_fd(bus->bus_), static_cast<short>(events), 0});
+        sockets.push_back(bus->waiting());
     }
     const auto left = std::chrono::ceil<milliseconds>(deadline - BusClock::now());
     const auto bounded = std::clamp(left, milliseconds::zero(), milliseconds(kBusPatience));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <poll.h>
 #include <systemd/sd-bus.h>
 
 #include <chrono>
@@ -33,6 +34,7 @@ struct Answer {
     sd_bus_message* message = nullptr;
 };
 using AnswerHandler = std::function<void(Answer)>;
+using SignalHandler = std::function<void(sd_bus_message*)>;
 
 class Bus;
 
@@ -100,6 +102,11 @@ class Bus {
     /// The other end of a socket between two, or of a message bus: the bus itself.
     Peer& otherEnd();
 
+    /// Handles every signal that fits the match rule, as `isAlive` and `waitForAnswers` come to it.
+    void listen(const std::string& rule, SignalHandler handler);
+    /// What to poll for: then there is something for `isAlive` to deal with.
+    pollfd waiting() const;
+
     /// Handles answers until no call on these buses is unanswered; the handlers may make further
     /// calls. Calls to a peer that hangs are answered with an error.
     static void waitForAnswers(const std::vector<Bus*>& buses);
@@ -111,6 +118,7 @@ class Bus {
 
     Bus(sd_bus* bus, Kind kind);
     static int handleAnswer(sd_bus_message* message, void* userdata, sd_bus_error*);
+    static int handleSignal(sd_bus_message* message, void* userdata, sd_bus_error*);
     static void poll(const std::vector<Bus*>& buses, BusDeadline deadline);
     Pending& addPending(Peer& peer);
     bool process();
@@ -127,6 +135,7 @@ class Bus {
     bool isLost_ = false;
     std::list<Pending> pending_;
     std::list<Peer> peers_;
+    std::list<SignalHandler> signalHandlers_;
 };
 
 }  // namespace quil::linux_platform

@@ -34,6 +34,7 @@ enum class AtspiState : unsigned {
     checked = 4,
     defunct = 6,
     editable = 7,
+    focused = 12,
     horizontal = 14,
     multiLine = 17,
     pressed = 20,

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "platform/event_posting.h"
-#include "platform/posix/posix_clock.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -14,47 +13,42 @@ constexpr std::uint8_t kLeftButton = 1;
 constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
 constexpr std::uint8_t kWheelRight = 7;
+constexpr std::uint16_t kTabKey = 48;
 
 std::uint64_t uptimeMilliseconds() {
-    return static_cast<std::uint64_t>(PosixClock().systemUptime() * 1000);
+    using std::chrono::milliseconds;
+    const auto uptime = TapTime::clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(std::chrono::duration_cast<milliseconds>(uptime).count());
+}
+
+std::int64_t wheelLines(std::uint8_t button) {
+    if (button == kWheelUp) return 1;
+    return button == kWheelDown ? -1 : 0;
 }
 
 }  // namespace
 
-class InputTap::Event : public TappedEvent {
-  public:
-    Event(const DeviceEvent& event, const ServerClock& clock, std::uint64_t flags)
-        : location_{static_cast<double>(event.x), static_cast<double>(event.y)},
-          timestamp_(clock.uptimeNanoseconds(event.time, uptimeMilliseconds())),
-          flags_(flags) {}
+struct InputTap::Event : TappedEvent {
+    std::uint32_t type = 0;
+    TapTime time;
+    Point place;
+    std::uint64_t flagBits = 0;
+    std::int64_t lines = 0;
+    std::optional<KeyPress> key;
 
-    Event& withLines(std::int64_t lines) {
-        lines_ = lines;
-        return *this;
+    Point location() const override { return place; }
+    std::uint64_t timestamp() const override {
+        return static_cast<std::uint64_t>(
+            std::chrono::nanoseconds(time.time_since_epoch()).count());
     }
-    Event& withKey(KeyPress press) {
-        keyCode_ = press.virtualKeyCode;
-        characters_ = std::move(press.characters);
-        return *this;
-    }
-
-    Point location() const override { return location_; }
-    std::uint64_t timestamp() const override { return timestamp_; }
-    std::uint64_t flags() const override { return flags_; }
+    std::uint64_t flags() const override { return flagBits; }
     std::int64_t integerValueField(std::uint32_t field) const override {
-        if (field == kKeyboardEventKeycode) return keyCode_;
-        if (field == kScrollWheelEventDeltaAxis1) return lines_;
-        return 0;
+        if (field == kKeyboardEventKeycode && key) return key->virtualKeyCode;
+        return field == kScrollWheelEventDeltaAxis1 ? lines : 0;
     }
-    std::optional<std::string> characters() const override { return characters_; }
-
-  private:
-    Point location_;
-    std::uint64_t timestamp_;
-    std::uint64_t flags_;
-    std::int64_t keyCode_ = 0;
-    std::int64_t lines_ = 0;
-    std::optional<std::string> characters_;
+    std::optional<std::string> characters() const override {
+        return key ? std::optional(key->characters) : std::nullopt;
+    }
 };
 
 std::shared_ptr<InputTap> InputTap::open(std::uint64_t mask, EventTapCallback callback) {
@@ -75,78 +69,122 @@ InputTap::InputTap(std::uint64_t mask, EventTapCallback callback,
       callback_(std::move(callback)),
       stream_(std::move(stream)),
       clock_(clock),
-      keys_(std::move(connection)) {}
+      keys_(std::move(connection)),
+      secrets_(display_) {}
 
-void InputTap::invalidate() {
-    isValid_ = false;
-}
+InputTap::~InputTap() = default;
 
-std::chrono::milliseconds InputTap::prepareToWait(std::vector<pollfd>& descriptors) const {
+std::chrono::milliseconds InputTap::prepareToWait(std::vector<pollfd>& descriptors) {
+    using std::chrono::milliseconds;
     descriptors.push_back({stream_->descriptor(), POLLIN, 0});
-    return std::chrono::milliseconds::max();
+    secrets_.prepareToWait(descriptors);
+    if (!nextLook_) return milliseconds::max();
+    return std::max(milliseconds::zero(),
+                    std::chrono::ceil<milliseconds>(*nextLook_ - TapTime::clock::now()));
 }
 
 void InputTap::dispatch() {
-    stream_->read(waiting_);
+    read();
+    nextLook_ = secrets_.process();
     for (; !waiting_.empty() && isValid_; waiting_.pop_front()) {
-        const StreamItem& item = waiting_.front();
+        const Event& event = waiting_.front();
+        if (event.key) {
+            if (const auto time = secrets_.waitsUntil(event.time)) {
+                nextLook_ = nextLook_ ? std::min(*nextLook_, *time) : *time;
+                break;
+            }
+            isSecure_ = secrets_.isSecret(event.time);
+        }
+        deliver(event);
+        isSecure_ = false;
+    }
+    if (!stream_->isAlive() && waiting_.empty()) isValid_ = false;
+}
+
+void InputTap::read() {
+    std::deque<StreamItem> items;
+    stream_->read(items);
+    for (const StreamItem& item : items) {
         if (const auto* event = std::get_if<DeviceEvent>(&item)) {
-            handle(*event);
-        } else if (const auto* change = std::get_if<SymbolsChange>(&item)) {
-            keys_.symbolsChanged(*change);
+            read(*event);
+        } else if (const auto* symbols = std::get_if<SymbolsChange>(&item)) {
+            keys_.symbolsChanged(*symbols);
         } else if (std::holds_alternative<KeyboardChange>(item)) {
             keys_.keyboardChanged();
-        } else if (std::holds_alternative<FocusChange>(item)) {
-            keys_.resetCompose();
+        } else if (const auto* focus = std::get_if<FocusChange>(&item)) {
+            read(*focus);
+        } else if (const auto* grab = std::get_if<KeyboardGrab>(&item)) {
+            if (grab->isBeginning) {
+                secrets_.grabs(grab->client);
+            } else {
+                secrets_.ungrabs(grab->client);
+            }
         }
     }
-    if (!stream_->isAlive()) isValid_ = false;
 }
 
-bool InputTap::wants(std::uint32_t type) const {
-    return (mask_ >> type) & 1;
+void InputTap::read(const FocusChange& change) {
+    if (change.mode == XCB_NOTIFY_MODE_UNGRAB) secrets_.ungrabs({});
+    if (change.mode != XCB_NOTIFY_MODE_NORMAL && change.mode != XCB_NOTIFY_MODE_WHILE_GRABBED) {
+        return;
+    }
+    keys_.resetCompose();
+    secrets_.windowGotFocus(timeOf(change.time));
 }
 
-void InputTap::handle(const DeviceEvent& event) {
-    switch (event.type) {
-        case XCB_KEY_PRESS:
-            return handleKey(event);
-        case XCB_BUTTON_PRESS:
-            keys_.resetCompose();
-            if (event.detail == kLeftButton) {
-                deliver(kEventLeftMouseDown, Event(event, clock_, keys_.flags(event.state)));
-            } else if (event.detail >= kWheelUp && event.detail <= kWheelRight) {
-                const std::int64_t lines = event.detail == kWheelUp     ? 1
-                                           : event.detail == kWheelDown ? -1
-                                                                        : 0;
-                deliver(kEventScrollWheel,
-                        Event(event, clock_, keys_.flags(event.state)).withLines(lines));
-            }
-            return;
-        case XCB_BUTTON_RELEASE:
-            if (event.detail == kLeftButton) {
-                deliver(kEventLeftMouseUp, Event(event, clock_, keys_.flags(event.state)));
-            }
-            return;
-        case XCB_MOTION_NOTIFY:
-            if (event.state & XCB_BUTTON_MASK_1) {
-                deliver(kEventLeftMouseDragged, Event(event, clock_, keys_.flags(event.state)));
-            }
-            return;
-        default:
-            return;
+void InputTap::read(const DeviceEvent& event) {
+    if (event.type == XCB_KEY_PRESS) {
+        readKey(event);
+    } else if (event.type == XCB_BUTTON_PRESS || event.type == XCB_BUTTON_RELEASE) {
+        readButton(event);
+    } else if (event.type == XCB_MOTION_NOTIFY && (event.state & XCB_BUTTON_MASK_1)) {
+        waiting_.push_back(makeEvent(kEventLeftMouseDragged, event));
     }
 }
 
-void InputTap::handleKey(const DeviceEvent& event) {
+void InputTap::readKey(const DeviceEvent& event) {
     auto press = keys_.press(event.detail, event.state);
     if (!press) return;
-    const std::uint64_t flags = press->flags;
-    deliver(kEventKeyDown, Event(event, clock_, flags).withKey(std::move(*press)));
+    const bool isText = press->characters.size() > 0 &&
+                        static_cast<unsigned char>(press->characters.front()) >= ' ' &&
+                        !(press->flags & (kEventFlagMaskControl | kEventFlagMaskAlternate));
+    Event key = makeEvent(kEventKeyDown, event);
+    if (!isText) secrets_.mayMoveFocus(key.time, press->virtualKeyCode == kTabKey);
+    key.flagBits = press->flags;
+    key.key = std::move(press);
+    waiting_.push_back(std::move(key));
 }
 
-void InputTap::deliver(std::uint32_t type, const Event& event) {
-    if (isEnabled_ && isValid_ && wants(type)) callback_(type, event);
+void InputTap::readButton(const DeviceEvent& event) {
+    const bool isPress = event.type == XCB_BUTTON_PRESS;
+    if (event.detail >= kWheelUp && event.detail <= kWheelRight) {
+        if (!isPress) return;
+        waiting_.push_back(makeEvent(kEventScrollWheel, event));
+        waiting_.back().lines = wheelLines(event.detail);
+        return;
+    }
+    if (isPress) keys_.resetCompose();
+    secrets_.mayMoveFocus(timeOf(event.time), isPress);
+    if (event.detail != kLeftButton) return;
+    waiting_.push_back(makeEvent(isPress ? kEventLeftMouseDown : kEventLeftMouseUp, event));
+}
+
+TapTime InputTap::timeOf(std::uint32_t serverTime) const {
+    return TapTime(
+        std::chrono::nanoseconds(clock_.uptimeNanoseconds(serverTime, uptimeMilliseconds())));
+}
+
+InputTap::Event InputTap::makeEvent(std::uint32_t type, const DeviceEvent& event) {
+    Event made;
+    made.type = type;
+    made.time = timeOf(event.time);
+    made.place = {static_cast<double>(event.x), static_cast<double>(event.y)};
+    made.flagBits = keys_.flags(event.state);
+    return made;
+}
+
+void InputTap::deliver(const Event& event) {
+    if (isEnabled_ && isValid_ && ((mask_ >> event.type) & 1)) callback_(event.type, event);
 }
 
 }  // namespace quil::linux_platform

@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <xcb/xcbext.h>
+#include <xcb/xinput.h>
 #include <xcb/xproto.h>
 
 #include <chrono>
@@ -18,6 +19,7 @@ constexpr std::chrono::seconds kPatience{2};
 // The category of a reply, as the protocol numbers them.
 constexpr std::uint8_t kFromServer = 0;
 constexpr std::uint8_t kFromClient = 1;
+constexpr std::uint8_t kClientDied = 3;
 constexpr std::uint8_t kStartOfData = 4;
 
 using Bytes = std::span<const std::uint8_t>;
@@ -29,7 +31,12 @@ T readAs(Bytes bytes) {
     return value;
 }
 
-void readEvent(Bytes bytes, std::deque<StreamItem>& items) {
+/// The server puts its time before each event, which are all of the same length.
+constexpr std::size_t kTimeLength = 4;
+constexpr std::size_t kElementLength = kTimeLength + 32;
+
+void readEvent(Bytes element, std::deque<StreamItem>& items) {
+    const Bytes bytes = element.subspan(kTimeLength);
     const std::uint8_t type = bytes[0] & 0x7F;
     if (type >= XCB_KEY_PRESS && type <= XCB_MOTION_NOTIFY) {
         // All of these are laid out alike.
@@ -37,7 +44,8 @@ void readEvent(Bytes bytes, std::deque<StreamItem>& items) {
         items.emplace_back(
             DeviceEvent{type, event.detail, event.state, event.time, event.root_x, event.root_y});
     } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
-        items.emplace_back(FocusChange{readAs<xcb_focus_in_event_t>(bytes).mode});
+        items.emplace_back(
+            FocusChange{readAs<xcb_focus_in_event_t>(bytes).mode, readAs<std::uint32_t>(element)});
     }
 }
 
@@ -74,28 +82,48 @@ std::unique_ptr<RecordStream> RecordStream::open(bool withMotion) {
 }
 
 bool RecordStream::begin(bool withMotion) {
-    xcb_record_range_t range{};
-    range.device_events = {XCB_KEY_PRESS, withMotion ? std::uint8_t{XCB_MOTION_NOTIFY}
-                                                     : std::uint8_t{XCB_BUTTON_RELEASE}};
-    range.delivered_events = {XCB_FOCUS_IN, XCB_FOCUS_OUT};
-    range.core_requests = {XCB_CHANGE_KEYBOARD_MAPPING, XCB_CHANGE_KEYBOARD_MAPPING};
-    if (control_->hasExtension(xcb_xkb_id)) {
-        xkbOpcode_ = xcb_get_extension_data(control_->get(), &xcb_xkb_id)->major_opcode;
-        range.ext_requests.major = {xkbOpcode_, xkbOpcode_};
-        range.ext_requests.minor = {XCB_XKB_SET_MAP, XCB_XKB_GET_KBD_BY_NAME};
-    }
     const std::uint32_t context = xcb_generate_id(control_->get());
+    const auto ranges = this->ranges(withMotion);
     const xcb_record_client_spec_t everyone = XCB_RECORD_CS_ALL_CLIENTS;
     if (!control_->reply(xcb_record_query_version_reply,
                          xcb_record_query_version(control_->get(), XCB_RECORD_MAJOR_VERSION,
                                                   XCB_RECORD_MINOR_VERSION)) ||
-        !control_->succeeded(xcb_record_create_context_checked(control_->get(), context, 0, 1, 1,
-                                                               &everyone, &range))) {
+        !control_->succeeded(xcb_record_create_context_checked(
+            control_->get(), context, XCB_RECORD_H_TYPE_FROM_SERVER_TIME, 1,
+            static_cast<std::uint32_t>(ranges.size()), &everyone, ranges.data()))) {
         return false;
     }
     sequence_ = xcb_record_enable_context(data_->get(), context).sequence;
     xcb_flush(data_->get());
     return awaitStart();
+}
+
+std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
+    const auto opcodeOf = [&](xcb_extension_t& extension) -> std::uint8_t {
+        if (!control_->hasExtension(extension)) return 0;
+        return xcb_get_extension_data(control_->get(), &extension)->major_opcode;
+    };
+    xcb_record_range_t devices{};
+    devices.device_events = {XCB_KEY_PRESS, withMotion ? std::uint8_t{XCB_MOTION_NOTIFY}
+                                                       : std::uint8_t{XCB_BUTTON_RELEASE}};
+    devices.delivered_events = {XCB_FOCUS_IN, XCB_FOCUS_OUT};
+    devices.core_requests = {XCB_CHANGE_KEYBOARD_MAPPING, XCB_CHANGE_KEYBOARD_MAPPING};
+    devices.client_died = 1;
+    xcb_record_range_t grabs{};
+    grabs.core_requests = {XCB_GRAB_KEYBOARD, XCB_UNGRAB_KEYBOARD};
+    std::vector<xcb_record_range_t> ranges{devices, grabs};
+    const auto addRequests = [&](std::uint8_t major, std::uint8_t first, std::uint8_t last) {
+        if (major == 0) return;
+        xcb_record_range_t range{};
+        range.ext_requests = {{major, major}, {first, last}};
+        ranges.push_back(range);
+    };
+    xkbOpcode_ = opcodeOf(xcb_xkb_id);
+    xinputOpcode_ = opcodeOf(xcb_input_id);
+    addRequests(xkbOpcode_, XCB_XKB_SET_MAP, XCB_XKB_SET_MAP);
+    addRequests(xkbOpcode_, XCB_XKB_GET_KBD_BY_NAME, XCB_XKB_GET_KBD_BY_NAME);
+    addRequests(xinputOpcode_, XCB_INPUT_XI_GRAB_DEVICE, XCB_INPUT_XI_UNGRAB_DEVICE);
+    return ranges;
 }
 
 bool RecordStream::awaitStart() {
@@ -138,12 +166,12 @@ void RecordStream::read(std::deque<StreamItem>& items) {
         const Reply reply = nextReply();
         if (!reply) return;
         if (reply->category == kFromClient) readRequests(*reply, items);
+        if (reply->category == kClientDied) items.emplace_back(KeyboardGrab{reply->xid_base});
         if (reply->category != kFromServer) continue;
         Bytes bytes(xcb_record_enable_context_data(reply.get()),
                     static_cast<std::size_t>(xcb_record_enable_context_data_length(reply.get())));
-        // Of the events there are to come, all are 32 bytes long.
-        for (; bytes.size() >= 32; bytes = bytes.subspan(32)) {
-            readEvent(bytes.first(32), items);
+        for (; bytes.size() >= kElementLength; bytes = bytes.subspan(kElementLength)) {
+            readEvent(bytes.first(kElementLength), items);
         }
     }
 }
@@ -157,13 +185,23 @@ void RecordStream::readRequests(const xcb_record_enable_context_reply_t& reply,
     Bytes bytes(xcb_record_enable_context_data(&reply),
                 static_cast<std::size_t>(xcb_record_enable_context_data_length(&reply)));
     for (std::size_t length = requestLength(bytes); length > 0; length = requestLength(bytes)) {
-        if (bytes[0] == XCB_CHANGE_KEYBOARD_MAPPING) {
-            items.emplace_back(readSymbolsChange(bytes.first(length)));
-        } else if (bytes[0] == xkbOpcode_ &&
-                   (bytes[1] == XCB_XKB_SET_MAP || bytes[1] == XCB_XKB_GET_KBD_BY_NAME)) {
-            items.emplace_back(KeyboardChange{});
-        }
+        readRequest(bytes.first(length), reply.xid_base, items);
         bytes = bytes.subspan(length);
+    }
+}
+
+void RecordStream::readRequest(Bytes request, std::uint32_t client,
+                               std::deque<StreamItem>& items) const {
+    const std::uint8_t major = request[0];
+    const std::uint8_t minor = request[1];
+    if (major == XCB_CHANGE_KEYBOARD_MAPPING) {
+        items.emplace_back(readSymbolsChange(request));
+    } else if (major == XCB_GRAB_KEYBOARD || major == XCB_UNGRAB_KEYBOARD) {
+        items.emplace_back(KeyboardGrab{client, major == XCB_GRAB_KEYBOARD});
+    } else if (major == xinputOpcode_) {
+        items.emplace_back(KeyboardGrab{client, minor == XCB_INPUT_XI_GRAB_DEVICE});
+    } else if (major == xkbOpcode_) {
+        items.emplace_back(KeyboardChange{});
     }
 }
 

@@ -6,6 +6,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <span>
 #include <variant>
 #include <vector>
 
@@ -41,12 +42,22 @@ struct KeyboardChange {};
 struct FocusChange {
     /// XCB_NOTIFY_MODE_NORMAL, _GRAB, _UNGRAB or _WHILE_GRABBED.
     std::uint8_t mode = 0;
+    /// The server's time, in milliseconds.
+    std::uint32_t time = 0;
 };
 
-using StreamItem = std::variant<DeviceEvent, SymbolsChange, KeyboardChange, FocusChange>;
+/// A program asked for all keys, or gave them back or ended.
+struct KeyboardGrab {
+    /// The base of the program's ids on the server.
+    std::uint32_t client = 0;
+    bool isBeginning = false;
+};
 
-/// What the X server records (its Record extension) of the devices and of what changes the meaning
-/// of keys, all in the order in which it happened. Nobody notices but the server.
+using StreamItem =
+    std::variant<DeviceEvent, SymbolsChange, KeyboardChange, FocusChange, KeyboardGrab>;
+
+/// What the X server records (its Record extension) of the devices, and of what changes the meaning
+/// of keys and where they go, all in the order in which it happened. Nobody notices but the server.
 class RecordStream {
   public:
     /// Begins to record; null when the server cannot. `withMotion` asks for the pointer's ways,
@@ -67,10 +78,13 @@ class RecordStream {
     RecordStream(std::shared_ptr<X11Connection> control, std::shared_ptr<X11Connection> data)
         : control_(std::move(control)), data_(std::move(data)) {}
     bool begin(bool withMotion);
+    std::vector<xcb_record_range_t> ranges(bool withMotion);
     Reply nextReply();
     bool awaitStart();
     void readRequests(const xcb_record_enable_context_reply_t& reply,
                       std::deque<StreamItem>& items) const;
+    void readRequest(std::span<const std::uint8_t> request, std::uint32_t client,
+                     std::deque<StreamItem>& items) const;
 
     /// The context belongs to this connection and ends with it.
     std::shared_ptr<X11Connection> control_;
@@ -78,6 +92,7 @@ class RecordStream {
     std::shared_ptr<X11Connection> data_;
     unsigned sequence_ = 0;
     std::uint8_t xkbOpcode_ = 0;
+    std::uint8_t xinputOpcode_ = 0;
     std::uint32_t startTime_ = 0;
     bool isAlive_ = true;
 };

@@ -14,6 +14,7 @@ events since the last "events", each [TYPE, ...] as below.
     ["scroll", "up"|"down"|"left"|"right"]
 """
 import json
+import os
 import sys
 
 
@@ -142,7 +143,17 @@ def qt(version):
     commands = {"text": area.toPlainText, "clear": lambda: area.setPlainText("")}
     kind = core.QSocketNotifier.Type.Read if version == "6" else core.QSocketNotifier.Read
     notifier = core.QSocketNotifier(sys.stdin.fileno(), kind)
-    notifier.activated.connect(lambda *_: answer(commands, sys.stdin.readline()))
+    os.set_blocking(sys.stdin.fileno(), False)
+
+    def read_command(*_):
+        """The notifier also calls when there is nothing to be read."""
+        try:
+            line = os.read(sys.stdin.fileno(), 1000)
+        except BlockingIOError:
+            return
+        answer(commands, line.decode())
+
+    notifier.activated.connect(read_command)
     area.show()
     area.setFocus()
     application.exec()

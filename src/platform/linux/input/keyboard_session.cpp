@@ -7,19 +7,11 @@
 #include <utility>
 
 #include "platform/event_posting.h"
+#include "platform/linux/input/key_symbols.h"
 #include "platform/linux/input/xkb_protocol.h"
 
 namespace quil::linux_platform {
 namespace {
-
-// Key symbols, keysymdef.h.
-constexpr std::uint32_t kNumLock = 0xFF7F;
-constexpr std::uint32_t kShiftL = 0xFFE1;
-constexpr std::uint32_t kShiftR = 0xFFE2;
-constexpr std::uint32_t kControlL = 0xFFE3;
-constexpr std::uint32_t kControlR = 0xFFE4;
-constexpr std::uint32_t kMetaL = 0xFFE7;
-constexpr std::uint32_t kAltL = 0xFFE9;
 
 // X key codes where these keys usually are.
 constexpr std::uint8_t kUsualControl = 37;
@@ -37,7 +29,8 @@ KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection,
             knowsKeys_ = true;
         }
     }
-    numLock_ = map_.modifiersOf(kNumLock);
+    numLock_ = map_.modifiersOf(kSymbolNumLock);
+    shiftKey_ = flagKey(kSymbolShiftL, kSymbolShiftR, kUsualShift);
     takeKeyboard();
 }
 
@@ -70,7 +63,7 @@ void KeyboardSession::takeKeyboard() {
 
 KeyboardSession::~KeyboardSession() {
     releaseFlagKeys();
-    lockAsBefore();
+    useModifiersAsBefore();
     if (latchesBefore_ != 0) latchModifiers(*connection_, latchesBefore_);
     giveHeldKeysBack();
     connection_->sync();
@@ -101,7 +94,7 @@ void KeyboardSession::tap(std::uint8_t keyCode) {
 void KeyboardSession::key(std::uint8_t keyCode, bool isDown, std::uint64_t flags) {
     if (isDown) {
         // A key that is a lock itself works on what the person has locked.
-        if (map_.keys[keyCode].modifiers == 0) lock(0);
+        if (map_.keys[keyCode].modifiers == 0) lock(keptLocks());
         for (const std::uint8_t flagKey : flagKeys(flags)) {
             send(flagKey, true);
             pressedFlagKeys_.push_back(flagKey);
@@ -128,24 +121,31 @@ std::uint8_t KeyboardSession::flagKey(std::uint32_t symbol, std::uint32_t otherS
 std::vector<std::uint8_t> KeyboardSession::flagKeys(std::uint64_t flags) const {
     std::vector<std::uint8_t> keys;
     if (flags & (kEventFlagMaskControl | kEventFlagMaskCommand)) {
-        keys.push_back(flagKey(kControlL, kControlR, kUsualControl));
+        keys.push_back(flagKey(kSymbolControlL, kSymbolControlR, kUsualControl));
     }
-    if (flags & kEventFlagMaskAlternate) keys.push_back(flagKey(kAltL, kMetaL, kUsualAlt));
-    if (flags & kEventFlagMaskShift) keys.push_back(flagKey(kShiftL, kShiftR, kUsualShift));
+    if (flags & kEventFlagMaskAlternate)
+        keys.push_back(flagKey(kSymbolAltL, kSymbolMetaL, kUsualAlt));
+    if (flags & kEventFlagMaskShift) keys.push_back(shiftKey_);
     return keys;
 }
 
-void KeyboardSession::lock(std::uint8_t modifiers) {
-    const auto wanted = static_cast<std::uint8_t>(modifiers | (locksBefore_ & numLock_));
-    if (!knowsKeys_ || wanted == locks_) return;
-    lockModifiers(*connection_, 0xFF, wanted);
-    locks_ = wanted;
+void KeyboardSession::useModifiers(std::uint8_t modifiers) {
+    const bool needsShift = (modifiers & XCB_MOD_MASK_SHIFT) != 0;
+    if (needsShift != isShiftPressed_) send(shiftKey_, needsShift);
+    isShiftPressed_ = needsShift;
+    lock(static_cast<std::uint8_t>((modifiers & ~XCB_MOD_MASK_SHIFT) | keptLocks()));
 }
 
-void KeyboardSession::lockAsBefore() {
-    if (locks_ == locksBefore_) return;
-    lockModifiers(*connection_, 0xFF, locksBefore_);
-    locks_ = locksBefore_;
+void KeyboardSession::useModifiersAsBefore() {
+    if (isShiftPressed_) send(shiftKey_, false);
+    isShiftPressed_ = false;
+    lock(locksBefore_);
+}
+
+void KeyboardSession::lock(std::uint8_t locks) {
+    if (!knowsKeys_ || locks == locks_) return;
+    lockModifiers(*connection_, 0xFF, locks);
+    locks_ = locks;
 }
 
 }  // namespace quil::linux_platform

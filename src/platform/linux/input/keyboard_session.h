@@ -35,15 +35,19 @@ class KeyboardSession {
     void key(std::uint8_t keyCode, bool isDown, std::uint64_t flags);
     /// Presses and releases a key as things are.
     void tap(std::uint8_t keyCode);
-    /// Locks exactly these modifiers and Num Lock if it was locked; by nothing, as at the start.
-    void lock(std::uint8_t modifiers);
-    /// Locks what the person had locked.
-    void lockAsBefore();
+    /// Makes exactly these modifiers active, and those that stay locked: Shift by its key, which
+    /// programs that know keys only can see, the others by locking them.
+    void useModifiers(std::uint8_t modifiers);
+    /// Back to what the person had locked.
+    void useModifiersAsBefore();
+    /// Num Lock if it was locked.
+    std::uint8_t keptLocks() const { return locksBefore_ & numLock_; }
 
   private:
     void takeKeyboard();
     void giveHeldKeysBack();
     void releaseFlagKeys();
+    void lock(std::uint8_t locks);
     void send(std::uint8_t keyCode, bool isDown);
     std::uint8_t flagKey(std::uint32_t symbol, std::uint32_t otherSymbol, std::uint8_t usual) const;
     std::vector<std::uint8_t> flagKeys(std::uint64_t flags) const;
@@ -60,6 +64,8 @@ class KeyboardSession {
     KeySet heldBefore_;
     KeySet heldByHandBefore_;
     std::vector<std::uint8_t> pressedFlagKeys_;
+    std::uint8_t shiftKey_ = 0;
+    bool isShiftPressed_ = false;
 };
 
 }  // namespace quil::linux_platform

@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "platform/linux/input/spare_key_mapping.h"
+#include "platform/linux/input/text_typist.h"
+#include "platform/linux/input/xkb_protocol.h"
 #include "platform/linux/key_codes.h"
 
 namespace quil::linux_platform {
@@ -10,6 +13,7 @@ KeyboardSource::KeyboardSource(std::shared_ptr<X11Connection> connection, Keyboa
     : connection_(std::move(connection)), memory_(memory) {
     if (memory_.connection.lock() == connection_) return;
     memory_ = {.connection = connection_, .pressedForPerson = {}};
+    if (enableXkb(*connection_)) clearSpareKeys(*connection_);
 }
 
 KeyboardSource::~KeyboardSource() {
@@ -37,6 +41,8 @@ void KeyboardSource::post(const PostedEvent& event) {
 }
 
 void KeyboardSource::deliverText() {
+    if (text_.empty()) return;
+    typeText(session(), text_);
     text_.clear();
 }
 

@@ -3,6 +3,7 @@
 #include <xcb/xtest.h>
 
 #include "platform/linux/input/pointer_output.h"
+#include "platform/linux/input/spare_key_mapping.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -12,6 +13,12 @@ PostedEvent& contentOf(PostableEvent& event) {
 }
 
 }  // namespace
+
+X11EventPosting::~X11EventPosting() {
+    // A program that did not answer may have kept us from doing so at once.
+    const auto server = memory_.connection.lock();
+    if (server && server->isAlive()) clearSpareKeys(*server);
+}
 
 std::shared_ptr<X11Connection> X11EventPosting::connection() {
     auto connection = display_.connection();

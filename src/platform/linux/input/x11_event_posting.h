@@ -10,6 +10,7 @@ namespace quil::linux_platform {
 /// and text, by the time that it is released at the latest. Without a display nothing is made.
 class X11EventPosting : public EventPosting {
   public:
+    ~X11EventPosting() override;
     std::unique_ptr<EventSource> createSource(std::int32_t state) override;
     PostableEventRef createMouseEvent(EventSource* source, std::uint32_t type, Point point,
                                       std::uint32_t button) override;

@@ -6,6 +6,7 @@
 #undef explicit
 
 #include <cstdint>
+#include <vector>
 
 #include "platform/linux/x11/connection.h"
 
@@ -23,5 +24,9 @@ void lockModifiers(X11Connection& connection, std::uint8_t affected, std::uint8_
 
 /// The modifiers that the next key will have, and no other, become those of `latches`.
 void latchModifiers(X11Connection& connection, std::uint8_t latches);
+
+/// Changes the keyboard's map; `values` are what follows the request. Whether the server took it.
+bool setKeyboardMap(X11Connection& connection, xcb_xkb_set_map_request_t request,
+                    const std::vector<std::uint8_t>& values);
 
 }  // namespace quil::linux_platform

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/linux/input/keyboard_map.h"
+#include "platform/linux/input/text_plan.h"
+#include "platform/linux/x11/connection.h"
+
+namespace quil::linux_platform {
+
+/// Use of the keyboard's spare keys, which only one runtime at a time has: another one waits for a
+/// while. Should this process be ended meanwhile, the keys keep what they mean, which harms nobody
+/// as no keyboard has them, and the next one that uses them clears them away.
+class SpareKeyUse {
+  public:
+    SpareKeyUse(X11Connection& connection, KeyboardMap map);
+    ~SpareKeyUse();
+    SpareKeyUse(const SpareKeyUse&) = delete;
+    SpareKeyUse& operator=(const SpareKeyUse&) = delete;
+
+    const SpareKeys& keys() const { return keys_; }
+    /// Whether keys mean something now, from an earlier use perhaps.
+    bool isMapped() const { return isMapped_; }
+    /// Gives the keys these meanings, all in one request, so that programs read the keyboard anew
+    /// only once. Whether the server took it.
+    bool map(const SpareSymbols& symbols);
+    /// Takes all meanings from them.
+    void unmap();
+
+  private:
+    void takeTurn();
+    std::vector<std::uint32_t> leftKeys();
+    bool send(const SpareSymbols& symbols);
+
+    X11Connection& connection_;
+    KeyboardMap map_;
+    SpareKeys keys_;
+    xcb_window_t owner_;
+    bool isMapped_ = false;
+};
+
+/// Clears away what an earlier use has left behind, if anything.
+void clearSpareKeys(X11Connection& connection);
+
+}  // namespace quil::linux_platform

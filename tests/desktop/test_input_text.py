@@ -1,0 +1,228 @@
+"""Typed text arrives as it was asked for, in every toolkit and keyboard layout."""
+import http.server
+import os
+import shutil
+import signal
+import tempfile
+import threading
+import time
+import unittest
+
+from desktop_tools import Program, output, until
+from input_program import InputProgram
+from quil_host import Host
+
+MIXED = ("The quick brown FOX (über) jumps — «naïve» façade, señor! ΑΒΓαβγδ Привет, мир. ¡~^`¨´\n"
+         "日本語の文字列 漢字仮名交じり 한국어 문장 … “quoted” ‘marks’ €100 ½ × 3 ≠ 4\tafter a tab\n"
+         "👩‍💻 👍🏽 🇩🇪 e\u0302 ﬁn @#$%&*()_+{}|:\"<>?-=[]\\;',./ ₿ 𝒳 \u200bﷺ ")
+
+
+def mixed(length):
+    return (MIXED * (length // len(MIXED) + 1))[:length]
+
+
+class Page(http.server.ThreadingHTTPServer):
+    """A page with a text area that tells what it holds."""
+
+    def __init__(self):
+        page = self
+        self.text = None
+
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_GET(self):
+                self.send_response(200)
+                self.send_header("Content-Type", "text/html; charset=utf-8")
+                self.end_headers()
+                self.wfile.write(b"""<textarea id=a autofocus rows=20 cols=80></textarea><script>
+                    a.onkeydown = e => { if (e.key == 'Tab') {
+                        e.preventDefault(); document.execCommand('insertText', false, '\\t'); } };
+                    let sent = null, free = true;
+                    setInterval(async () => { if (free && a.value !== sent && document.hasFocus()) {
+                        free = false; const value = a.value;
+                        await fetch('/', {method: 'POST', body: value}); sent = value; free = true;
+                    } }, 50)</script>""")
+
+            def do_POST(self):
+                body = self.rfile.read(int(self.headers["Content-Length"]))
+                self.send_response(204)
+                self.end_headers()
+                page.text = body.decode()
+
+            def log_message(self, *_):
+                pass
+
+        super().__init__(("127.0.0.1", 0), Handler)
+        self.address = f"http://127.0.0.1:{self.server_port}/"
+        threading.Thread(target=self.serve_forever, daemon=True).start()
+
+    def __exit__(self, *_):
+        self.shutdown()
+        self.server_close()
+
+
+class TextTest(unittest.TestCase):
+    def setUp(self):
+        self.host = self.enterContext(Host())
+        self.keyboard = output("xkbcomp", "-xkb", os.environ["DISPLAY"], "-")
+
+    def tearDown(self):
+        self.assertEqual(output("xkbcomp", "-xkb", os.environ["DISPLAY"], "-"), self.keyboard,
+                         "the keyboard is not as before")
+
+    def type(self, text):
+        self.assertTrue(self.host.result("desktop_type", text=text, seconds=120)["ok"])
+
+
+class Toolkits(TextTest):
+    def check(self, toolkit):
+        app = InputProgram(self, toolkit)
+        for text in (mixed(500), "Hello, World", "", "a\r\nb\rc\nd", "ééé" * 20 + "\a\x00ok"):
+            self.type(text)
+            wanted = "a\nb\nc\nd" if text.startswith("a\r") else text.replace("\a\x00", "")
+            until(lambda: app.ask("text") == wanted, repr(wanted), 5)
+            app.ask("clear")
+
+    def test_gtk3(self):
+        self.check("gtk3")
+
+    def test_gtk4(self):
+        self.check("gtk4")
+
+    def test_qt5(self):
+        self.check("qt5")
+
+    def test_qt6(self):
+        self.check("qt6")
+
+    def test_terminal(self):
+        path = os.path.join(self.enterContext(tempfile.TemporaryDirectory()), "typed")
+        program = Program(self, "xterm", "-u8", "-e",
+                          f"stty raw -echo; printf 1 > {path}; exec cat >> {path}")
+        until(lambda: os.path.exists(path) and os.path.getsize(path) == 1, "the terminal")
+        output("xdotool", "windowfocus", "--sync", str(program.window))
+        text = mixed(500)
+        self.type(text)
+        wanted = "1" + text.replace("\n", "\r")
+
+        def read():
+            with open(path, "rb") as file:
+                return file.read().decode(errors="replace")
+
+        until(lambda: len(read()) >= len(wanted), "the whole text", 10)
+        self.assertEqual(read(), wanted)
+
+
+class Applications(TextTest):
+    def test_browser(self):
+        if not shutil.which("chromium"):
+            self.skipTest("there is no Chromium here")
+        page = self.enterContext(Page())
+        profile = self.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
+        Program(self, "chromium", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+                "--disable-background-networking", "--disable-component-update", "--disable-sync",
+                f"--user-data-dir={profile}", f"--app={page.address}")
+        until(lambda: page.text == "", "the page", 60)
+        for text in (mixed(500), "Hello, World\n", mixed(2000)):
+            page.text = None
+            self.type(text)
+            until(lambda: page.text == text, repr(text), 20)
+            self.host.result("desktop_keypress", combo="cmd+a")
+            self.host.result("desktop_keypress", combo="delete")
+            until(lambda: page.text == "", "the empty page")
+
+    def test_editors(self):
+        """Packaged applications, which save what was typed."""
+        for program, toolkit in ("mousepad", "GTK"), ("featherpad", "Qt"):
+            with self.subTest(program):
+                path = os.path.join(self.enterContext(tempfile.TemporaryDirectory()), "a.txt")
+                open(path, "w").close()
+                editor = Program(self, program, path)
+                output("xdotool", "windowfocus", "--sync", str(editor.window))
+                text = mixed(500).replace("\n", " ").replace("\t", " ")  # which editors may indent
+                self.type(text)
+                self.host.result("desktop_keypress", combo="cmd+s")
+                until(lambda: os.path.getsize(path), f"{toolkit} has saved")
+                with open(path, encoding="utf-8") as file:
+                    self.assertEqual(file.read().removesuffix("\n"), text)
+                editor.end()
+
+
+class Keyboards(TextTest):
+    def setUp(self):
+        super().setUp()
+        self.app = InputProgram(self, "gtk3")
+        self.addCleanup(output, "setxkbmap", "us", "-option", "")
+
+    def typed(self, text):
+        self.app.ask("clear")
+        self.type(text)
+        return self.app.ask("text")
+
+    def use(self, *layout):
+        output("setxkbmap", *layout)
+        self.keyboard = output("xkbcomp", "-xkb", os.environ["DISPLAY"], "-")
+
+    def test_layouts_and_groups(self):
+        text = mixed(300) + "aZyW!?&é@ъ"
+        for layout in (["us"], ["fr"], ["de"], ["ru"], ["us,ru", "-option", "grp:menu_toggle"],
+                       ["us", "-variant", "dvorak-intl"], ["gr"], ["jp"]):
+            with self.subTest(layout):
+                self.use(*layout)
+                self.assertEqual(self.typed(text), text)
+        self.use("us,ru", "-option", "grp:menu_toggle")
+        self.host.result("desktop_keypress", combo="keycode-110")
+        self.keyboard = output("xkbcomp", "-xkb", os.environ["DISPLAY"], "-")
+        self.assertEqual(self.typed(text), text)
+        self.app.ask("clear")
+        self.host.result("desktop_keypress", combo="q")
+        self.assertEqual(self.app.ask("text"), "й", "still in the second layout")
+
+    def test_locked_and_held_modifiers(self):
+        text = mixed(200) + "aA1!"
+        for press, after in [(["key", "Caps_Lock"], "K"), (["keydown", "Shift_L"], "K"),
+                             (["keydown", "ISO_Level3_Shift"], "k"), (["key", "Num_Lock"], "k")]:
+            with self.subTest(press):
+                output("xdotool", *press)
+                self.assertEqual(self.typed(text), text)
+                self.app.ask("clear")
+                output("xdotool", "key", "45")
+                self.assertEqual(self.app.ask("text"), after, "lost for the person")
+                output("xdotool", press[0].replace("down", "up"), press[1])
+
+    def test_many_characters(self):
+        cjk = "".join(chr(0x4E00 + i * 7919 % 20000) for i in range(2000))
+        self.assertEqual(self.typed(cjk), cjk)
+        long = mixed(10_000)
+        self.assertEqual(self.typed(long), long)
+
+
+class Failures(TextTest):
+    def test_killed_while_typing(self):
+        app = InputProgram(self, "gtk3")
+        victim = self.enterContext(Host())
+        os.kill(app.pid, signal.SIGSTOP)  # keeps the keys from being done with
+        victim.send("desktop_type", {"text": mixed(100)})
+        used = lambda: output("xkbcomp", "-xkb", os.environ["DISPLAY"], "-") != self.keyboard
+        until(used, "the keys are mapped")
+        victim.process.kill()
+        os.kill(app.pid, signal.SIGCONT)
+        until(lambda: app.ask("text") == mixed(100), "the text")
+        app.ask("clear")
+        text = mixed(500)[::-1]
+        self.type(text)
+        self.assertEqual(app.ask("text"), text)
+
+    def test_a_program_that_hangs(self):
+        app = InputProgram(self, "gtk3")
+        os.kill(app.pid, signal.SIGSTOP)
+        began = time.monotonic()
+        self.type("".join(chr(0x4E00 + i) for i in range(1000)))
+        self.assertLess(time.monotonic() - began, 12)
+        os.kill(app.pid, signal.SIGCONT)
+        app.ask("clear")
+        self.type("日本語")
+        self.assertEqual(app.ask("text"), "日本語")
+
+
+if __name__ == "__main__":
+    unittest.main()

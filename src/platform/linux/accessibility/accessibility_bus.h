@@ -22,6 +22,8 @@ class AtspiProgram {
     Peer& onBus() const { return onBus_; }
     /// Its properties may be asked for all at once. Some programs die of that.
     bool givesAllProperties() const { return givesAllProperties_; }
+    /// When it was first asked anything.
+    BusDeadline firstContact() const { return firstContact_; }
     /// It knows places within its windows only, not on the screen.
     bool placesWithinWindow() const { return placesWithinWindow_; }
 
@@ -32,6 +34,7 @@ class AtspiProgram {
     bool isIntroduced_ = false;
     bool givesAllProperties_ = false;
     bool placesWithinWindow_ = false;
+    BusDeadline firstContact_ = BusClock::now();
     std::unique_ptr<Bus> socket_;
 };
 

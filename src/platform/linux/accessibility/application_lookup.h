@@ -2,15 +2,34 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/accessibility/accessibility_bus.h"
 
 namespace quil::linux_platform {
 
-/// The names under which a process is on the accessibility bus, in the registry's order. Empty when
-/// it is not there.
-std::vector<std::string> busNamesOf(AccessibilityBus& bus, std::int32_t pid);
+/// Finds processes on the accessibility bus.
+class ApplicationLookup {
+  public:
+    /// `bus` outlives this.
+    explicit ApplicationLookup(AccessibilityBus& bus) : bus_(bus) {}
+
+    /// The names under which a process is on the bus, in the registry's order. Empty when it is not
+    /// there. One that has only just started, or been woken, is waited for: once and bounded.
+    std::vector<std::string> busNamesOf(std::int32_t pid);
+
+  private:
+    /// A process, named for good by its id and its start time.
+    using Process = std::pair<std::int32_t, std::uint64_t>;
+
+    std::vector<std::string> registeredNames(std::int32_t pid);
+
+    AccessibilityBus& bus_;
+    /// Those that never came.
+    std::set<Process> givenUp_;
+};
 
 }  // namespace quil::linux_platform

@@ -18,7 +18,7 @@ using BusDeadline = BusClock::time_point;
 
 /// How long an application or a bus that was asked may stay silent, and how long the session bus.
 /// Whoever stays silent for longer hangs, and is not waited for again until they say something.
-inline constexpr std::chrono::milliseconds kBusPatience{1800};
+inline constexpr std::chrono::milliseconds kBusPatience{1700};
 inline constexpr std::chrono::milliseconds kSessionPatience{1000};
 
 struct MessageDeleter {

@@ -1,6 +1,5 @@
 #include "platform/linux/accessibility/linux_accessibility.h"
 
-#include "platform/linux/accessibility/application_lookup.h"
 #include "platform/linux/accessibility/element_actions.h"
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/focused_window.h"
@@ -87,7 +86,7 @@ std::optional<Reference> LinuxAccessibility::resolve(const ElementRef& element) 
         if (handle->generation() != bus_.generation()) return {};
         return handle->reference();
     }
-    const auto names = busNamesOf(bus_, handle->pid());
+    const auto names = lookup_.busNamesOf(handle->pid());
     if (names.empty()) return {};
     return Reference{names.front(), atspi::kRootPath};
 }
@@ -109,7 +108,7 @@ std::int32_t LinuxAccessibility::copyFocusedWindow(const ElementRef& element,
     if (!handle) return kAxIllegalArgument;
     if (handle->pid() == 0) return kAxAttributeUnsupported;
     if (!bus_.connect()) return kAxCannotComplete;
-    const auto names = busNamesOf(bus_, handle->pid());
+    const auto names = lookup_.busNamesOf(handle->pid());
     if (names.empty()) return kAxCannotComplete;
     const auto window = focusedWindow(bus_, display_, handle->pid(), names);
     if (!window) return kAxNoValue;

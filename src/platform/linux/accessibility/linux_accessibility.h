@@ -4,6 +4,7 @@
 
 #include "platform/accessibility.h"
 #include "platform/linux/accessibility/accessibility_bus.h"
+#include "platform/linux/accessibility/application_lookup.h"
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/element.h"
 #include "platform/linux/accessibility/element_reader.h"
@@ -46,6 +47,7 @@ class LinuxAccessibility : public Accessibility {
 
     AccessibilityBus& bus_;
     X11Display& display_;
+    ApplicationLookup lookup_{bus_};
     ScreenPlaces places_{bus_, display_};
     std::unique_ptr<ObservedTree> tree_;
     /// The observation's root, which may be an application.

@@ -1,6 +1,7 @@
 #include "platform/linux/accessibility/observed_tree.h"
 
 #include <algorithm>
+#include <thread>
 
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/fact_questions.h"
@@ -10,12 +11,19 @@ namespace quil::linux_platform {
 namespace {
 
 /// However steadily an application answers, nobody waits longer for its tree.
-constexpr std::chrono::seconds kLongestObservation{10};
+constexpr std::chrono::seconds kLongestObservation{20};
+
+/// Browsers send their documents only to those who ask, and not at once: this long after the first
+/// contact an empty document may still fill, and is looked at this often.
+constexpr std::chrono::milliseconds kDocumentPatience{2000};
+constexpr std::chrono::milliseconds kDocumentPause{40};
 
 /// Elements that are asked at a time: enough for the application never to wait for us, few enough
 /// that little is asked in vain when the elements before them turn out to fill the walk.
 constexpr int kMostActive = 128;
-constexpr int kFewActive = kMostActive / 2;
+
+/// Answers between two looks at which elements come first.
+constexpr int kAnswersBetweenLooks = 32;
 
 }  // namespace
 
@@ -23,15 +31,15 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Re
                            const ObservationPlan& plan)
     : bus_(bus),
       maximumElements_(plan.maximumNodes),
-      maximumDepth_(static_cast<std::size_t>(std::max(plan.maximumDepth, 0))),
+      maximumDepth_(plan.maximumDepth),
       deadline_(BusClock::now() + kLongestObservation),
       wantsActions_(plan.actionNames) {
     for (const std::string_view name : plan.attributes) {
         if (const Attribute* attribute = findAttribute(name)) attributes_.push_back(attribute);
     }
-    root_ = &element(root);
     bus_.introducedProgram(root.busName);
-    fetch();
+    fetch(root);
+    awaitDocuments();
     if (wantsActions_) findScrollBars();
     if (places.isWithinWindow(root)) placeOnScreen(places);
 }
@@ -58,7 +66,11 @@ FactSet ObservedTree::needs(const Facts& facts) const {
     return needs;
 }
 
-void ObservedTree::fetch() {
+void ObservedTree::fetch(const Reference& root) {
+    elements_.clear();
+    root_ = &element(root);
+    work_ = {root_};
+    expected_ = 1;
     do {
         schedule();
         bus_.waitForAnswers();
@@ -66,31 +78,74 @@ void ObservedTree::fetch() {
     } while (active_ > 0);
 }
 
-/// Goes through what is known of the tree as the walk will, and asks the elements that it will come
-/// to and that have not been asked.
+void ObservedTree::awaitDocuments() {
+    const auto isEmpty = [](const auto& entry) {
+        const Facts& facts = entry.second.facts;
+        return facts.role == AtspiRole::documentWeb && facts.knows(Fact::childCount) &&
+               facts.childCount == 0;
+    };
+    const Reference root = root_->reference;
+    const auto end = bus_.program(root.busName).firstContact() + kDocumentPatience;
+    while (std::any_of(elements_.begin(), elements_.end(), isEmpty) && BusClock::now() < end) {
+        std::this_thread::sleep_for(kDocumentPause);
+        fetch(root);  // the document that fills may be another one
+    }
+}
+
 void ObservedTree::schedule() {
     if (isScheduling_ || isOverdue()) return;
     isScheduling_ = true;
+    if (expected_ <= maximumElements_) {
+        scheduleAll();
+    } else if (active_ == 0 || ++answersSinceScheduled_ >= kAnswersBetweenLooks) {
+        answersSinceScheduled_ = 0;
+        scheduleFirst();
+    }
+    isScheduling_ = false;
+}
+
+void ObservedTree::work(ObservedElement& element, std::int64_t maximumChildren) {
+    if (!element.isBegun) begin(element);
+    if (!element.wantsChildren) return;
+    expected_ += element.facts.childCount;
+    element.wantsChildren = false;
+    ask(element, {Fact::children}, maximumChildren);
+}
+
+/// The walk comes to everything that is known of the tree.
+void ObservedTree::scheduleAll() {
+    while (active_ < kMostActive && !work_.empty()) {
+        ObservedElement& element = *work_.front();
+        const bool fits =
+            !element.wantsChildren || expected_ + element.facts.childCount <= maximumElements_;
+        if (!fits) {
+            expected_ += element.facts.childCount;
+            return scheduleFirst();
+        }
+        work_.pop_front();
+        work(element, maximumElements_);
+    }
+}
+
+/// Goes through what is known of the tree as the walk will, and asks the elements that it will come
+/// to and that have not been asked.
+void ObservedTree::scheduleFirst() {
     struct Level {
         const std::vector<ObservedElement*>* siblings;
         std::size_t next;
     };
+    work_.clear();
     const std::vector<ObservedElement*> top{root_};
     std::vector<Level> path{{&top, 0}};
     for (std::int64_t position = 0; position < maximumElements_ && active_ < kMostActive;) {
         while (!path.empty() && path.back().next == path.back().siblings->size()) path.pop_back();
         if (path.empty()) break;
         ObservedElement& element = *(*path.back().siblings)[path.back().next++];
-        if (!element.isBegun) begin(element);
         // The walk comes to so many more elements, and looks at one more to see that it was cut.
-        if (element.wantsChildren) {
-            element.wantsChildren = false;
-            ask(element, {Fact::children}, maximumElements_ - position);
-        }
-        if (path.size() < maximumDepth_) path.push_back({&element.children, 0});
+        work(element, maximumElements_ - position);
+        if (static_cast<int>(path.size()) < maximumDepth_) path.push_back({&element.children, 0});
         ++position;
     }
-    isScheduling_ = false;
 }
 
 void ObservedTree::begin(ObservedElement& element) {
@@ -106,6 +161,7 @@ void ObservedTree::proceed(ObservedElement& element) {
     if (next.has(Fact::children)) {
         if (facts.childCount > 0) {
             element.wantsChildren = true;
+            work_.push_back(&element);
         } else {
             facts.answered(Fact::children, facts.code(Fact::childCount));
             return proceed(element);
@@ -114,7 +170,7 @@ void ObservedTree::proceed(ObservedElement& element) {
     next = next.without({Fact::children});
     if (!next.isEmpty()) return ask(element, next, 0);
     if (!element.wantsChildren) element.isComplete = true;
-    if (active_ < kFewActive) schedule();
+    schedule();
 }
 
 void ObservedTree::ask(ObservedElement& element, FactSet wanted, std::int64_t maximumChildren) {
@@ -135,7 +191,11 @@ void ObservedTree::takeChildren(ObservedElement& element) {
             child.facts.parentRole = element.facts.role;
             child.facts.answered(Fact::parentRole, 0);
         }
-        if (!child.parent && &child != root_) child.parent = &element;
+        if (!child.parent && &child != root_) {
+            child.parent = &element;
+            child.depth = element.depth + 1;
+            if (child.depth < maximumDepth_) work_.push_back(&child);
+        }
         element.children.push_back(&child);
     }
 }

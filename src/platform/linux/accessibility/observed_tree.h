@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <unordered_map>
 #include <vector>
 
@@ -20,6 +21,7 @@ struct ObservedElement {
     std::vector<ObservedElement*> children;
     /// Null for the root.
     ObservedElement* parent = nullptr;
+    int depth = 0;
 
     bool isBegun = false;
     bool isComplete = false;
@@ -45,8 +47,13 @@ class ObservedTree {
   private:
     ObservedElement& element(const Reference& reference);
     FactSet needs(const Facts& facts) const;
-    void fetch();
+    void fetch(const Reference& root);
+    /// Looks again at documents that are empty because their browser has only just been asked.
+    void awaitDocuments();
     void schedule();
+    void scheduleAll();
+    void scheduleFirst();
+    void work(ObservedElement& element, std::int64_t maximumChildren);
     void begin(ObservedElement& element);
     void proceed(ObservedElement& element);
     void ask(ObservedElement& element, FactSet wanted, std::int64_t maximumChildren);
@@ -57,16 +64,22 @@ class ObservedTree {
 
     AccessibilityBus& bus_;
     const std::int64_t maximumElements_;
-    const std::size_t maximumDepth_;
+    const int maximumDepth_;
     const BusDeadline deadline_;
     std::vector<const Attribute*> attributes_;
     const bool wantsActions_;
 
     std::unordered_map<Reference, ObservedElement, ReferenceHash> elements_;
-    ObservedElement* root_;
+    ObservedElement* root_ = nullptr;
     /// Elements that are being asked.
     int active_ = 0;
     bool isScheduling_ = false;
+    /// Elements that may be asked more, in the order in which they were found.
+    std::deque<ObservedElement*> work_;
+    /// How many elements the tree has at least. While they all fit into the walk, their order does
+    /// not matter.
+    std::int64_t expected_ = 1;
+    int answersSinceScheduled_ = 0;
 };
 
 }  // namespace quil::linux_platform

@@ -41,16 +41,16 @@ milliseconds ageOf(std::uint64_t startTime) {
 
 }  // namespace
 
-std::vector<std::string> ApplicationLookup::registeredNames(std::int32_t pid) {
+std::vector<std::string> busNamesOf(AccessibilityBus& bus, std::int32_t pid) {
     std::vector<std::string> names;
-    for (auto& program : bus_.registeredPrograms()) {
+    for (auto& program : bus.registeredPrograms()) {
         if (program.pid == pid) names.push_back(std::move(program.busName));
     }
     return names;
 }
 
 std::vector<std::string> ApplicationLookup::busNamesOf(std::int32_t pid) {
-    auto names = registeredNames(pid);
+    auto names = linux_platform::busNamesOf(bus_, pid);
     const auto startTime = names.empty() ? startTimeOf(pid) : std::nullopt;
     if (!startTime || givenUp_.contains({pid, *startTime})) return names;
     const auto now = BusClock::now();
@@ -58,7 +58,7 @@ std::vector<std::string> ApplicationLookup::busNamesOf(std::int32_t pid) {
     if (now < end && usesToolkit(pid)) {
         while (names.empty() && BusClock::now() < end) {
             std::this_thread::sleep_for(kPause);
-            names = registeredNames(pid);
+            names = linux_platform::busNamesOf(bus_, pid);
         }
     }
     if (names.empty() && BusClock::now() >= end) givenUp_.insert({pid, *startTime});

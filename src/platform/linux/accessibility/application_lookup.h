@@ -11,21 +11,22 @@
 
 namespace quil::linux_platform {
 
-/// Finds processes on the accessibility bus.
+/// The names under which a process is on the accessibility bus now, in the registry's order.
+std::vector<std::string> busNamesOf(AccessibilityBus& bus, std::int32_t pid);
+
+/// Finds the processes of applications on the accessibility bus, also those about to join it.
 class ApplicationLookup {
   public:
     /// `bus` outlives this.
     explicit ApplicationLookup(AccessibilityBus& bus) : bus_(bus) {}
 
-    /// The names under which a process is on the bus, in the registry's order. Empty when it is not
-    /// there. One that has only just started, or been woken, is waited for: once and bounded.
+    /// The names of the process. One that has only just started, or been woken, is waited for: once
+    /// and bounded.
     std::vector<std::string> busNamesOf(std::int32_t pid);
 
   private:
     /// A process, named for good by its id and its start time.
     using Process = std::pair<std::int32_t, std::uint64_t>;
-
-    std::vector<std::string> registeredNames(std::int32_t pid);
 
     AccessibilityBus& bus_;
     /// Those that never came.

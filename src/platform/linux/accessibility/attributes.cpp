@@ -142,9 +142,23 @@ bool isPlaceholders(std::string_view text) {
     return true;
 }
 
+/// As many bullets as characters: some toolkits hand passwords out.
+std::string bullets(std::string_view text) {
+    std::string masked;
+    for (const char c : text) {
+        const bool beginsCharacter = (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+        if (beginsCharacter) masked += "\u2022";
+    }
+    return masked;
+}
+
 std::int32_t readValue(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
     if (hasTextValue(facts)) {
         if (facts.code(Fact::text) != 0) return facts.code(Fact::text);
+        if (facts.role == AtspiRole::passwordText) {
+            value = Value(bullets(facts.text));
+            return 0;
+        }
         const bool isOnlyElements = isDocument(facts.role) && isPlaceholders(facts.text);
         if (!isOnlyElements) value = Value(facts.text);
         return 0;

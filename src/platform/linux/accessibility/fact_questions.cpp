@@ -44,10 +44,18 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
           path_(whom.path),
           maximumChildren_(whom.maximumChildren),
           facts_(facts),
-          countdown_(std::move(done)) {}
+          countdown_([this, done = std::move(done)] {
+              tellPassword();
+              done();
+          }) {}
 
     void begin(FactSet wanted) {
         countdown_.expect();  // ourselves, so that an answer that comes at once does not end it
+        // Needed to tell passwords.
+        if (program_.placesWithinWindow() && wanted.has(Fact::role) &&
+            !facts_.asked.has(Fact::name)) {
+            wanted.add(Fact::name);
+        }
         FactSet properties;
         wanted.forEach([&](Fact fact) {
             if (isProperty(fact)) {
@@ -173,6 +181,14 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
                 facts_.states.add(AtspiState::showing);
             }
         });
+    }
+
+    /// GTK 4 tells a password field by nothing but the name that it has when nobody named it.
+    void tellPassword() {
+        const bool isField = facts_.role == AtspiRole::entry || facts_.role == AtspiRole::text;
+        if (program_.placesWithinWindow() && isField && facts_.name == "GtkPasswordEntry") {
+            facts_.role = AtspiRole::passwordText;
+        }
     }
 
     void askProperties(FactSet wanted) {

@@ -23,10 +23,13 @@ struct Pipe {
 
     explicit Pipe(int flags) {
         int ends[2];
-        if (pipe2(ends, O_CLOEXEC | flags) == 0) {
-            reader = ends[0];
-            writer = ends[1];
+        if (::pipe(ends) != 0) return;
+        for (const int end : ends) {
+            fcntl(end, F_SETFD, FD_CLOEXEC);
+            fcntl(end, F_SETFL, fcntl(end, F_GETFL) | flags);
         }
+        reader = ends[0];
+        writer = ends[1];
     }
     ~Pipe() {
         close(reader);

@@ -1,5 +1,7 @@
 #import "platform/macos/macos_platform.h"
 
+#import <ApplicationServices/ApplicationServices.h>
+
 #include <unistd.h>
 
 #include "platform/machine.h"
@@ -16,6 +18,9 @@ namespace quil::macos {
 
 MacPlatform::MacPlatform() : input_(STDIN_FILENO), output_(STDOUT_FILENO) {
     secureStandardStreams();
+    // Connects to the window server. A program without an application object has to have done so
+    // before it captures a window: the capture services take it for granted.
+    CGMainDisplayID();
 }
 
 }  // namespace quil::macos

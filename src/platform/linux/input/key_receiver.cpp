@@ -72,6 +72,13 @@ std::optional<std::uint64_t> timeRunAtRest(std::int32_t pid) {
     return sum;
 }
 
+/// Later than all marks of earlier receivers, whose answers may still come.
+std::uint32_t firstMark() {
+    using Tick = std::chrono::duration<std::int64_t, std::ratio<1, 10'000>>;
+    return static_cast<std::uint32_t>(
+        std::chrono::floor<Tick>(Clock::now().time_since_epoch()).count());
+}
+
 void selectRootEvents(X11Connection& connection, std::uint32_t mask) {
     xcb_change_window_attributes(connection.get(), connection.root(), XCB_CW_EVENT_MASK, &mask);
 }
@@ -79,7 +86,8 @@ void selectRootEvents(X11Connection& connection, std::uint32_t mask) {
 }  // namespace
 
 KeyReceiver::KeyReceiver(X11Connection& connection)
-    : connection_(connection), window_(focusedWindow(connection)) {
+    : connection_(connection), window_(focusedWindow(connection)), marks_(firstMark()) {
+    passed_ = marks_;
     // Toolkits often give the focus to a window inside of the one that everybody knows.
     xcb_window_t window = window_;
     for (int i = 0; i < kMostAncestors && window != XCB_WINDOW_NONE && window != connection.root();
@@ -87,56 +95,72 @@ KeyReceiver::KeyReceiver(X11Connection& connection)
         if (!answersPings(connection, window)) continue;
         window_ = window;
         answersPings_ = true;
+        // The answers are sent to the root window, to those who care about the windows on it (GTK)
+        // or about itself (Qt).
+        selectRootEvents(connection_,
+                         XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
         return;
     }
     if (window_ != XCB_WINDOW_NONE) pid_ = processOf(connection, window_);
 }
 
-bool KeyReceiver::waitUntilDone(milliseconds limit) {
-    connection_.sync();
-    if (window_ == XCB_WINDOW_NONE) return true;
-    const auto deadline = Clock::now() + limit;
-    return answersPings_ ? waitForPing(deadline) : waitForRest(deadline);
+KeyReceiver::~KeyReceiver() {
+    if (answersPings_) selectRootEvents(connection_, XCB_EVENT_MASK_NO_EVENT);
 }
 
-bool KeyReceiver::waitForPing(Clock::time_point deadline) {
-    // No window manager uses a number like this, which stands for a time, for its own pings.
-    static std::atomic<std::uint32_t> lastNumber = 0;
-    const std::uint32_t number = ++lastNumber;
+void KeyReceiver::mark() {
+    ++marks_;
+    if (!answersPings_) return;
     xcb_client_message_event_t ping{};
     ping.response_type = XCB_CLIENT_MESSAGE;
     ping.format = 32;
     ping.window = window_;
     ping.type = connection_.atom("WM_PROTOCOLS");
     ping.data.data32[0] = connection_.atom("_NET_WM_PING");
-    ping.data.data32[1] = number;
+    // Stands for a time.
+    ping.data.data32[1] = marks_;
     ping.data.data32[2] = window_;
-    // The answer is sent to the root window, to those who care about the windows on it (GTK) or
-    // about itself (Qt).
-    selectRootEvents(connection_,
-                     XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
     xcb_send_event(connection_.get(), 0, window_, XCB_EVENT_MASK_NO_EVENT,
                    reinterpret_cast<const char*>(&ping));
     xcb_flush(connection_.get());
-    bool isAnswered = false;
-    while (!isAnswered && connection_.isAlive()) {
+}
+
+bool KeyReceiver::waitForMarks(std::uint32_t open, milliseconds patience) {
+    if (window_ == XCB_WINDOW_NONE) passed_ = marks_;
+    while (marks_ - passed_ > open) {
+        const auto deadline = Clock::now() + patience;
+        if (answersPings_) {
+            if (!waitForMark(deadline)) return false;
+        } else {
+            if (!waitForRest(deadline)) return false;
+            passed_ = marks_;
+        }
+    }
+    return true;
+}
+
+bool KeyReceiver::waitForMark(Clock::time_point deadline) {
+    const xcb_atom_t protocols = connection_.atom("WM_PROTOCOLS");
+    while (connection_.isAlive()) {
         if (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
             const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
-            isAnswered = (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
-                         message.type == ping.type && message.data.data32[1] == number &&
-                         message.data.data32[2] == window_;
-            continue;
+            const bool isAnswer = (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
+                                  message.type == protocols && message.data.data32[2] == window_ &&
+                                  message.data.data32[1] - passed_ - 1 < marks_ - passed_;
+            if (!isAnswer) continue;
+            passed_ = message.data.data32[1];
+            return true;
         }
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
-        if (left <= milliseconds::zero()) break;
+        if (left <= milliseconds::zero()) return false;
         pollfd socket{xcb_get_file_descriptor(connection_.get()), POLLIN, 0};
         poll(&socket, 1, static_cast<int>(left.count()));
     }
-    selectRootEvents(connection_, XCB_EVENT_MASK_NO_EVENT);
-    return isAnswered;
+    return false;
 }
 
 bool KeyReceiver::waitForRest(Clock::time_point deadline) const {
+    connection_.sync();
     if (!pid_ || !timeRunAtRest(*pid_)) {
         const bool isVisible = pid_ && std::filesystem::exists("/proc/" + std::to_string(*pid_));
         if (!isVisible) {

@@ -7,22 +7,27 @@
 
 namespace quil::linux_platform {
 
-/// The program that keys go to.
+/// The program that keys go to, and how far it is with them.
+///
+/// Programs look at what a key means when they deal with it, not when it was pressed. One that
+/// answers the window manager's pings ("_NET_WM_PING") answers when it has dealt with all that came
+/// before. One that does not is taken to be done when its process has come to rest.
 class KeyReceiver {
   public:
-    /// The one that has the keyboard now.
+    /// The one that has the keyboard now. While this lives, the connection's events are ours.
     explicit KeyReceiver(X11Connection& connection);
+    ~KeyReceiver();
+    KeyReceiver(const KeyReceiver&) = delete;
+    KeyReceiver& operator=(const KeyReceiver&) = delete;
 
-    /// Waits until the program has dealt with the keys that were sent to it, `limit` at the most:
-    /// whether it has. Takes all events that come meanwhile from the connection.
-    ///
-    /// Programs look at what a key means when they deal with it, not when it was pressed. One that
-    /// answers the window manager's pings ("_NET_WM_PING") answers when it has dealt with all
-    /// that came before. One that does not is taken to be done when its process has come to rest.
-    bool waitUntilDone(std::chrono::milliseconds limit);
+    /// Marks a point in what is sent to it.
+    void mark();
+    /// Waits until the program has passed all marks but the last `open` ones, for each mark
+    /// `patience` at the most: whether it has.
+    bool waitForMarks(std::uint32_t open, std::chrono::milliseconds patience);
 
   private:
-    bool waitForPing(std::chrono::steady_clock::time_point deadline);
+    bool waitForMark(std::chrono::steady_clock::time_point deadline);
     bool waitForRest(std::chrono::steady_clock::time_point deadline) const;
 
     X11Connection& connection_;
@@ -30,6 +35,8 @@ class KeyReceiver {
     xcb_window_t window_ = XCB_WINDOW_NONE;
     bool answersPings_ = false;
     std::optional<std::int32_t> pid_;
+    std::uint32_t marks_ = 0;
+    std::uint32_t passed_ = 0;
 };
 
 }  // namespace quil::linux_platform

@@ -11,45 +11,28 @@ namespace quil::linux_platform {
 namespace {
 
 /// Sent in one go. In between, the keyboard is as we found it, should the process be ended.
-constexpr std::size_t kStrokesAtOnce = 200;
-/// How far we are ahead of the program at most. A server keeps what a program has not read yet.
-constexpr std::size_t kStrokesAhead = 200;
-/// For a program to deal with as much.
+constexpr std::size_t kStrokesAtOnce = 50;
+/// How many such parts the program may be behind: a server keeps what is not read yet.
+constexpr std::uint32_t kPartsAhead = 20;
+/// For the program to deal with one part.
 constexpr std::chrono::milliseconds kPatience{5000};
 
-class Typist {
-  public:
-    explicit Typist(KeyboardSession& session)
-        : session_(session), receiver_(session.connection()) {}
-
-    /// Whether the program has kept up.
-    bool send(const std::vector<Stroke>& strokes) {
-        std::span<const Stroke> rest = strokes;
-        while (!rest.empty()) {
-            if (ahead_ >= kStrokesAhead && !waitForReceiver()) return false;
-            const std::size_t count = std::min(rest.size(), kStrokesAtOnce);
-            for (const Stroke& stroke : rest.first(count)) {
-                session_.useModifiers(stroke.modifiers);
-                session_.tap(stroke.keyCode);
-            }
-            session_.useModifiersAsBefore();
-            xcb_flush(session_.connection().get());
-            ahead_ += count;
-            rest = rest.subspan(count);
+/// Sends strokes no faster than the program can follow. Whether it has followed.
+bool sendStrokes(KeyboardSession& session, KeyReceiver& receiver, std::span<const Stroke> strokes) {
+    while (!strokes.empty()) {
+        const auto part = strokes.first(std::min(strokes.size(), kStrokesAtOnce));
+        for (const Stroke& stroke : part) {
+            session.useModifiers(stroke.modifiers);
+            session.tap(stroke.keyCode);
         }
-        return true;
+        session.useModifiersAsBefore();
+        receiver.mark();
+        xcb_flush(session.connection().get());
+        if (!receiver.waitForMarks(kPartsAhead, kPatience)) return false;
+        strokes = strokes.subspan(part.size());
     }
-
-    bool waitForReceiver() {
-        ahead_ = 0;
-        return receiver_.waitUntilDone(kPatience);
-    }
-
-  private:
-    KeyboardSession& session_;
-    KeyReceiver receiver_;
-    std::size_t ahead_ = 0;
-};
+    return true;
+}
 
 }  // namespace
 
@@ -58,15 +41,17 @@ void typeText(KeyboardSession& session, std::u16string_view text) {
     SpareKeyUse spare(session.connection(), session.map());
     const auto batches = planText(symbolsToType(text), session.map(), session.group(),
                                   session.keptLocks(), spare.keys());
-    Typist typist(session);
+    KeyReceiver receiver(session.connection());
+    // Keys that an earlier use has left behind may still be waited for, too.
+    if (spare.isMapped()) receiver.mark();
     for (const TextBatch& batch : batches) {
         if (!batch.symbols.empty()) {
-            if (spare.isMapped() && !typist.waitForReceiver()) return;
+            if (spare.isMapped() && !receiver.waitForMarks(0, kPatience)) return;
             if (!spare.map(batch.symbols)) break;
         }
-        if (!typist.send(batch.strokes)) return;
+        if (!sendStrokes(session, receiver, batch.strokes)) return;
     }
-    if (spare.isMapped() && typist.waitForReceiver()) spare.unmap();
+    if (spare.isMapped() && receiver.waitForMarks(0, kPatience)) spare.unmap();
 }
 
 }  // namespace quil::linux_platform

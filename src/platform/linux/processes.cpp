@@ -30,6 +30,22 @@ std::vector<std::string_view> splitAtNul(std::string_view text) {
     return parts;
 }
 
+/// A numeric field of the process's status line, counted from 1 as proc(5) does. The second field
+/// is the name in parentheses, which may itself hold any character.
+std::optional<std::uint64_t> statusNumber(std::int32_t pid, int wanted) {
+    const std::string stat = contentsOf(pathOf(pid, "stat"));
+    std::size_t at = stat.rfind(')');
+    for (int field = 2; field < wanted && at != std::string::npos; ++field) {
+        at = stat.find(' ', at + 1);
+    }
+    if (at == std::string::npos) return {};
+    std::uint64_t number = 0;
+    const char* end = stat.data() + stat.size();
+    return std::from_chars(stat.data() + at + 1, end, number).ec == std::errc()
+               ? std::optional(number)
+               : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::string> executableOf(std::int32_t pid) {
@@ -68,17 +84,12 @@ std::string processName(std::int32_t pid) {
 }
 
 std::optional<std::uint64_t> startTimeOf(std::int32_t pid) {
-    // proc(5): the second field is the name in parentheses, which may itself hold any character;
-    // the start time is the 22nd.
-    const std::string stat = contentsOf(pathOf(pid, "stat"));
-    std::size_t at = stat.rfind(')');
-    for (int field = 2; field < 22 && at != std::string::npos; ++field) at = stat.find(' ', at + 1);
-    if (at == std::string::npos) return {};
-    std::uint64_t ticks = 0;
-    const char* end = stat.data() + stat.size();
-    return std::from_chars(stat.data() + at + 1, end, ticks).ec == std::errc()
-               ? std::optional(ticks)
-               : std::nullopt;
+    return statusNumber(pid, 22);
+}
+
+std::optional<std::int32_t> parentOf(std::int32_t pid) {
+    const auto parent = statusNumber(pid, 4);
+    return parent && *parent > 0 ? std::optional(static_cast<std::int32_t>(*parent)) : std::nullopt;
 }
 
 std::string flatpakIdOf(std::int32_t pid) {

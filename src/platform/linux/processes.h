@@ -26,6 +26,9 @@ std::string processName(std::int32_t pid);
 /// the process for good; the id alone is used again.
 std::optional<std::uint64_t> startTimeOf(std::int32_t pid);
 
+/// The process that started it, or has adopted it.
+std::optional<std::int32_t> parentOf(std::int32_t pid);
+
 /// The id of the Flatpak application in whose sandbox it runs; empty for any other process.
 std::string flatpakIdOf(std::int32_t pid);
 

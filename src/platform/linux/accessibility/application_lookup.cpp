@@ -7,7 +7,9 @@
 #include <fstream>
 #include <thread>
 
+#include "platform/linux/accessibility/application_windows.h"
 #include "platform/linux/processes.h"
+#include "platform/linux/x11/window_stack.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -17,6 +19,8 @@ using std::chrono::milliseconds;
 /// How long after its start, or after it was woken, a process may still join the bus.
 constexpr milliseconds kJoiningTime{1500};
 constexpr milliseconds kPause{20};
+
+constexpr int kMostGenerations = 16;
 
 /// Libraries of the toolkits that join it; processes without them never do.
 constexpr std::string_view kToolkits[] = {"/libatk-bridge-2.0.", "/libgtk-4.", "/libQt5Gui.",
@@ -39,6 +43,21 @@ milliseconds ageOf(std::uint64_t startTime) {
     return std::chrono::duration_cast<milliseconds>(sinceBoot) - start;
 }
 
+bool isAncestor(std::int32_t ancestor, std::int32_t pid) {
+    std::optional<std::int32_t> current = pid;
+    for (int generation = 0; current && generation < kMostGenerations; ++generation) {
+        current = parentOf(*current);
+        if (current == ancestor) return true;
+    }
+    return false;
+}
+
+/// Whether two processes may be of one application.
+bool areRelated(std::int32_t a, std::int32_t b) {
+    const std::string sandbox = flatpakIdOf(a);
+    return (!sandbox.empty() && sandbox == flatpakIdOf(b)) || isAncestor(a, b) || isAncestor(b, a);
+}
+
 }  // namespace
 
 std::vector<std::string> busNamesOf(AccessibilityBus& bus, std::int32_t pid) {
@@ -49,8 +68,30 @@ std::vector<std::string> busNamesOf(AccessibilityBus& bus, std::int32_t pid) {
     return names;
 }
 
+std::vector<std::string> ApplicationLookup::relativesOf(std::int32_t pid) {
+    auto programs = bus_.registeredPrograms();
+    std::erase_if(programs, [&](const auto& program) {
+        return !program.pid || !areRelated(pid, *program.pid);
+    });
+    const auto connection = programs.empty() ? nullptr : display_.connection();
+    if (!connection) return {};
+    auto onScreen = topLevelWindows(*connection);
+    std::erase_if(onScreen, [&](const X11Window& window) { return window.pid != pid; });
+    for (const auto& program : programs) {
+        for (const ApplicationWindow& window : applicationWindows(bus_, {program.busName})) {
+            const bool isShown =
+                std::any_of(onScreen.begin(), onScreen.end(), [&](const X11Window& other) {
+                    return window.hasTitleOf(other) && window.hasSizeOf(other);
+                });
+            if (isShown) return {program.busName};
+        }
+    }
+    return {};
+}
+
 std::vector<std::string> ApplicationLookup::busNamesOf(std::int32_t pid) {
     auto names = linux_platform::busNamesOf(bus_, pid);
+    if (names.empty()) names = relativesOf(pid);
     const auto startTime = names.empty() ? startTimeOf(pid) : std::nullopt;
     if (!startTime || givenUp_.contains({pid, *startTime})) return names;
     const auto now = BusClock::now();

@@ -1,11 +1,27 @@
 #include "platform/linux/accessibility/linux_accessibility.h"
 
+#include <chrono>
+#include <thread>
+
 #include "platform/linux/accessibility/element_actions.h"
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/focused_window.h"
 #include "platform/linux/accessibility/messages.h"
+#include "platform/linux/x11/window_stack.h"
 
 namespace quil::linux_platform {
+namespace {
+
+constexpr std::chrono::milliseconds kWindowPatience{700};
+constexpr std::chrono::milliseconds kWindowPause{20};
+
+bool ownsActiveWindow(X11Display& display, std::int32_t pid) {
+    const auto connection = display.connection();
+    const auto window = connection ? activeWindow(*connection) : std::nullopt;
+    return window && window->pid == pid;
+}
+
+}  // namespace
 
 ElementRef LinuxAccessibility::createApplication(std::int32_t pid) {
     return std::make_shared<AtspiElement>(pid);
@@ -110,7 +126,13 @@ std::int32_t LinuxAccessibility::copyFocusedWindow(const ElementRef& element,
     if (!bus_.connect()) return kAxCannotComplete;
     const auto names = lookup_.busNamesOf(handle->pid());
     if (names.empty()) return kAxCannotComplete;
-    const auto window = focusedWindow(bus_, display_, handle->pid(), names);
+    auto window = focusedWindow(bus_, display_, handle->pid(), names);
+    // A program that has only just joined the bus may not have told about its windows yet.
+    const auto patience = bus_.program(names.front()).firstContact() + kWindowPatience;
+    while (!window && BusClock::now() < patience && ownsActiveWindow(display_, handle->pid())) {
+        std::this_thread::sleep_for(kWindowPause);
+        window = focusedWindow(bus_, display_, handle->pid(), names);
+    }
     if (!window) return kAxNoValue;
     value = Value(makeElement(*window));
     return 0;

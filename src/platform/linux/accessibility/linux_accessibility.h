@@ -47,7 +47,7 @@ class LinuxAccessibility : public Accessibility {
 
     AccessibilityBus& bus_;
     X11Display& display_;
-    ApplicationLookup lookup_{bus_};
+    ApplicationLookup lookup_{bus_, display_};
     ScreenPlaces places_{bus_, display_};
     std::unique_ptr<ObservedTree> tree_;
     /// The observation's root, which may be an application.

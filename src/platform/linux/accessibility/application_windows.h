@@ -1,0 +1,27 @@
+#pragma once
+
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "platform/linux/accessibility/accessibility_bus.h"
+#include "platform/linux/accessibility/facts.h"
+#include "platform/linux/x11/windows.h"
+
+namespace quil::linux_platform {
+
+/// A window of a program on the accessibility bus.
+struct ApplicationWindow {
+    Reference reference;
+    /// Name, states and extents.
+    Facts facts;
+
+    bool hasTitleOf(const X11Window& window) const;
+    bool hasSizeOf(const X11Window& window) const;
+};
+
+/// The windows of a process that is on the bus under these names. Bounded.
+std::deque<ApplicationWindow> applicationWindows(AccessibilityBus& bus,
+                                                 const std::vector<std::string>& busNames);
+
+}  // namespace quil::linux_platform

@@ -1,15 +1,12 @@
 #include "runtime/recording_handlers.h"
 
 #include "runtime/gates.h"
+#include "screen/displays_once.h"
 
 namespace quil {
 namespace {
 
 constexpr std::int64_t kDefaultTimeoutMs = 1000;
-
-Json payload(Runtime& runtime, const RecordedInput& record) {
-    return inputEventPayload(runtime.platform.clock(), runtime.platform.displays(), record);
-}
 
 void respondPermissionRequired(Runtime& runtime, std::int64_t id, const char* message) {
     runtime.responses.respondErrorCode(id, "RECORDING_PERMISSION_REQUIRED", message);
@@ -42,14 +39,17 @@ void handleNextInputEvent(Runtime& runtime, std::int64_t id, const Parameters& p
     const auto timeoutMs = parameters.integer("timeoutMs").value_or(kDefaultTimeoutMs);
     const auto record = runtime.sharedInputRecorder->next(timeoutMs);
     Json result;
-    result["event"] = record ? payload(runtime, *record) : Json();
+    Platform& platform = runtime.platform;
+    result["event"] =
+        record ? inputEventPayload(platform.clock(), platform.displays(), *record) : Json();
     runtime.responses.respond(id, std::move(result));
 }
 
 void handleStopInputRecording(Runtime& runtime, std::int64_t id, const Parameters&) {
     Json events = Json::array();
+    DisplaysOnce displays(runtime.platform.displays());
     for (const RecordedInput& record : runtime.sharedInputRecorder->stopAndDrain()) {
-        events.push_back(payload(runtime, record));
+        events.push_back(inputEventPayload(runtime.platform.clock(), displays, record));
     }
     Json result;
     result["events"] = std::move(events);

@@ -78,6 +78,22 @@ TEST(RecordingHandlers, SayWhatIsMissing) {
     EXPECT_EQ(desktop.callCount("requestListenEventAccess"), 1) << "asked the first time alone";
 }
 
+TEST(RecordingHandlers, AskForTheDisplaysOnceForAllRecords) {
+    SimulatedDesktop desktop;
+    desktop.displays.push_back({2, {1440, -180, 1920, 1080}, "Side"});
+    desktop.onRequest(2, [](SimulatedDesktop& d) {
+        for (int i = 0; i < 100; ++i) d.person().click({1680, 360}).click({0, 0});
+    });
+    const auto answers = converse(
+        desktop, {{"startInputRecording", Json::object()}, {"stopInputRecording", Json::object()}});
+    const Json& events = answers[1]["result"]["events"];
+    ASSERT_EQ(events.size(), 200u);
+    EXPECT_EQ(events[198]["target"]["display"]["name"], "Side");
+    EXPECT_EQ(events[198]["target"]["point"]["x"], 0.5);
+    EXPECT_EQ(events[199]["target"]["display"]["id"], 1);
+    EXPECT_EQ(desktop.callCount("screens"), 1);
+}
+
 // The input ends while a recording runs: the process ends all the same, with everything.
 TEST(RecordingHandlers, TheProcessEndsWithItsRecording) {
     for (int i = 0; i < 50; ++i) {

@@ -33,35 +33,46 @@ std::optional<std::string> AccessibilityBus::address() {
 }
 
 bool AccessibilityBus::answers() {
-    const bool isThere = address().has_value();
+    const auto named = address();
+    if (!named) return false;
+    // Another bus may have taken the place of ours, which still runs for those who are on it.
+    if (bus_ && *named != connectedTo_) bus_ = nullptr;
     // Toolkits need time to show their trees: they hear of us as early as can be.
-    if (isThere) connect();
-    return isThere;
+    connect();
+    return true;
 }
 
 bool AccessibilityBus::connect() {
-    if (bus_ && bus_->isAlive()) return bus_->isReady();
-    programs_.clear();
-    processIds_.clear();
-    bus_ = nullptr;
-    const auto found = address();
-    if (found) bus_ = Bus::open(Bus::Kind::bus, *found);
-    if (!bus_) return false;
-    ++generation_;
-    connectedSince_ = BusClock::now();
+    if (!bus_ || !bus_->isAlive()) {
+        programs_.clear();
+        processIds_.clear();
+        bus_ = nullptr;
+        isAnnounced_ = false;
+        const auto named = address();
+        if (named) bus_ = Bus::open(Bus::Kind::bus, *named);
+        if (!bus_) return false;
+        connectedTo_ = *named;
+        connectedSince_ = BusClock::now();
+        ++generation_;
+    }
     if (!bus_->isReady()) return false;
-    announce();
+    if (!isAnnounced_) announce();
     return true;
 }
 
 void AccessibilityBus::announce() {
+    isAnnounced_ = true;
     const AnswerHandler ignore = [](Answer) {};
-    session_->peer("org.a11y.Bus")
-        .call("/org/a11y/bus", atspi::kProperties, "Set", ignore, "ssv", "org.a11y.Status",
-              "IsEnabled", "b", 1);
+    std::vector<Bus*> buses{bus_.get()};
+    if (session_ && session_->isReady()) {
+        buses.push_back(session_.get());
+        session_->peer("org.a11y.Bus")
+            .call("/org/a11y/bus", atspi::kProperties, "Set", ignore, "ssv", "org.a11y.Status",
+                  "IsEnabled", "b", 1);
+    }
     bus_->peer(atspi::kRegistry)
         .call("/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", ignore, "s", kEvent);
-    Bus::waitForAnswers({session_.get(), bus_.get()});
+    Bus::waitForAnswers(buses);
 }
 
 AtspiProgram& AccessibilityBus::program(const std::string& busName) {

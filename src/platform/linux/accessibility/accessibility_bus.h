@@ -77,6 +77,8 @@ class AccessibilityBus {
 
     std::unique_ptr<Bus> session_;
     std::unique_ptr<Bus> bus_;
+    std::string connectedTo_;
+    bool isAnnounced_ = false;
     std::uint64_t generation_ = 0;
     BusDeadline connectedSince_;
     std::map<std::string, AtspiProgram> programs_;

@@ -8,8 +8,7 @@ namespace {
 
 /// What toolkits call the action that a plain click triggers; of several, the first here is meant.
 constexpr std::string_view kPressNames[] = {
-    "click",     "press",  "push", "activate", "toggle",  "jump",
-    "dodefault", "select", "open", "check",    "uncheck",
+    "click", "press", "push", "activate", "toggle", "jump", "select", "open", "check", "uncheck",
 };
 
 bool isLetterOrDigit(char c) {

@@ -1,0 +1,195 @@
+#include <gmock/gmock.h>
+
+#include <map>
+
+#include "platform/accessibility.h"
+#include "platform/linux/accessibility/action_names.h"
+#include "platform/linux/accessibility/attributes.h"
+#include "platform/linux/accessibility/scroll_bars.h"
+
+namespace quil::linux_platform {
+namespace {
+
+using ::testing::ElementsAre;
+
+/// Facts of which all have been asked for, and everything not said here is empty.
+Facts known(AtspiRole role, States states = {}, Interfaces interfaces = {}) {
+    Facts facts;
+    for (unsigned fact = 0; fact < kFactCount; ++fact) facts.answered(static_cast<Fact>(fact), 0);
+    facts.role = role;
+    facts.states = states;
+    facts.interfaces = interfaces;
+    return facts;
+}
+
+std::optional<Value> read(const Facts& facts, std::string_view name) {
+    const Attribute* attribute = findAttribute(name);
+    if (!attribute || !attribute->needs(facts).isEmpty()) return {};
+    std::optional<Value> value;
+    const ElementMaker noMaker = [](const Reference&) { return nullptr; };
+    return attribute->read(facts, noMaker, value) == 0 ? value : std::nullopt;
+}
+
+TEST(AtspiRoles, DependOnWhatIsAround) {
+    const AtspiRole unheardOf{9999};
+    const struct {
+        AtspiRole role;
+        RoleContext context;
+        std::string_view expected;
+        std::string_view subrole;
+    } cases[] = {
+        {AtspiRole::alert, {.isChildOfApplication = true}, "AXWindow", "AXDialog"},
+        {AtspiRole::alert, {}, "AXGroup", "AXApplicationAlert"},
+        {AtspiRole::comboBox, {}, "AXPopUpButton", ""},
+        {AtspiRole::comboBox, {.hasEditableText = true}, "AXComboBox", ""},
+        {AtspiRole::menu, {}, "AXMenu", ""},
+        {AtspiRole::menu, {.isChildOfMenuBar = true}, "AXMenuBarItem", ""},
+        {AtspiRole::text, {}, "AXTextField", ""},
+        {AtspiRole::entry, {.isMultiLine = true}, "AXTextArea", ""},
+        {AtspiRole::pageTab, {}, "AXRadioButton", "AXTabButton"},
+        {AtspiRole::documentEmail, {.isMultiLine = true}, "AXGroup", ""},
+        {AtspiRole{0}, {}, "AXUnknown", ""},
+        {AtspiRole{129}, {}, "AXMenuButton", ""},
+        {unheardOf, {}, "AXUnknown", ""},
+    };
+    for (const auto& [role, context, expected, subrole] : cases) {
+        const ProtocolRole found = protocolRole(role, context);
+        EXPECT_EQ(found.role, expected) << static_cast<unsigned>(role);
+        EXPECT_EQ(found.subrole, subrole) << static_cast<unsigned>(role);
+    }
+}
+
+TEST(AtspiActions, AreNamedForHosts) {
+    using Names = std::vector<std::string>;
+    const struct {
+        Names toolkit;
+        Names protocol;
+    } cases[] = {
+        {{"click"}, {"AXPress"}},
+        {{"Press", "SetFocus"}, {"AXPress", "AXSetFocus"}},
+        {{"expand or contract", "edit", "activate"}, {"AXExpandOrContract", "AXEdit", "AXPress"}},
+        {{"activate", "click"}, {"AXActivate", "AXPress"}},
+        {{"window.close", "show-menu", "showContextMenu"},
+         {"AXWindowClose", "AXShowMenu", "AXShowContextMenu"}},
+        // A name that is taken, or that there is none of, cannot be asked for.
+        {{"jump", "", "jump"}, {"AXPress", "", "AXJump"}},
+        {{"open", "Open", "open"}, {"AXPress", "AXOpen", ""}},
+        {{"doDefault"}, {"AXDoDefault"}},
+        {{"größer"}, {"AXGrößer"}},
+    };
+    for (const auto& [toolkit, protocol] : cases) EXPECT_EQ(protocolNames(toolkit), protocol);
+
+    Facts pane = known(AtspiRole::scrollPane);
+    pane.scrollBar = {":1.1", "/bar"};
+    EXPECT_THAT(actionNames(pane), ElementsAre("AXScrollUpByPage", "AXScrollDownByPage"));
+}
+
+TEST(AtspiValues, AreTextsNumbersOrStates) {
+    constexpr auto text = AtspiInterface::text;
+    constexpr auto value = AtspiInterface::value;
+    constexpr auto checked = AtspiState::checked;
+    const struct {
+        const char* what;
+        AtspiRole role;
+        States states;
+        Interfaces interfaces;
+        std::optional<Value> expected;
+    } cases[] = {
+        {"a field", AtspiRole::entry, {}, {text}, Value("hé")},
+        {"a field without text", AtspiRole::entry, {}, {}, {}},
+        {"a label", AtspiRole{29}, {}, {text}, {}},
+        {"a label that can be edited", AtspiRole{29}, {AtspiState::editable}, {text}, Value("hé")},
+        {"a spin button", AtspiRole{52}, {AtspiState::editable}, {text, value}, Value(2.5)},
+        {"a password", AtspiRole::passwordText, {}, {text}, Value("••")},
+        {"a slider", AtspiRole{51}, {}, {value}, Value(2.5)},
+        {"a check box", AtspiRole::checkBox, {checked}, {}, Value(1)},
+        {"not checked", AtspiRole::checkBox, {AtspiState::pressed}, {}, Value(0)},
+        {"mixed", AtspiRole::checkBox, {checked, AtspiState::indeterminate}, {}, Value(2)},
+        {"a toggle", AtspiRole::toggleButton, {AtspiState::pressed}, {}, Value(1)},
+        {"a tab", AtspiRole::pageTab, {AtspiState::selected}, {}, Value(1)},
+        {"a button", AtspiRole{43}, {checked}, {}, {}},
+    };
+    for (const auto& [what, role, states, interfaces, expected] : cases) {
+        Facts facts = known(role, states, interfaces);
+        facts.text = "hé";
+        facts.number = 2.5;
+        EXPECT_EQ(read(facts, "AXValue"), expected) << what;
+    }
+    Facts page = known(AtspiRole::documentWeb, {}, {text});
+    page.text = "\uFFFC\n\uFFFC";
+    EXPECT_EQ(read(page, "AXValue"), std::nullopt);
+    page.text += "a";
+    EXPECT_EQ(read(page, "AXValue"), Value(page.text));
+}
+
+TEST(AtspiExtents, AreThoseOfWhatIsShowing) {
+    Facts facts = known(AtspiRole::entry, {AtspiState::showing}, {AtspiInterface::component});
+    facts.extents = {-5, 7, 30, 20};
+    EXPECT_EQ(read(facts, "AXPosition"), Value(Point{-5, 7}));
+    EXPECT_EQ(read(facts, "AXSize"), Value(Size{30, 20}));
+    facts.extents.height = 0;
+    EXPECT_EQ(read(facts, "AXPosition"), std::nullopt);
+    facts.extents.height = 20;
+    facts.states = {AtspiState::visible};
+    EXPECT_EQ(read(facts, "AXSize"), std::nullopt);
+}
+
+TEST(AtspiFacts, AreAskedForOneAfterTheOther) {
+    Facts facts;
+    const auto isNext = [&](std::string_view name, Fact fact) {
+        const FactSet needs = findAttribute(name)->needs(facts);
+        facts.answered(fact, 0);
+        return needs.has(fact);
+    };
+    EXPECT_TRUE(isNext("AXRole", Fact::role));
+    EXPECT_TRUE(findAttribute("AXRole")->needs(facts).isEmpty());
+    facts.role = AtspiRole::menu;
+    EXPECT_TRUE(isNext("AXRole", Fact::parent));
+    EXPECT_TRUE(isNext("AXRole", Fact::parentRole));
+    EXPECT_TRUE(isNext("AXChildren", Fact::childCount));
+    EXPECT_TRUE(isNext("AXChildren", Fact::children));
+    EXPECT_EQ(findAttribute("AXNonesuch"), nullptr);
+
+    EXPECT_EQ(elementCode(facts), kAxSuccess);
+    facts.answered(Fact::states, kAxAttributeUnsupported);
+    EXPECT_EQ(elementCode(facts), kAxInvalidUIElement);
+    facts.answered(Fact::states, kAxCannotComplete);
+    EXPECT_EQ(elementCode(facts), kAxCannotComplete);
+}
+
+TEST(AtspiScrollBars, AreFoundWhereToolkitsPutThem) {
+    std::map<std::string, Facts> tree;
+    const auto add = [&](const std::string& path, AtspiRole role, States states,
+                         Interfaces interfaces, const std::vector<std::string>& children) {
+        Facts& facts = tree[path] = known(role, states, interfaces);
+        for (const std::string& child : children) facts.children.push_back({"", child});
+    };
+    const auto barOf = [&](const std::string& path) {
+        const FactsOf factsOf = [&](const Reference& reference) -> const Facts* {
+            const auto found = tree.find(reference.path);
+            return found == tree.end() ? nullptr : &found->second;
+        };
+        return findScrollBar(tree[path], factsOf).path;
+    };
+    const Interfaces value{AtspiInterface::value};
+    add("h", AtspiRole::scrollBar, {AtspiState::horizontal}, value, {});
+    add("v", AtspiRole::scrollBar, {AtspiState::vertical}, value, {});
+    add("gtk3", AtspiRole::scrollPane, {}, {}, {"gone", "v", "h"});
+    EXPECT_EQ(barOf("gtk3"), "v");
+    add("sideways", AtspiRole::scrollPane, {}, {}, {"content", "h"});
+    EXPECT_EQ(barOf("sideways"), "");
+    add("range", AtspiRole{68}, {}, value, {});
+    add("bar", AtspiRole::scrollBar, {AtspiState::vertical}, {}, {"range"});
+    add("gtk4", AtspiRole::scrollPane, {}, {}, {"content", "h", "bar"});
+    EXPECT_EQ(barOf("gtk4"), "range");
+    add("first", AtspiRole::scrollBar, {}, value, {});
+    add("second", AtspiRole::scrollBar, {}, value, {});
+    add("firstBox", AtspiRole::filler, {}, {}, {"first"});
+    add("secondBox", AtspiRole::filler, {}, {}, {"second"});
+    add("qt", AtspiRole::text, {}, {}, {"view", "firstBox", "secondBox"});
+    EXPECT_EQ(barOf("qt"), "second");
+    EXPECT_EQ(barOf("secondBox"), "");
+}
+
+}  // namespace
+}  // namespace quil::linux_platform

@@ -1,11 +1,16 @@
 """The person's input, with xdotool as the person: what was recorded is what was done."""
 import os
+import signal
+import subprocess
+import sys
+import tempfile
 import time
 import unittest
 
-from desktop_tools import Program, XServer, output, until, window_app
-from quil_host import Host
+from desktop_tools import SUPPORT, Program, XServer, geometry, output, until, window_app
+from quil_host import Host, executable
 
+REPLAY = os.path.join(SUPPORT, "..", "..", "examples", "replay", "replay.py")
 SCREEN = (1366, 768)
 
 
@@ -109,6 +114,51 @@ class RecordingTest(unittest.TestCase):
         self.host.result("startInputRecording")
         person("type", "--delay", "20", text)
         self.assertEqual("".join(e["params"]["text"] for e in self.taken(len(text))), text)
+
+    def test_a_form_is_filled_in_again(self):
+        """By examples/replay; a form says at its end what was entered."""
+        layout(self, "de")
+        folder = self.enterContext(tempfile.TemporaryDirectory())
+        path = os.path.join(folder, "recording")
+        entered = []
+        replay = lambda *arguments: subprocess.Popen(
+            [sys.executable, REPLAY, *arguments, executable("quil"), path],
+            stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+
+        def form(fill):
+            program = subprocess.Popen(
+                ["zenity", "--forms", "--title=Order", "--text=Order", "--add-entry=Name",
+                 "--add-entry=Town"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+            self.addCleanup(program.stdout.close)
+            self.addCleanup(program.kill)
+            search = ("xdotool", "search", "--onlyvisible", "--name", "^Order$")
+            window = until(lambda: output(*search, check=False), "the form").strip()
+            person("windowactivate", "--sync", window)
+            fill(geometry(window))
+            entered.append(program.communicate(timeout=60)[0])
+
+        def by_hand(place):
+            recorder = replay("record")
+            self.assertIn("recording", recorder.stderr.readline())
+            # The upper field, somewhere to its right.
+            person("mousemove", place[0] + place[2] - 60, place[1] + place[3] * 0.35, "click", 1)
+            person("key", "21", "26", "key", "shift+BackSpace", "key", "47", "29")
+            person("type", "--delay", "20", "Grüße 漢!")
+            person("key", "Left", "key", "Delete", "key", "ctrl+a", "key", "ctrl+x",
+                   "key", "ctrl+v", "key", "ctrl+v", "key", "Tab")
+            person("type", "Zürich 8")
+            person("key", "Tab", "Tab", "Return")  # the button OK
+            time.sleep(1)  # keys are held back until it is known where they went
+            recorder.send_signal(signal.SIGINT)
+            self.assertIn("records in", recorder.communicate(timeout=30)[1])
+
+        def again(_):
+            player = replay("play")
+            self.assertIn("steps done", player.communicate(timeout=60)[1])
+
+        form(by_hand)
+        form(again)
+        self.assertEqual(entered, ["özGrüße 漢özGrüße 漢|Zürich 8\n"] * 2)
 
     def test_held_keys_repeat(self):
         # In a window, whose program the server tells of each repeat.

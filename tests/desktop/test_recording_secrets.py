@@ -21,6 +21,26 @@ print(status, flush=True)
 sys.stdin.read()
 """
 
+# Has no window; says on the accessibility bus that a password field of its has the focus.
+PAGE = """
+from gi.repository import Gio, GLib
+session = Gio.bus_get_sync(Gio.BusType.SESSION)
+call = lambda bus, *to: bus.call_sync(*to, None, None, Gio.DBusCallFlags.NONE, 5000, None)
+address, = call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
+flags = Gio.DBusConnectionFlags
+bus = Gio.DBusConnection.new_for_address_sync(
+    address, flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION, None, None)
+interface = Gio.DBusNodeInfo.new_for_xml('''<node><interface name="org.a11y.atspi.Accessible">
+    <method name="GetRole"><arg type="u" direction="out"/></method></interface></node>''')
+asked = lambda *call: call[-1].return_value(GLib.Variant("(u)", (40,)))
+bus.register_object("/field", interface.interfaces[0], asked, None, None)
+bus.emit_signal(None, "/field", "org.a11y.atspi.Event.Object", "StateChanged", GLib.Variant(
+    "(siiva{sv})", ("focused", 1, 0, GLib.Variant("i", 0), {})))
+bus.flush_sync()
+print("\\033]0;spoken\\007", flush=True)
+GLib.MainLoop().run()
+"""
+
 
 def person(*arguments):
     output("xdotool", *map(str, arguments))
@@ -89,6 +109,29 @@ class SecretsTest(unittest.TestCase):
                 self.assertEqual("".join(params["text"] for params in texts), "seen")
                 self.host.result("stopInputRecording")
                 program.end()
+
+    def test_processes_that_speak_for_the_active_program(self):
+        other = Program(self, "xterm")
+        activate = lambda window: person("windowactivate", "--sync", window, "mousemove", 3, 3)
+        with self.subTest("a child, before"):
+            self.host.result("startInputRecording")
+            program = Program(self, "xterm", "-e", PYTHON, "-c", PAGE)
+            until(lambda: output("xdotool", "getwindowname", str(program.window)) == "spoken\n",
+                  "the child speaks")
+            activate(other.window)
+            activate(program.window)
+            self.assertEqual(self.record("type hidden"), "")
+        with self.subTest("none"):
+            self.host.result("startInputRecording")
+            activate(other.window)
+            self.assertEqual(self.record("type typed"), "typed")
+        with self.subTest("a stranger, since the window is in front"):
+            self.host.result("startInputRecording")
+            stranger = subprocess.Popen([PYTHON, "-c", PAGE], stdout=subprocess.PIPE)
+            self.addCleanup(stranger.communicate)
+            self.addCleanup(stranger.kill)
+            self.assertIn(b"spoken", stranger.stdout.read(len("\033]0;spoken\007")))
+            self.assertEqual(self.record("type hidden"), "")
 
     def test_a_program_that_keeps_all_keys(self):
         for front in ("gtk3", None):

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/linux/processes.h"
 #include "platform/linux/x11/window_stack.h"
 
 namespace quil::linux_platform {
@@ -15,6 +16,7 @@ constexpr milliseconds kSettling{150};
 /// Nobody waits longer than this for a program that does not answer.
 constexpr milliseconds kPatience{1000};
 constexpr std::size_t kKeptMoves = 64;
+constexpr int kMostGenerations = 16;
 
 }  // namespace
 
@@ -70,6 +72,7 @@ void SecretInput::check() {
 
 void SecretInput::lookAtActiveProgram() {
     active_ = {};
+    speakers_.clear();
     const auto connection = display_.connection();
     const auto window = connection ? activeWindow(*connection) : std::nullopt;
     if (!window) return;
@@ -77,10 +80,30 @@ void SecretInput::lookAtActiveProgram() {
     active_ = {.pid = window->pid, .client = window->id & ~mask};
 }
 
+/// Whether that is the active program's process or a helper of it: one that it started, itself or
+/// through others, and that has no window of its own (the processes of a web browser's pages).
+bool SecretInput::speaksForActive(std::int32_t pid) {
+    if (!active_.pid) return false;
+    const auto [entry, isNew] = speakers_.try_emplace(pid);
+    if (!isNew) return entry->second;
+    std::optional<std::int32_t> ancestor = pid;
+    for (int i = 0; i < kMostGenerations && ancestor && ancestor != active_.pid; ++i) {
+        ancestor = parentOf(*ancestor);
+    }
+    entry->second = ancestor == active_.pid;
+    const auto connection = entry->second && pid != active_.pid ? display_.connection() : nullptr;
+    if (connection) {
+        const auto windows = topLevelWindows(*connection);
+        entry->second = std::ranges::none_of(
+            windows, [&](const X11Window& window) { return window.pid == pid; });
+    }
+    return entry->second;
+}
+
 /// What the active program said, or all programs when another has become active since. When it says
 /// nothing, what any said since its window is in front: a program in a sandbox talks through
 /// another process.
-std::vector<const FocusReport*> SecretInput::relevantReports(TapTime key) const {
+std::vector<const FocusReport*> SecretInput::relevantReports(TapTime key) {
     std::vector<const FocusReport*> relevant;
     if (!reports_) return relevant;
     const auto select = [&](auto isWanted) {
@@ -90,7 +113,8 @@ std::vector<const FocusReport*> SecretInput::relevantReports(TapTime key) const 
     };
     const bool isActiveStill = windowGotFocus_ <= key;
     select([&](const FocusReport& report) {
-        return !isActiveStill || (active_.pid && reports_->processOf(report) == active_.pid);
+        const auto pid = reports_->processOf(report);
+        return !isActiveStill || (pid && speaksForActive(*pid));
     });
     if (relevant.empty()) {
         select([&](const FocusReport& report) { return report.arrival > windowGotFocus_; });

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -48,7 +49,8 @@ class SecretInput {
 
     void check();
     void lookAtActiveProgram();
-    std::vector<const FocusReport*> relevantReports(TapTime key) const;
+    bool speaksForActive(std::int32_t pid);
+    std::vector<const FocusReport*> relevantReports(TapTime key);
 
     X11Display& display_;
     /// Null when there is no accessibility bus.
@@ -58,6 +60,8 @@ class SecretInput {
     /// When the active program was last looked for and asked.
     TapTime checked_;
     ActiveProgram active_;
+    /// Whether these processes speak for the active program.
+    std::map<std::int32_t, bool> speakers_;
     std::optional<std::uint32_t> grabber_;
 };
 

@@ -6,9 +6,10 @@ import subprocess
 import time
 import unittest
 
-from desktop_tools import output, until
+from desktop_tools import XServer, output, until
 from input_program import InputProgram
 from quil_host import Host
+from real_keyboard import RealKeyboard
 
 WIDTH, HEIGHT = 1366, 768
 SHIFT, LOCK, CONTROL, ALT, BUTTON1 = 1, 2, 4, 8, 256
@@ -179,12 +180,43 @@ class Keys(InputTest):
                 self.assertEqual(self.held(), before)
             output("xdotool", "keyup", *keys)
             self.assertEqual(self.held(), 0)
+        # A hand on a keyboard is not undone by letting go of the key in a program's name.
+        hand = RealKeyboard(self)
+        for _ in range(2):
+            hand.key(50, True)
+            self.assertEqual(self.held(), SHIFT)
+            self.assertEqual(self.press("k"), [("k", 0), ("Shift_L", 0)])
+            self.assertEqual(self.held(), SHIFT)
+            hand.key(50, False)
+            self.assertEqual(self.held(), 0)
+            output("xdotool", "key", "shift+k")
+            self.assertIn(["key-press", "K", 45, SHIFT], self.app.ask("events"))
+            self.assertEqual(self.press("shift+k"), [("Shift_L", 0), ("K", SHIFT)])
         output("xdotool", "key", "Caps_Lock")
         self.assertEqual(self.held(), LOCK)
         self.assertEqual(self.press("k"), [("k", 0)])
         self.assertEqual(self.held(), LOCK)
         self.host.result("desktop_keypress", combo="keycode-57")
         self.assertEqual(self.held(), 0, "the key itself still works")
+
+
+class Display(unittest.TestCase):
+    def test_one_that_goes_and_comes_back(self):
+        server = XServer(self)
+        host = self.enterContext(Host(env=server.environment))
+        where = lambda: output("xdotool", "getmouselocation", env=server.environment)
+        middle = {"x": 0.5, "y": 0.5}
+        for _ in range(2):
+            self.assertTrue(host.result("desktop_click", point=middle)["ok"])
+            self.assertTrue(host.result("desktop_type", text="to nobody, 日本語")["ok"])
+            self.assertTrue(where().startswith("x:640 y:400 "))
+            server.stop()
+            for method, params in [("keypress", {"combo": "cmd+v"}), ("type", {"text": "日本"}),
+                                   ("paste", {"text": "text"})]:
+                self.assertTrue(host.result("desktop_" + method, **params)["ok"])
+            self.assertEqual(host.error("desktop_click", point=middle)["message"],
+                             "point is required")
+            server.start()
 
 
 if __name__ == "__main__":

@@ -147,6 +147,15 @@ class Applications(TextTest):
                 editor.end()
 
 
+    def test_a_megabyte_is_pasted_whole(self):
+        text = "0123456789 日本語 é\n" * 50_000
+        for toolkit in ("gtk3", "qt6"):
+            app = InputProgram(self, toolkit)
+            self.assertTrue(self.host.result("desktop_paste", text=text)["ok"])
+            until(lambda: app.ask("text") == text, toolkit)
+            app.end()
+
+
 class Keyboards(TextTest):
     def setUp(self):
         super().setUp()
@@ -176,6 +185,15 @@ class Keyboards(TextTest):
         self.app.ask("clear")
         self.host.result("desktop_keypress", combo="q")
         self.assertEqual(self.app.ask("text"), "й", "still in the second layout")
+
+    def test_commands_in_layouts_without_latin_letters(self):
+        for layout in (["ru"], ["gr"], ["us"]):
+            self.use(*layout)
+            self.assertTrue(self.host.result("desktop_paste", text="pästed")["ok"])
+            self.assertEqual(self.app.ask("text"), "pästed", layout)
+            self.host.result("desktop_keypress", combo="cmd+a")
+            self.host.result("desktop_keypress", combo="delete")
+            self.assertEqual(self.app.ask("text"), "", layout)
 
     def test_locked_and_held_modifiers(self):
         text = mixed(200) + "aA1!"

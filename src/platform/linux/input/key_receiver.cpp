@@ -22,6 +22,8 @@ constexpr int kMostAncestors = 32;
 constexpr milliseconds kLookInterval{4};
 /// A process that has slept through this many looks is at rest.
 constexpr int kLooksAtRest = 5;
+/// Keys may close the window that they go to; then nobody answers.
+constexpr milliseconds kWindowLookInterval{100};
 /// For a program whose process cannot be looked at.
 constexpr milliseconds kBlindWait{300};
 
@@ -46,6 +48,11 @@ xcb_window_t parentOf(X11Connection& connection, xcb_window_t window) {
     const auto tree =
         connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.get(), window));
     return tree ? tree->parent : xcb_window_t{XCB_WINDOW_NONE};
+}
+
+bool isThere(X11Connection& connection, xcb_window_t window) {
+    return connection.reply(xcb_get_window_attributes_reply,
+                            xcb_get_window_attributes(connection.get(), window)) != nullptr;
 }
 
 std::optional<std::int32_t> processOf(X11Connection& connection, xcb_window_t window) {
@@ -141,6 +148,7 @@ bool KeyReceiver::waitForMarks(std::uint32_t open, milliseconds patience) {
 
 bool KeyReceiver::waitForMark(Clock::time_point deadline) {
     const xcb_atom_t protocols = connection_.atom("WM_PROTOCOLS");
+    auto nextLook = Clock::now() + kWindowLookInterval;
     while (connection_.isAlive()) {
         if (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
             const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
@@ -154,7 +162,13 @@ bool KeyReceiver::waitForMark(Clock::time_point deadline) {
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
         if (left <= milliseconds::zero()) return false;
         pollfd socket{xcb_get_file_descriptor(connection_.get()), POLLIN, 0};
-        poll(&socket, 1, static_cast<int>(left.count()));
+        poll(&socket, 1, static_cast<int>(std::min(left, kWindowLookInterval).count()));
+        if (Clock::now() < nextLook) continue;
+        nextLook = Clock::now() + kWindowLookInterval;
+        if (!isThere(connection_, window_)) {
+            passed_ = marks_;
+            return true;
+        }
     }
     return false;
 }

@@ -1,5 +1,7 @@
 #include "platform/linux/input/keyboard_devices.h"
 
+#include <xcb/xtest.h>
+
 #include <string_view>
 
 namespace quil::linux_platform {
@@ -52,18 +54,29 @@ KeySet keysDown(X11Connection& connection) {
     return reply ? fromBytes(reply->keys) : KeySet();
 }
 
-KeySet keysHeldByHand(X11Connection& connection) {
+std::vector<HeldKeys> keysHeldByHand(X11Connection& connection) {
     if (!connection.hasExtension(xcb_input_id)) return {};
+    const std::vector<std::uint8_t> keyboards = realKeyboards(connection);
     std::vector<xcb_input_query_device_state_cookie_t> cookies;
-    for (const std::uint8_t device : realKeyboards(connection)) {
+    for (const std::uint8_t device : keyboards) {
         cookies.push_back(xcb_input_query_device_state(connection.get(), device));
     }
-    KeySet keys;
-    for (const auto cookie : cookies) {
-        const auto state = connection.reply(xcb_input_query_device_state_reply, cookie);
-        if (state) keys |= keysDownOn(*state);
+    std::vector<HeldKeys> held;
+    for (std::size_t i = 0; i < keyboards.size(); ++i) {
+        const auto state = connection.reply(xcb_input_query_device_state_reply, cookies[i]);
+        if (state) held.push_back({keyboards[i], keysDownOn(*state)});
     }
-    return keys;
+    return held;
+}
+
+void pressHeldKey(X11Connection& connection, std::uint8_t device, std::uint8_t keyCode) {
+    // The device itself has the key down and would not press it again.
+    const std::uint8_t firstEvent =
+        xcb_get_extension_data(connection.get(), &xcb_input_id)->first_event;
+    for (const int type : {XCB_INPUT_DEVICE_KEY_RELEASE, XCB_INPUT_DEVICE_KEY_PRESS}) {
+        xcb_test_fake_input(connection.get(), static_cast<std::uint8_t>(firstEvent + type), keyCode,
+                            XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, device);
+    }
 }
 
 }  // namespace quil::linux_platform

@@ -3,6 +3,7 @@
 #include <xcb/xinput.h>
 
 #include <bitset>
+#include <cstdint>
 #include <vector>
 
 #include "platform/linux/x11/connection.h"
@@ -15,8 +16,17 @@ using KeySet = std::bitset<256>;
 /// The keys that are down on the keyboard that programs listen to.
 KeySet keysDown(X11Connection& connection);
 
-/// The keys that somebody holds on a real keyboard: those that are down on the devices behind the
-/// keyboard, other than the device that synthetic events come from.
-KeySet keysHeldByHand(X11Connection& connection);
+/// A real keyboard and the keys that somebody holds on it.
+struct HeldKeys {
+    std::uint8_t device = 0;
+    KeySet keys;
+};
+
+/// The keyboards behind the one that programs listen to, without the device that synthetic events
+/// come from.
+std::vector<HeldKeys> keysHeldByHand(X11Connection& connection);
+
+/// Programs see a key go down that is held on a real keyboard and that they take to be up.
+void pressHeldKey(X11Connection& connection, std::uint8_t device, std::uint8_t keyCode);
 
 }  // namespace quil::linux_platform

@@ -20,9 +20,8 @@ constexpr std::uint8_t kUsualAlt = 64;
 
 }  // namespace
 
-KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection,
-                                 KeySet& pressedForPerson)
-    : connection_(std::move(connection)), pressedForPerson_(pressedForPerson) {
+KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection)
+    : connection_(std::move(connection)) {
     if (enableXkb(*connection_)) {
         if (auto map = readKeyboardMap(*connection_)) {
             map_ = std::move(*map);
@@ -35,14 +34,6 @@ KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection,
 }
 
 void KeyboardSession::takeKeyboard() {
-    if (pressedForPerson_.any()) {
-        // The person has let go of these, which the server does not connect with our pressing them.
-        const KeySet stale = pressedForPerson_ & ~keysHeldByHand(*connection_);
-        for (std::size_t code = 0; code < stale.size(); ++code) {
-            if (stale[code]) send(static_cast<std::uint8_t>(code), false);
-        }
-        pressedForPerson_ &= ~stale;
-    }
     if (!knowsKeys_) return;
     const auto state = connection_->reply(xcb_xkb_get_state_reply,
                                           xcb_xkb_get_state(connection_->get(), kCoreKeyboard));
@@ -52,7 +43,7 @@ void KeyboardSession::takeKeyboard() {
     latchesBefore_ = state->latchedMods;
     if (state->baseMods != 0) {
         heldBefore_ = keysDown(*connection_);
-        heldByHandBefore_ = keysHeldByHand(*connection_);
+        for (const HeldKeys& held : keysHeldByHand(*connection_)) heldByHandBefore_ |= held.keys;
         for (std::size_t code = 0; code < heldBefore_.size(); ++code) {
             if (map_.keys[code].modifiers == 0) heldBefore_[code] = false;
             if (heldBefore_[code]) send(static_cast<std::uint8_t>(code), false);
@@ -71,13 +62,19 @@ KeyboardSession::~KeyboardSession() {
 
 void KeyboardSession::giveHeldKeysBack() {
     if (heldBefore_.none()) return;
-    const KeySet byHand = keysHeldByHand(*connection_);
-    for (std::size_t code = 0; code < heldBefore_.size(); ++code) {
-        // What no hand held was pressed by a program, and our release has undone that.
-        const bool hasBeenLetGo = heldByHandBefore_[code] && !byHand[code];
-        if (!heldBefore_[code] || hasBeenLetGo) continue;
-        send(static_cast<std::uint8_t>(code), true);
-        if (byHand[code]) pressedForPerson_[code] = true;
+    const std::vector<HeldKeys> byHand = keysHeldByHand(*connection_);
+    for (std::size_t index = 0; index < heldBefore_.size(); ++index) {
+        if (!heldBefore_[index]) continue;
+        const auto code = static_cast<std::uint8_t>(index);
+        const auto held = std::find_if(byHand.begin(), byHand.end(), [&](const HeldKeys& keyboard) {
+            return keyboard.keys[code];
+        });
+        if (held != byHand.end()) {
+            pressHeldKey(*connection_, held->device, code);
+        } else if (!heldByHandBefore_[code]) {
+            // A program pressed it, on the device on which we have released it.
+            send(code, true);
+        }
     }
 }
 

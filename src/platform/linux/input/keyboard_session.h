@@ -16,9 +16,7 @@ namespace quil::linux_platform {
 /// stays as it is.
 class KeyboardSession {
   public:
-    /// `pressedForPerson` are the keys that earlier sessions have pressed to give them back; it
-    /// belongs to the connection and outlives the session.
-    KeyboardSession(std::shared_ptr<X11Connection> connection, KeySet& pressedForPerson);
+    explicit KeyboardSession(std::shared_ptr<X11Connection> connection);
     ~KeyboardSession();
     KeyboardSession(const KeyboardSession&) = delete;
     KeyboardSession& operator=(const KeyboardSession&) = delete;
@@ -53,7 +51,6 @@ class KeyboardSession {
     std::vector<std::uint8_t> flagKeys(std::uint64_t flags) const;
 
     std::shared_ptr<X11Connection> connection_;
-    KeySet& pressedForPerson_;
     bool knowsKeys_ = false;
     KeyboardMap map_;
     std::uint8_t group_ = 0;
@@ -62,6 +59,7 @@ class KeyboardSession {
     std::uint8_t locks_ = 0;
     std::uint8_t latchesBefore_ = 0;
     KeySet heldBefore_;
+    /// Those of them that a hand held.
     KeySet heldByHandBefore_;
     std::vector<std::uint8_t> pressedFlagKeys_;
     std::uint8_t shiftKey_ = 0;

@@ -2,26 +2,20 @@
 
 #include <utility>
 
-#include "platform/linux/input/spare_key_mapping.h"
 #include "platform/linux/input/text_typist.h"
-#include "platform/linux/input/xkb_protocol.h"
 #include "platform/linux/key_codes.h"
 
 namespace quil::linux_platform {
 
-KeyboardSource::KeyboardSource(std::shared_ptr<X11Connection> connection, KeyboardMemory& memory)
-    : connection_(std::move(connection)), memory_(memory) {
-    if (memory_.connection.lock() == connection_) return;
-    memory_ = {.connection = connection_, .pressedForPerson = {}};
-    if (enableXkb(*connection_)) clearSpareKeys(*connection_);
-}
+KeyboardSource::KeyboardSource(std::shared_ptr<X11Connection> connection)
+    : connection_(std::move(connection)) {}
 
 KeyboardSource::~KeyboardSource() {
     deliverText();
 }
 
 KeyboardSession& KeyboardSource::session() {
-    if (!session_) session_.emplace(connection_, memory_.pressedForPerson);
+    if (!session_) session_.emplace(connection_);
     return *session_;
 }
 
@@ -36,8 +30,19 @@ void KeyboardSource::post(const PostedEvent& event) {
     const auto keyCode = xKeyCode(event.keyCode);
     const xcb_setup_t& setup = *xcb_get_setup(connection_->get());
     if (!keyCode || *keyCode < setup.min_keycode || *keyCode > setup.max_keycode) return;
-    session().key(*keyCode, isDown, event.flags);
+    session().key(keyToSend(*keyCode, isDown, event.flags), isDown, event.flags);
     xcb_flush(connection_->get());
+    if (!isDown) commandKey_.reset();
+}
+
+std::uint8_t KeyboardSource::keyToSend(std::uint8_t keyCode, bool isDown, std::uint64_t flags) {
+    constexpr std::uint64_t kCommandFlags =
+        kEventFlagMaskCommand | kEventFlagMaskControl | kEventFlagMaskAlternate;
+    if (isDown && (flags & kCommandFlags) != 0 && session().knowsKeys()) {
+        const auto symbols = missingLatinSymbols(session().map(), keyCode);
+        if (symbols) commandKey_.emplace(session(), *symbols);
+    }
+    return commandKey_ ? commandKey_->keyCode().value_or(keyCode) : keyCode;
 }
 
 void KeyboardSource::deliverText() {

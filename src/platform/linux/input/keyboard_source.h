@@ -5,23 +5,18 @@
 #include <string>
 
 #include "platform/event_posting.h"
+#include "platform/linux/input/command_key.h"
 #include "platform/linux/input/keyboard_session.h"
 #include "platform/linux/input/posted_event.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {
 
-/// What is to be remembered of a connection's keyboard from one operation to the next.
-struct KeyboardMemory {
-    std::weak_ptr<X11Connection> connection;
-    KeySet pressedForPerson;
-};
-
 /// Delivers the key events of one operation. Texts are collected, so that they can be typed
 /// together; keys are sent at once.
 class KeyboardSource : public EventSource {
   public:
-    KeyboardSource(std::shared_ptr<X11Connection> connection, KeyboardMemory& memory);
+    explicit KeyboardSource(std::shared_ptr<X11Connection> connection);
     ~KeyboardSource() override;
 
     void post(const PostedEvent& event);
@@ -29,11 +24,12 @@ class KeyboardSource : public EventSource {
   private:
     KeyboardSession& session();
     void deliverText();
+    std::uint8_t keyToSend(std::uint8_t keyCode, bool isDown, std::uint64_t flags);
 
     std::shared_ptr<X11Connection> connection_;
-    KeyboardMemory& memory_;
     /// Begins with the first key.
     std::optional<KeyboardSession> session_;
+    std::optional<CommandKey> commandKey_;
     std::u16string text_;
 };
 

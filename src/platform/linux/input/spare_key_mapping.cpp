@@ -132,6 +132,7 @@ bool SpareKeyUse::send(const SpareSymbols& symbols) {
 
 void clearSpareKeys(X11Connection& connection) {
     if (!readProperty(connection, connection.root(), kKeysProperty).exists()) return;
+    if (!enableXkb(connection)) return;
     auto map = readKeyboardMap(connection);
     if (!map) return;
     SpareKeyUse use(connection, std::move(*map));

@@ -16,19 +16,24 @@ PostedEvent& contentOf(PostableEvent& event) {
 
 X11EventPosting::~X11EventPosting() {
     // A program that did not answer may have kept us from doing so at once.
-    const auto server = memory_.connection.lock();
+    const auto server = cleared_.lock();
     if (server && server->isAlive()) clearSpareKeys(*server);
 }
 
 std::shared_ptr<X11Connection> X11EventPosting::connection() {
     auto connection = display_.connection();
-    return connection && connection->hasExtension(xcb_test_id) ? connection : nullptr;
+    if (!connection || !connection->hasExtension(xcb_test_id)) return nullptr;
+    if (cleared_.lock() != connection) {
+        clearSpareKeys(*connection);
+        cleared_ = connection;
+    }
+    return connection;
 }
 
 std::unique_ptr<EventSource> X11EventPosting::createSource(std::int32_t) {
     auto server = connection();
     if (!server) return nullptr;
-    return std::make_unique<KeyboardSource>(std::move(server), memory_);
+    return std::make_unique<KeyboardSource>(std::move(server));
 }
 
 PostableEventRef X11EventPosting::createMouseEvent(EventSource*, std::uint32_t type, Point point,
@@ -79,7 +84,7 @@ void X11EventPosting::post(std::uint32_t, const PostableEvent& event) {
     const auto server = connection();
     if (!server) return;
     if (posted.type == kEventKeyDown || posted.type == kEventKeyUp) {
-        return KeyboardSource(server, memory_).post(posted);
+        return KeyboardSource(server).post(posted);
     }
     sendPointerEvent(*server, posted);
     server->sync();

@@ -29,7 +29,8 @@ class X11EventPosting : public EventPosting {
     std::shared_ptr<X11Connection> connection();
 
     X11Display display_;
-    KeyboardMemory memory_;
+    /// The connection whose server has been cleared of what a runtime that was killed has left.
+    std::weak_ptr<X11Connection> cleared_;
 };
 
 }  // namespace quil::linux_platform

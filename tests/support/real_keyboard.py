@@ -1,0 +1,23 @@
+"""Keys on the X server's own keyboard, as if a hand pressed them: not from the device that synthetic
+events come from."""
+import ctypes
+import re
+
+from desktop_tools import output
+
+
+class RealKeyboard:
+    def __init__(self, test):
+        self.x11 = ctypes.CDLL("libX11.so.6")
+        self.xi = ctypes.CDLL("libXi.so.6")
+        self.xtst = ctypes.CDLL("libXtst.so.6")
+        self.x11.XOpenDisplay.restype = self.xi.XOpenDevice.restype = ctypes.c_void_p
+        self.display = ctypes.c_void_p(self.x11.XOpenDisplay(None))
+        test.addCleanup(self.x11.XCloseDisplay, self.display)
+        number = re.search(r"Xvfb keyboard\s+id=(\d+)", output("xinput", "list")).group(1)
+        self.device = ctypes.c_void_p(self.xi.XOpenDevice(self.display, ctypes.c_ulong(int(number))))
+
+    def key(self, code, is_down):
+        self.xtst.XTestFakeDeviceKeyEvent(self.display, self.device, ctypes.c_uint(code),
+                                          int(is_down), None, 0, ctypes.c_ulong(0))
+        self.x11.XSync(self.display, 0)

@@ -9,8 +9,8 @@
 
 #include "platform/linux/apps/glib_handles.h"
 
-/// Desktop entries: the files by which applications announce themselves (freedesktop.org Desktop
-/// Entry Specification). An entry's id, such as "org.gnome.Calculator.desktop", is its
+/// Desktop entries: the files by which applications announce themselves (freedesktop.org's Desktop
+/// Entry standard). An entry's id, such as "org.gnome.Calculator.desktop", is its
 /// application's bundle identifier, its file the bundle.
 namespace quil::linux_platform {
 

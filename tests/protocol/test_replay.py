@@ -1,4 +1,4 @@
-"""Recording the person's input, and examples/replay, which records and plays."""
+"""examples/replay, which records what the person does and plays it."""
 import json
 import os
 import subprocess
@@ -7,25 +7,12 @@ import tempfile
 import unittest
 
 from quil_host import executable
-from simulated import Simulated
 
 REPLAY = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples", "replay",
                       "replay.py")
 PERSON = [{"click": [720, 450]}, {"type": "Hé"}, {"key": {"code": 36, "characters": "\r"}},
           {"scroll": {"at": [0, 0], "lines": -3}}, {"scroll": {"at": [0, 0], "lines": 0}},
           {"type": "x"}, {"key": {"code": 8, "characters": "c", "flags": ["command", "shift"]}}]
-
-
-class RecordingTest(unittest.TestCase):
-    def test_a_process_that_records_ends_with_its_input(self):
-        with Simulated({"script": [{"request": 2, "do": {"person": PERSON}}]}) as host:
-            self.assertEqual(host.result("startInputRecording"), {})
-            event = host.result("nextInputEvent")["event"]
-            self.assertEqual(event["target"], {
-                "point": {"x": 0.5, "y": 0.5},
-                "display": {"id": 1, "name": "Built-in Display",
-                            "bounds": {"x": 0, "y": 0, "width": 1440, "height": 900}}})
-            self.assertEqual(host.close(), ([], 0, b""))
 
 
 class ReplayTest(unittest.TestCase):

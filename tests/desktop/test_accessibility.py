@@ -1,102 +1,26 @@
 """Trees of real applications: what is observed equals what another client sees, and elements act."""
 import json
 import os
-import queue
 import signal
-import subprocess
-import threading
 import time
 import unittest
 
-import gi
-
-gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi
-
-from desktop_tools import PYTHON, SUPPORT, Program, geometry, until
+from ax_tools import Form, bounds, find, has_focused_field, observe, walk, window_of
+from desktop_tools import geometry, until
 from quil_host import Failure, Host
 
 TOOLKITS = ("gtk3", "gtk4", "qt5", "qt6")
 STALE = "COMPUTER_CONTROL_STALE_SNAPSHOT"
 
 
-class Form(Program):
-    """tests/support/form_app.py, and what it says of itself."""
-
-    def __init__(self, test, toolkit, *arguments):
-        super().__init__(test, PYTHON, "-B", os.path.join(SUPPORT, "form_app.py"), toolkit,
-                         *arguments, stdout=subprocess.PIPE)
-        self.states = queue.Queue()
-        threading.Thread(target=self.read, daemon=True).start()
-
-    def read(self):
-        for line in self.process.stdout:
-            self.states.put(json.loads(line))
-
-    def until(self, **wanted):
-        """Waits for a state with these members."""
-        while True:
-            state = self.states.get(timeout=20)
-            if wanted.items() <= state.items():
-                return state
-
-    def end(self):
-        super().end()
-        self.process.stdout.close()
-
-
-def observe(host, program, condition=lambda state: True):
-    """The tree of the program, once it is in front and as wanted."""
-    def look():
-        state = host.result("desktop_ax_get_state")
-        is_whole = len(state["nodes"]) > 5 and condition(state)
-        return state if state.get("target", {}).get("pid") == program.pid and is_whole else None
-
-    return until(look, "the program's tree")
-
-
-def find(state, role, name=None):
-    found = [node for node in state["nodes"]
-             if node["role"] == role and name in (None, node.get("name"))]
-    if not found:
-        raise AssertionError(f"no {role} {name} in\n{state['axText']}")
-    return found[0]
-
-
-def walk(accessible, token="e0"):
-    """What libatspi sees: (token, name, description, size or None), parents first."""
-    extents = None
-    states = accessible.get_state_set()
-    if states.contains(Atspi.StateType.SHOWING) and "Component" in accessible.get_interfaces():
-        rect = Atspi.Component.get_extents(accessible, Atspi.CoordType.SCREEN)
-        if rect.width > 0 and rect.height > 0:
-            extents = (rect.x, rect.y, rect.width, rect.height)
-    yield token, accessible.get_name(), accessible.get_description(), extents
-    for position in range(accessible.get_child_count()):
-        yield from walk(accessible.get_child_at_index(position), f"{token}.{position}")
-
-
-def window_of(program):
-    desktop = Atspi.get_desktop(0)
-    for position in range(desktop.get_child_count()):
-        application = desktop.get_child_at_index(position)
-        if application and application.get_process_id() == program.pid:
-            return application.get_child_at_index(0)
-    raise AssertionError("libatspi does not see the program")
-
-
-def bounds(node):
-    return tuple(node["bounds"][key] for key in ("x", "y", "width", "height"))
-
-
 class Forms(unittest.TestCase):
     def setUp(self):
         self.host = self.enterContext(Host("quil"))
 
-    def on_each_toolkit(self, check):
+    def on_each_toolkit(self, check, *arguments):
         for toolkit in TOOLKITS:
             with self.subTest(toolkit):
-                form = Form(self, toolkit)
+                form = Form(self, toolkit, *arguments)
                 check(toolkit, form)
                 form.end()
 
@@ -155,6 +79,36 @@ class Forms(unittest.TestCase):
             form.until(level=60)
 
         self.on_each_toolkit(check)
+
+    def test_pages_are_scrolled_and_the_focus_moves(self):
+        def position(state, area):
+            """What the area's vertical scroll bar says, whichever of its descendants has it."""
+            values = [node["value"] for node in state["nodes"] if "value" in node
+                      and node["token"].startswith(area + ".") and node["token"].count(".") <= 3 +
+                      area.count(".") and node["role"] in ("AXScrollBar", "AXGroup")]
+            return float(values[-1])
+
+        def check(toolkit, form):
+            state = observe(self.host, form, lambda state: "Agree" in state["axText"])
+            if toolkit.startswith("qt"):  # whose lists show no scroll bars to others
+                self.act(state, "AXTextArea", action="set_value", value="line\n" * 500)
+                state = observe(self.host, form, lambda state: "line line" in state["axText"])
+                role = "AXTextArea"
+            else:
+                role = "AXScrollArea"
+            area = find(state, role)["token"]
+            self.assertEqual(position(state, area), 0)
+            positions = []
+            for amount in (2, -1, -10):
+                self.act(observe(self.host, form), role, action="scroll", amount=amount)
+                positions.append(position(observe(self.host, form), area))
+            self.assertEqual(positions, [2 * positions[1], positions[1], 0])
+            self.assertGreater(positions[1], 0)
+            if toolkit != "gtk4":  # whose elements take no focus from outside
+                self.act(observe(self.host, form), "AXTextField", action="focus")
+                until(lambda: has_focused_field(window_of(form)), "the focus")
+
+        self.on_each_toolkit(check, "100")
 
     def test_a_password_stays_one(self):
         def check(_, form):

@@ -100,7 +100,7 @@ def gtk3(has_events):
         def next_frame(*_):
             if next(frames, None) is not None:
                 return True
-            answer(commands, line)
+            GLib.idle_add(answer, commands, line, priority=GLib.PRIORITY_LOW)
             return False
 
         window.add_tick_callback(next_frame)

@@ -16,6 +16,8 @@ constexpr std::uint8_t kWheelDown = 5;
 constexpr std::uint8_t kWheelLeft = 6;
 constexpr std::uint8_t kWheelRight = 7;
 
+constexpr std::chrono::milliseconds kButtonsValidity{100};
+
 std::int16_t pixel(double coordinate) {
     using Limits = std::numeric_limits<std::int16_t>;
     if (std::isnan(coordinate)) return 0;
@@ -33,19 +35,25 @@ void sendButton(X11Connection& connection, std::uint8_t button, bool isDown) {
                         XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
 }
 
-/// The button of the device that applications see as `button`.
-std::uint8_t deviceButton(X11Connection& connection, std::uint8_t button) {
-    const auto mapping =
-        connection.reply(xcb_get_pointer_mapping_reply, xcb_get_pointer_mapping(connection.get()));
-    if (!mapping) return button;
-    const std::uint8_t* first = xcb_get_pointer_mapping_map(mapping.get());
-    const std::uint8_t* last = first + xcb_get_pointer_mapping_map_length(mapping.get());
-    const std::uint8_t* found = std::find(first, last, button);
-    return found == last ? button : static_cast<std::uint8_t>(found - first + 1);
+}  // namespace
+
+std::uint8_t PointerOutput::deviceButton(X11Connection& connection, std::uint8_t button) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now >= buttonsExpire_) {
+        const auto mapping = connection.reply(xcb_get_pointer_mapping_reply,
+                                              xcb_get_pointer_mapping(connection.get()));
+        if (!mapping) return button;
+        const std::uint8_t* first = xcb_get_pointer_mapping_map(mapping.get());
+        buttons_.assign(first, first + xcb_get_pointer_mapping_map_length(mapping.get()));
+        buttonsExpire_ = now + kButtonsValidity;
+    }
+    const auto found = std::find(buttons_.begin(), buttons_.end(), button);
+    if (found == buttons_.end()) return button;
+    return static_cast<std::uint8_t>(found - buttons_.begin() + 1);
 }
 
-void turnWheel(X11Connection& connection, std::int32_t amount, std::uint8_t positive,
-               std::uint8_t negative) {
+void PointerOutput::turnWheel(X11Connection& connection, std::int32_t amount, std::uint8_t positive,
+                              std::uint8_t negative) {
     if (amount == 0) return;
     const std::uint8_t button = deviceButton(connection, amount > 0 ? positive : negative);
     const std::int32_t limited = std::clamp(amount, -kMostWheelClicks, kMostWheelClicks);
@@ -55,9 +63,7 @@ void turnWheel(X11Connection& connection, std::int32_t amount, std::uint8_t posi
     }
 }
 
-}  // namespace
-
-void sendPointerEvent(X11Connection& connection, const PostedEvent& event) {
+void PointerOutput::send(X11Connection& connection, const PostedEvent& event) {
     moveTo(connection, event.location);
     switch (event.type) {
         case kEventLeftMouseDown:
@@ -72,6 +78,7 @@ void sendPointerEvent(X11Connection& connection, const PostedEvent& event) {
         default:
             break;
     }
+    xcb_flush(connection.get());
 }
 
 }  // namespace quil::linux_platform

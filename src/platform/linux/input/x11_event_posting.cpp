@@ -2,7 +2,6 @@
 
 #include <xcb/xtest.h>
 
-#include "platform/linux/input/pointer_output.h"
 #include "platform/linux/input/spare_key_mapping.h"
 
 namespace quil::linux_platform {
@@ -86,8 +85,8 @@ void X11EventPosting::post(std::uint32_t, const PostableEvent& event) {
     if (posted.type == kEventKeyDown || posted.type == kEventKeyUp) {
         return KeyboardSource(server).post(posted);
     }
-    sendPointerEvent(*server, posted);
-    server->sync();
+    pointer_.send(*server, posted);
+    if (posted.type == kEventMouseMoved) server->sync();
 }
 
 }  // namespace quil::linux_platform

@@ -2,6 +2,7 @@
 
 #include "platform/event_posting.h"
 #include "platform/linux/input/keyboard_source.h"
+#include "platform/linux/input/pointer_output.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {
@@ -29,6 +30,7 @@ class X11EventPosting : public EventPosting {
     std::shared_ptr<X11Connection> connection();
 
     X11Display display_;
+    PointerOutput pointer_;
     /// The connection whose server has been cleared of what a runtime that was killed has left.
     std::weak_ptr<X11Connection> cleared_;
 };

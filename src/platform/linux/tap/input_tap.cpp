@@ -145,7 +145,7 @@ void InputTap::read(const DeviceEvent& event) {
 void InputTap::readKey(const DeviceEvent& event) {
     auto press = keys_.press(event.detail, event.state);
     if (!press) return;
-    const bool isText = press->characters.size() > 0 &&
+    const bool isText = !press->characters.empty() &&
                         static_cast<unsigned char>(press->characters.front()) >= ' ' &&
                         !(press->flags & (kEventFlagMaskControl | kEventFlagMaskAlternate));
     Event key = makeEvent(kEventKeyDown, event);

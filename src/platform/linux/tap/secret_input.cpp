@@ -126,6 +126,7 @@ bool SecretInput::isSecret(TapTime key) {
     if (grabber_ && grabber_ != active_.client) return true;
     const auto reports = relevantReports(key);
     std::vector<TapTime> arrivals;
+    arrivals.reserve(reports.size());
     for (const FocusReport* report : reports) arrivals.push_back(report->arrival);
     // Of two explanations, the one that keeps the secret.
     return std::ranges::any_of(

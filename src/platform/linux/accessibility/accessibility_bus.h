@@ -24,6 +24,10 @@ class AtspiProgram {
     bool givesAllProperties() const { return givesAllProperties_; }
     /// When it was first asked anything.
     BusDeadline firstContact() const { return firstContact_; }
+    /// The path of its only window, when that was seen whole and found small; else empty. Answers
+    /// that hold everything are asked of such programs only.
+    const std::string& smallWindow() const { return smallWindow_; }
+    void setSmallWindow(std::string path) { smallWindow_ = std::move(path); }
     /// It knows places within its windows only, not on the screen.
     bool placesWithinWindow() const { return placesWithinWindow_; }
 
@@ -35,6 +39,7 @@ class AtspiProgram {
     bool givesAllProperties_ = false;
     bool placesWithinWindow_ = false;
     BusDeadline firstContact_ = BusClock::now();
+    std::string smallWindow_;
     std::unique_ptr<Bus> socket_;
 };
 

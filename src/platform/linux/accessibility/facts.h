@@ -65,6 +65,7 @@ class Flags {
     }
 
     bool has(Flag flag) const { return bits_ & bit(flag); }
+    bool operator==(const Flags&) const = default;
     bool isEmpty() const { return bits_ == 0; }
     bool isSingle() const { return std::has_single_bit(bits_); }
     void add(Flag flag) { bits_ |= bit(flag); }
@@ -132,6 +133,8 @@ struct Facts {
     /// What scrolls it up and down; empty when it cannot be scrolled.
     Reference scrollBar;
 
+    /// Takes over what the other knows of the facts that a program's cache holds.
+    void take(const Facts& cached);
     /// 0, or why the fact is not known.
     std::int32_t code(Fact fact) const { return codes[static_cast<std::size_t>(fact)]; }
     void answered(Fact fact, std::int32_t code) {
@@ -140,5 +143,16 @@ struct Facts {
     }
     bool knows(Fact fact) const { return asked.has(fact) && code(fact) == 0; }
 };
+
+inline void Facts::take(const Facts& cached) {
+    role = cached.role;
+    name = cached.name;
+    description = cached.description;
+    states = cached.states;
+    interfaces = cached.interfaces;
+    childCount = cached.childCount;
+    children = cached.children;
+    cached.asked.forEach([&](Fact fact) { answered(fact, cached.code(fact)); });
+}
 
 }  // namespace quil::linux_platform

@@ -5,6 +5,7 @@
 
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/fact_questions.h"
+#include "platform/linux/accessibility/messages.h"
 #include "platform/linux/accessibility/scroll_bars.h"
 
 namespace quil::linux_platform {
@@ -22,6 +23,11 @@ constexpr std::chrono::milliseconds kDocumentPause{40};
 /// that little is asked in vain when the elements before them turn out to fill the walk.
 constexpr int kMostActive = 128;
 
+/// Trees between these sizes are worth a single answer for everything, and no burden on those who
+/// give it.
+constexpr std::size_t kSmallest = 32;
+constexpr std::size_t kSmall = 5000;
+
 /// Answers between two looks at which elements come first.
 constexpr int kAnswersBetweenLooks = 32;
 
@@ -37,11 +43,44 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Re
     for (const std::string_view name : plan.attributes) {
         if (const Attribute* attribute = findAttribute(name)) attributes_.push_back(attribute);
     }
-    bus_.introducedProgram(root.busName);
+    useCache(root);
     fetch(root);
     awaitDocuments();
+    noteSize();
     if (wantsActions_) findScrollBars();
     if (places.isWithinWindow(root)) placeOnScreen(places);
+}
+
+void ObservedTree::useCache(const Reference& root) {
+    AtspiProgram& program = bus_.introducedProgram(root.busName);
+    if (program.smallWindow() != root.path) return;
+    // The answer covers the whole program: it may have got other windows.
+    const auto children = [](const Facts& facts) {
+        return findAttribute("AXChildren")->needs(facts);
+    };
+    Facts application, live;
+    if (readFacts(bus_, {root.busName, atspi::kRootPath}, children, application) != 0) return;
+    if (application.children != std::vector{root}) return program.setSmallWindow({});
+    const auto plain = [](const Facts& facts) {
+        return FactSet{Fact::role, Fact::name, Fact::states, Fact::childCount}.without(facts.asked);
+    };
+    if (readFacts(bus_, root, plain, live) != 0) return;
+    cache_ = std::make_unique<CachedTree>(bus_, program);
+    const Facts* cached = cache_->find(root);
+    const bool agrees = cached && cached->role == live.role && cached->name == live.name &&
+                        cached->states == live.states && cached->childCount == live.childCount;
+    if (!agrees) cache_ = nullptr;
+    if (!cached) program.setSmallWindow({});
+}
+
+/// Remembers that next time a single answer will do.
+void ObservedTree::noteSize() {
+    AtspiProgram& program = bus_.program(root_->reference.busName);
+    const bool isWhole =
+        expected_ <= maximumElements_ && active_ == 0 && !isOverdue() && !program.peer().hangs();
+    const bool isSmall = elements_.size() >= kSmallest && elements_.size() <= kSmall;
+    if (!program.givesAllProperties() || cache_) return;
+    program.setSmallWindow(isWhole && isSmall ? root_->reference.path : std::string());
 }
 
 ObservedElement& ObservedTree::element(const Reference& reference) {
@@ -88,6 +127,7 @@ void ObservedTree::awaitDocuments() {
     const auto end = bus_.program(root.busName).firstContact() + kDocumentPatience;
     while (std::any_of(elements_.begin(), elements_.end(), isEmpty) && BusClock::now() < end) {
         std::this_thread::sleep_for(kDocumentPause);
+        cache_ = nullptr;
         fetch(root);  // the document that fills may be another one
     }
 }
@@ -150,6 +190,13 @@ void ObservedTree::scheduleFirst() {
 
 void ObservedTree::begin(ObservedElement& element) {
     element.isBegun = true;
+    if (const Facts* cached = cache_ ? cache_->find(element.reference) : nullptr) {
+        element.facts.take(*cached);
+        if (cached->knows(Fact::children)) {
+            expected_ += cached->childCount;
+            takeChildren(element);
+        }
+    }
     proceed(element);
 }
 

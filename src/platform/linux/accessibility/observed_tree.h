@@ -8,6 +8,7 @@
 #include "platform/accessibility.h"
 #include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/accessibility/attributes.h"
+#include "platform/linux/accessibility/cached_tree.h"
 #include "platform/linux/accessibility/facts.h"
 #include "platform/linux/accessibility/screen_places.h"
 
@@ -47,6 +48,8 @@ class ObservedTree {
   private:
     ObservedElement& element(const Reference& reference);
     FactSet needs(const Facts& facts) const;
+    void useCache(const Reference& root);
+    void noteSize();
     void fetch(const Reference& root);
     /// Looks again at documents that are empty because their browser has only just been asked.
     void awaitDocuments();
@@ -69,6 +72,8 @@ class ObservedTree {
     std::vector<const Attribute*> attributes_;
     const bool wantsActions_;
 
+    /// Null when the elements are asked one by one.
+    std::unique_ptr<CachedTree> cache_;
     std::unordered_map<Reference, ObservedElement, ReferenceHash> elements_;
     ObservedElement* root_ = nullptr;
     /// Elements that are being asked.

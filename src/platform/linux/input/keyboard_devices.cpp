@@ -58,6 +58,7 @@ std::vector<HeldKeys> keysHeldByHand(X11Connection& connection) {
     if (!connection.hasExtension(xcb_input_id)) return {};
     const std::vector<std::uint8_t> keyboards = realKeyboards(connection);
     std::vector<xcb_input_query_device_state_cookie_t> cookies;
+    cookies.reserve(keyboards.size());
     for (const std::uint8_t device : keyboards) {
         cookies.push_back(xcb_input_query_device_state(connection.get(), device));
     }

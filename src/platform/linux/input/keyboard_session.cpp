@@ -3,7 +3,6 @@
 #include <xcb/xtest.h>
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 
 #include "platform/event_posting.h"
@@ -102,8 +101,10 @@ void KeyboardSession::key(std::uint8_t keyCode, bool isDown, std::uint64_t flags
 }
 
 void KeyboardSession::releaseFlagKeys() {
-    for (const std::uint8_t flagKey : pressedFlagKeys_ | std::views::reverse) send(flagKey, false);
-    pressedFlagKeys_.clear();
+    while (!pressedFlagKeys_.empty()) {
+        send(pressedFlagKeys_.back(), false);
+        pressedFlagKeys_.pop_back();
+    }
 }
 
 std::uint8_t KeyboardSession::flagKey(std::uint32_t symbol, std::uint32_t otherSymbol,

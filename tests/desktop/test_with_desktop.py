@@ -24,6 +24,26 @@ def marked(mark):
     return found
 
 
+def is_server(pid):
+    """Whether a process is one of the servers that with-desktop starts itself. One that ends while it
+    is looked at is none."""
+    try:
+        with open(f"/proc/{pid}/cmdline", "rb") as command_line:
+            arguments = command_line.read()
+        name = os.path.basename(os.readlink(f"/proc/{pid}/exe"))
+    except OSError:
+        return False
+    return name in {"Xvfb", "openbox", "dbus-daemon"} and b"a11y" not in arguments
+
+
+def end_marked(mark):
+    for pid in marked(mark):
+        try:
+            os.kill(pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+
+
 class WithDesktop(unittest.TestCase):
     def setUp(self):
         self.mark = f"{os.getpid()}-{self._testMethodName}"
@@ -78,13 +98,10 @@ class WithDesktop(unittest.TestCase):
         process.wait()
         process.stdout.close()
         # What it started itself ends with it; the command and what the buses started need not.
-        self.addCleanup(lambda: [os.kill(pid, signal.SIGKILL) for pid in marked(self.mark)])
-        names = {"Xvfb", "openbox", "dbus-daemon"}
+        self.addCleanup(end_marked, self.mark)
 
         def servers():
-            return [pid for pid in marked(self.mark)
-                    if os.path.basename(os.path.realpath(f"/proc/{pid}/exe")) in names
-                    and b"a11y" not in open(f"/proc/{pid}/cmdline", "rb").read()]
+            return [pid for pid in marked(self.mark) if is_server(pid)]
 
         until(lambda: not servers(), "the end of the desktop")
 

@@ -25,17 +25,19 @@ class ProgramsTest(unittest.TestCase):
         self.host = self.enterContext(Host("quil"))
         self.host.result("ping")  # programs join the bus only when somebody is there
 
-    def act(self, program, role, name=None, action="invoke", **more):
-        """Acts as hosts do: observes again when the tree has changed meanwhile."""
+    def request(self, program, method, role, name=None, parameter="token", **more):
+        """Names an element as hosts do: observes again when the tree has changed meanwhile."""
         def try_it():
             token = find(observe(self.host, program), role, name)["token"]
-            answer = self.host.request("desktop_ax_action", token=token, action=action, **more)
-            error = answer.get("error", {})
+            error = self.host.request(method, **{parameter: token}, **more).get("error", {})
             if error and error["code"] != "COMPUTER_CONTROL_STALE_SNAPSHOT":
                 raise Failure(error)
             return not error
 
-        until(try_it, f"{action} on {role} {name}")
+        until(try_it, f"{method} of {role} {name}")
+
+    def act(self, program, role, name=None, action="invoke", **more):
+        self.request(program, "desktop_ax_action", role, name, action=action, **more)
 
     def test_a_calculator(self):
         program = Program(self, "galculator")
@@ -80,8 +82,7 @@ class ProgramsTest(unittest.TestCase):
         self.act(program, "AXButton", "Press me")
         observe(self.host, program, lambda state: "Pressed" in state["axText"])
         # Its fields take no text from outside; they do take the focus, and what is typed then.
-        name = find(observe(self.host, program), "AXTextField", "Name")
-        self.host.result("desktop_type", text="new", element=name["token"])
+        self.request(program, "desktop_type", "AXTextField", "Name", parameter="element", text="new")
         observe(self.host, program, lambda state: "new" in
                 find(state, "AXTextField", "Name")["value"])
 

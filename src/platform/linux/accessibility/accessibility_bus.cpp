@@ -104,6 +104,7 @@ AtspiProgram& AccessibilityBus::introducedProgram(const std::string& busName) {
     program.isIntroduced_ = true;
     // The bridge for GTK 3 and for those who use it is the one that offers sockets.
     program.givesAllProperties_ = address.has_value();
+    program.tellsEverything_ = toolkit == "gtk" && address.has_value();
     program.placesWithinWindow_ = toolkit == "GTK" && version && !version->starts_with("3.");
     if (address && !address->empty()) program.socket_ = Bus::open(Bus::Kind::socket, *address);
     if (program.socket_ && !program.socket_->isReady()) program.socket_ = nullptr;

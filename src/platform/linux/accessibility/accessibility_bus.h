@@ -24,10 +24,18 @@ class AtspiProgram {
     bool givesAllProperties() const { return givesAllProperties_; }
     /// When it was first asked anything.
     BusDeadline firstContact() const { return firstContact_; }
-    /// The path of its only window, when that was seen whole and found small; else empty. Answers
-    /// that hold everything are asked of such programs only.
-    const std::string& smallWindow() const { return smallWindow_; }
-    void setSmallWindow(std::string path) { smallWindow_ = std::move(path); }
+    /// It has a single answer for everything that it shows, and shows about as much as it did
+    /// before. Browsers have such answers, too, but go on to pages of any size.
+    bool tellsEverything() const { return tellsEverything_; }
+    /// Whether it is known to show so little in that window, its only one, that it can be asked for
+    /// everything at once; nothing when that was not looked at.
+    std::optional<bool> isSmall(const std::string& window) const {
+        return window == countedWindow_ ? std::optional(isSmall_) : std::nullopt;
+    }
+    void noteSize(std::string window, bool isSmall) {
+        countedWindow_ = std::move(window);
+        isSmall_ = isSmall;
+    }
     /// It knows places within its windows only, not on the screen.
     bool placesWithinWindow() const { return placesWithinWindow_; }
 
@@ -37,9 +45,11 @@ class AtspiProgram {
     Peer& onBus_;
     bool isIntroduced_ = false;
     bool givesAllProperties_ = false;
+    bool tellsEverything_ = false;
     bool placesWithinWindow_ = false;
     BusDeadline firstContact_ = BusClock::now();
-    std::string smallWindow_;
+    std::string countedWindow_;
+    bool isSmall_ = false;
     std::unique_ptr<Bus> socket_;
 };
 

@@ -16,6 +16,8 @@ class CachedTree {
     explicit CachedTree(AccessibilityBus& bus, AtspiProgram& program);
 
     bool isEmpty() const { return facts_.empty(); }
+    /// Elements in the answer.
+    std::int64_t size() const { return static_cast<std::int64_t>(facts_.size()); }
     /// Role, name, description, states and interfaces of the element and, when the answer has all
     /// of them, its children. Null when it was not in the answer.
     const Facts* find(const Reference& element) const;

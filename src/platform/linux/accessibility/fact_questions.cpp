@@ -18,6 +18,9 @@ constexpr std::int32_t kMaximumText = 4'000'000;
 /// Actions of one element.
 constexpr std::int32_t kMaximumActions = 32;
 
+/// Lists up to this length are asked for as a whole, also when less of them is wanted.
+constexpr std::int64_t kShortList = 1000;
+
 /// The children among which a text field is looked for.
 constexpr std::int32_t kMaximumParts = 8;
 
@@ -245,7 +248,11 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
 
     void askChildren() {
         const auto count = facts_.childCount;
-        if (!facts_.knows(Fact::childCount) || count > maximumChildren_) return askFirstChildren();
+        // GTK 3 goes through the whole list for every child of it: who tells of a long list at once
+        // stays silent for long.
+        const auto most =
+            program_.tellsEverything() ? kShortList : std::max(maximumChildren_, kShortList);
+        if (!facts_.knows(Fact::childCount) || count > most) return askFirstChildren();
         if (count <= 0) return facts_.answered(Fact::children, 0);
         askFor(Fact::children, atspi::kAccessible, "GetChildren", readReferences, &Facts::children);
     }
@@ -255,9 +262,11 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
         if (!facts_.knows(Fact::childCount)) {
             return facts_.answered(Fact::children, facts_.code(Fact::childCount));
         }
-        facts_.children.assign(static_cast<std::size_t>(maximumChildren_), {});
-        for (std::int32_t i = 0; i < maximumChildren_; ++i) {
-            const bool isLast = i + 1 == maximumChildren_;
+        const auto wanted =
+            static_cast<std::int32_t>(std::min<std::int64_t>(facts_.childCount, maximumChildren_));
+        facts_.children.assign(static_cast<std::size_t>(std::max(wanted, 0)), {});
+        for (std::int32_t i = 0; i < wanted; ++i) {
+            const bool isLast = i + 1 == wanted;
             call(
                 atspi::kAccessible, "GetChildAtIndex",
                 [this, i, isLast](Answer answer) {
@@ -270,7 +279,7 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
                 },
                 "i", i);
         }
-        if (maximumChildren_ <= 0) facts_.answered(Fact::children, 0);
+        if (wanted <= 0) facts_.answered(Fact::children, 0);
     }
 
     /// One by one: the list that some toolkits give has names in the person's language, or none.

@@ -23,10 +23,10 @@ constexpr std::chrono::milliseconds kDocumentPause{40};
 /// that little is asked in vain when the elements before them turn out to fill the walk.
 constexpr int kMostActive = 128;
 
-/// Trees between these sizes are worth a single answer for everything, and no burden on those who
-/// give it.
-constexpr std::size_t kSmallest = 32;
-constexpr std::size_t kSmall = 5000;
+/// Trees up to this size can be told about in a single answer that does not take long, when no list
+/// in them is longer: each entry's place in its list is looked up for it.
+constexpr std::int64_t kSmall = 5000;
+constexpr std::int32_t kLongestList = 1000;
 
 /// Answers between two looks at which elements come first.
 constexpr int kAnswersBetweenLooks = 32;
@@ -46,21 +46,24 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Re
     useCache(root);
     fetch(root);
     awaitDocuments();
-    noteSize();
     if (wantsActions_) findScrollBars();
     if (places.isWithinWindow(root)) placeOnScreen(places);
 }
 
+/// Has everything that a program tells of all elements at once told at once, where that is no
+/// burden.
 void ObservedTree::useCache(const Reference& root) {
     AtspiProgram& program = bus_.introducedProgram(root.busName);
-    if (program.smallWindow() != root.path) return;
-    // The answer covers the whole program: it may have got other windows.
+    if (!program.tellsEverything()) return;
     const auto children = [](const Facts& facts) {
         return findAttribute("AXChildren")->needs(facts);
     };
     Facts application, live;
     if (readFacts(bus_, {root.busName, atspi::kRootPath}, children, application) != 0) return;
-    if (application.children != std::vector{root}) return program.setSmallWindow({});
+    // The answer covers the whole program.
+    if (application.children != std::vector{root}) return;
+    if (!program.isSmall(root.path)) program.noteSize(root.path, isCountedAndSmall(root));
+    if (!*program.isSmall(root.path)) return;
     const auto plain = [](const Facts& facts) {
         return FactSet{Fact::role, Fact::name, Fact::states, Fact::childCount}.without(facts.asked);
     };
@@ -69,18 +72,18 @@ void ObservedTree::useCache(const Reference& root) {
     const Facts* cached = cache_->find(root);
     const bool agrees = cached && cached->role == live.role && cached->name == live.name &&
                         cached->states == live.states && cached->childCount == live.childCount;
+    if (!cached || cache_->size() > kSmall) program.noteSize(root.path, false);
     if (!agrees) cache_ = nullptr;
-    if (!cached) program.setSmallWindow({});
 }
 
-/// Remembers that next time a single answer will do.
-void ObservedTree::noteSize() {
-    AtspiProgram& program = bus_.program(root_->reference.busName);
-    const bool isWhole =
-        expected_ <= maximumElements_ && active_ == 0 && !isOverdue() && !program.peer().hangs();
-    const bool isSmall = elements_.size() >= kSmallest && elements_.size() <= kSmall;
-    if (!program.givesAllProperties() || cache_) return;
-    program.setSmallWindow(isWhole && isSmall ? root_->reference.path : std::string());
+/// Goes through the tree by its lists of children alone, as far as a small tree reaches.
+bool ObservedTree::isCountedAndSmall(const Reference& root) {
+    isCounting_ = true;
+    fetch(root);
+    isCounting_ = false;
+    return expected_ <= kSmall && std::all_of(elements_.begin(), elements_.end(), [](auto& entry) {
+               return entry.second.facts.knows(Fact::children);
+           });
 }
 
 ObservedElement& ObservedTree::element(const Reference& reference) {
@@ -98,7 +101,12 @@ bool ObservedTree::isOverdue() const {
     return BusClock::now() >= deadline_;
 }
 
+std::int64_t ObservedTree::mostElements() const {
+    return isCounting_ ? kSmall : maximumElements_;
+}
+
 FactSet ObservedTree::needs(const Facts& facts) const {
+    if (isCounting_) return findAttribute("AXChildren")->needs(facts);
     FactSet needs;
     for (const Attribute* attribute : attributes_) needs.add(attribute->needs(facts));
     if (wantsActions_) needs.add(needsForActions(facts));
@@ -135,9 +143,9 @@ void ObservedTree::awaitDocuments() {
 void ObservedTree::schedule() {
     if (isScheduling_ || isOverdue()) return;
     isScheduling_ = true;
-    if (expected_ <= maximumElements_) {
+    if (expected_ <= mostElements()) {
         scheduleAll();
-    } else if (active_ == 0 || ++answersSinceScheduled_ >= kAnswersBetweenLooks) {
+    } else if (!isCounting_ && (active_ == 0 || ++answersSinceScheduled_ >= kAnswersBetweenLooks)) {
         answersSinceScheduled_ = 0;
         scheduleFirst();
     }
@@ -152,15 +160,24 @@ void ObservedTree::work(ObservedElement& element, std::int64_t maximumChildren) 
     ask(element, {Fact::children}, maximumChildren);
 }
 
+bool ObservedTree::fits(const ObservedElement& element) const {
+    if (!element.wantsChildren) return true;
+    const std::int32_t count = element.facts.childCount;
+    return expected_ + count <= mostElements() && !(isCounting_ && count > kLongestList);
+}
+
+void ObservedTree::stopCounting() {
+    expected_ = kSmall + 1;
+    work_.clear();
+}
+
 /// The walk comes to everything that is known of the tree.
 void ObservedTree::scheduleAll() {
     while (active_ < kMostActive && !work_.empty()) {
         ObservedElement& element = *work_.front();
-        const bool fits =
-            !element.wantsChildren || expected_ + element.facts.childCount <= maximumElements_;
-        if (!fits) {
+        if (!fits(element)) {
             expected_ += element.facts.childCount;
-            return scheduleFirst();
+            return isCounting_ ? stopCounting() : scheduleFirst();
         }
         work_.pop_front();
         work(element, maximumElements_);

@@ -47,13 +47,17 @@ class ObservedTree {
 
   private:
     ObservedElement& element(const Reference& reference);
+    /// How many elements are looked at.
+    std::int64_t mostElements() const;
     FactSet needs(const Facts& facts) const;
     void useCache(const Reference& root);
-    void noteSize();
+    bool isCountedAndSmall(const Reference& root);
     void fetch(const Reference& root);
     /// Looks again at documents that are empty because their browser has only just been asked.
     void awaitDocuments();
     void schedule();
+    bool fits(const ObservedElement& element) const;
+    void stopCounting();
     void scheduleAll();
     void scheduleFirst();
     void work(ObservedElement& element, std::int64_t maximumChildren);
@@ -79,6 +83,8 @@ class ObservedTree {
     /// Elements that are being asked.
     int active_ = 0;
     bool isScheduling_ = false;
+    /// Nothing but lists of children is asked for.
+    bool isCounting_ = false;
     /// Elements that may be asked more, in the order in which they were found.
     std::deque<ObservedElement*> work_;
     /// How many elements the tree has at least. While they all fit into the walk, their order does

@@ -64,6 +64,7 @@ TEST(AtspiActions, AreNamedForHosts) {
     const struct {
         Names toolkit;
         Names protocol;
+        AtspiRole role = AtspiRole::pushButton;
     } cases[] = {
         {{"click"}, {"AXPress"}},
         {{"Press", "SetFocus"}, {"AXPress", "AXSetFocus"}},
@@ -74,10 +75,14 @@ TEST(AtspiActions, AreNamedForHosts) {
         // A name that is taken, or that there is none of, cannot be asked for.
         {{"jump", "", "jump"}, {"AXPress", "", "AXJump"}},
         {{"open", "Open", "open"}, {"AXPress", "AXOpen", ""}},
-        {{"doDefault"}, {"AXDoDefault"}},
+        {{"doDefault", "showContextMenu"}, {"AXPress", "AXShowContextMenu"}, AtspiRole::pageTab},
+        {{"doDefault", "click"}, {"AXDoDefault", "AXPress"}},
+        {{"doDefault"}, {"AXDoDefault"}, AtspiRole::documentWeb},
         {{"größer"}, {"AXGrößer"}},
     };
-    for (const auto& [toolkit, protocol] : cases) EXPECT_EQ(protocolNames(toolkit), protocol);
+    for (const auto& [toolkit, protocol, role] : cases) {
+        EXPECT_EQ(protocolNames(toolkit, role), protocol);
+    }
 
     Facts pane = known(AtspiRole::scrollPane);
     pane.scrollBar = {":1.1", "/bar"};

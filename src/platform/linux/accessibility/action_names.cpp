@@ -35,34 +35,59 @@ std::string camelCased(std::string_view name) {
     return result;
 }
 
-std::size_t pressRank(std::string_view name) {
+/// What browsers call whatever a click does.
+constexpr std::string_view kDefaultName = "dodefault";
+
+bool isClickedAt(AtspiRole role) {
+    switch (role) {
+        case AtspiRole::checkBox:
+        case AtspiRole::checkMenuItem:
+        case AtspiRole::comboBox:
+        case AtspiRole::link:
+        case AtspiRole::listItem:
+        case AtspiRole::menu:
+        case AtspiRole::menuItem:
+        case AtspiRole::pageTab:
+        case AtspiRole::pushButton:
+        case AtspiRole::radioButton:
+        case AtspiRole::radioMenuItem:
+        case AtspiRole::toggleButton:
+        case AtspiRole::treeItem:
+            return true;
+        default:
+            return false;
+    }
+}
+
+/// How likely the name is that of a press: 0 is the most likely. At least `kNoPress` when it is
+/// none.
+constexpr std::size_t kNoPress = std::size(kPressNames) + 1;
+std::size_t pressRank(std::string_view name, AtspiRole role) {
     std::string lowered(name);
     std::transform(lowered.begin(), lowered.end(), lowered.begin(), lower);
+    if (lowered == kDefaultName) return isClickedAt(role) ? kNoPress - 1 : kNoPress;
     const auto* found = std::find(std::begin(kPressNames), std::end(kPressNames), lowered);
-    return static_cast<std::size_t>(found - std::begin(kPressNames));
+    return found == std::end(kPressNames)
+               ? kNoPress
+               : static_cast<std::size_t>(found - std::begin(kPressNames));
 }
 
 }  // namespace
 
-std::vector<std::string> protocolNames(const std::vector<std::string>& toolkitNames) {
+std::vector<std::string> protocolNames(const std::vector<std::string>& toolkitNames,
+                                       AtspiRole role) {
     std::vector<std::string> names;
     for (const std::string& name : toolkitNames) names.push_back(camelCased(name));
-    const auto press =
-        std::min_element(toolkitNames.begin(), toolkitNames.end(),
-                         [](const auto& a, const auto& b) { return pressRank(a) < pressRank(b); });
-    if (press != toolkitNames.end() && pressRank(*press) < std::size(kPressNames)) {
+    const auto press = std::min_element(
+        toolkitNames.begin(), toolkitNames.end(),
+        [role](const auto& a, const auto& b) { return pressRank(a, role) < pressRank(b, role); });
+    if (press != toolkitNames.end() && pressRank(*press, role) < kNoPress) {
         names[static_cast<std::size_t>(press - toolkitNames.begin())] = "AXPress";
     }
     for (auto name = names.begin(); name != names.end(); ++name) {
         const bool isTaken = std::find(names.begin(), name, *name) != name;
         if (isTaken || *name == "AX") name->clear();
     }
-    return names;
-}
-
-std::vector<std::string> protocolActionNames(const std::vector<std::string>& toolkitNames) {
-    std::vector<std::string> names = protocolNames(toolkitNames);
-    std::erase(names, "");
     return names;
 }
 

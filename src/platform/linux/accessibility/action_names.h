@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/accessibility/roles.h"
+
 namespace quil::linux_platform {
 
 inline constexpr std::string_view kScrollUpByPage = "AXScrollUpByPage";
@@ -13,9 +15,10 @@ inline constexpr std::string_view kScrollDownByPage = "AXScrollDownByPage";
 /// The names that a toolkit's actions have for hosts, one per action and in their order: what a
 /// plain click triggers is "AXPress", the others are "AX" and their name in camel case. An action
 /// whose name is taken by one before it keeps its place under an empty name.
-std::vector<std::string> protocolNames(const std::vector<std::string>& toolkitNames);
-
-/// The same without the empty ones.
-std::vector<std::string> protocolActionNames(const std::vector<std::string>& toolkitNames);
+///
+/// Browsers offer an action for whatever a click does on every element, plain text included; only
+/// of what people click at is it a press.
+std::vector<std::string> protocolNames(const std::vector<std::string>& toolkitNames,
+                                       AtspiRole role);
 
 }  // namespace quil::linux_platform

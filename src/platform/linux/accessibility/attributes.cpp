@@ -257,13 +257,15 @@ bool hasTextValue(const Facts& facts) {
 }
 
 FactSet needsForActions(const Facts& facts) {
-    if (!facts.asked.has(Fact::interfaces)) return {Fact::interfaces};
+    const FactSet first = unasked(facts, {Fact::role, Fact::interfaces});
+    if (!first.isEmpty()) return first;
     const bool hasActions = facts.interfaces.has(AtspiInterface::action);
     return hasActions ? unasked(facts, {Fact::actions}) : FactSet();
 }
 
 std::vector<std::string> actionNames(const Facts& facts) {
-    std::vector<std::string> names = protocolActionNames(facts.actions);
+    std::vector<std::string> names = protocolNames(facts.actions, facts.role);
+    std::erase(names, "");
     if (!facts.scrollBar.path.empty()) {
         names.emplace_back(kScrollUpByPage);
         names.emplace_back(kScrollDownByPage);

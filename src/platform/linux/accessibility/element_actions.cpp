@@ -104,7 +104,7 @@ std::int32_t performElementAction(AccessibilityBus& bus, const Reference& elemen
     std::int32_t code = readFacts(bus, element, needsForActions, facts);
     if (code == 0) code = actionsCode(facts);
     if (code != 0) return code;
-    const auto names = protocolNames(facts.actions);
+    const auto names = protocolNames(facts.actions, facts.role);
     const auto named = std::find(names.begin(), names.end(), action);
     if (named == names.end() || action.empty()) return kAxActionUnsupported;
     return command(bus, element, atspi::kAction, "DoAction", "i",

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,9 @@ class AtspiProgram {
         countedWindow_ = std::move(window);
         isSmall_ = isSmall;
     }
+    /// A document, by its path, that was waited for and stayed empty.
+    bool staysEmpty(const std::string& document) const { return empty_.contains(document); }
+    void noteEmpty(const std::string& document) { empty_.insert(document); }
     /// It knows places within its windows only, not on the screen.
     bool placesWithinWindow() const { return placesWithinWindow_; }
 
@@ -50,6 +54,7 @@ class AtspiProgram {
     BusDeadline firstContact_ = BusClock::now();
     std::string countedWindow_;
     bool isSmall_ = false;
+    std::set<std::string> empty_;
     std::unique_ptr<Bus> socket_;
 };
 

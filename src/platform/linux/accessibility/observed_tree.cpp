@@ -14,8 +14,8 @@ namespace {
 /// However steadily an application answers, nobody waits longer for its tree.
 constexpr std::chrono::seconds kLongestObservation{20};
 
-/// Browsers send their documents only to those who ask, and not at once: this long after the first
-/// contact an empty document may still fill, and is looked at this often.
+/// Browsers send their documents only to those who ask, and not at once: this long an empty
+/// document is waited for, once, and is looked at this often.
 constexpr std::chrono::milliseconds kDocumentPatience{2000};
 constexpr std::chrono::milliseconds kDocumentPause{40};
 
@@ -126,14 +126,23 @@ void ObservedTree::fetch(const Reference& root) {
 }
 
 void ObservedTree::awaitDocuments() {
-    const auto isEmpty = [](const auto& entry) {
-        const Facts& facts = entry.second.facts;
-        return facts.role == AtspiRole::documentWeb && facts.knows(Fact::childCount) &&
-               facts.childCount == 0;
-    };
+    const auto end = BusClock::now() + kDocumentPatience;
+    AtspiProgram& program = bus_.program(root_->reference.busName);
     const Reference root = root_->reference;
-    const auto end = bus_.program(root.busName).firstContact() + kDocumentPatience;
-    while (std::any_of(elements_.begin(), elements_.end(), isEmpty) && BusClock::now() < end) {
+    const auto isAwaited = [&](const auto& entry) {
+        const Facts& facts = entry.second.facts;
+        const bool isEmpty = facts.knows(Fact::childCount) && facts.childCount == 0;
+        const bool isLaidOut = facts.knows(Fact::extents) && facts.extents.width > 0;
+        return facts.role == AtspiRole::documentWeb && isEmpty && !isLaidOut &&
+               !program.staysEmpty(entry.first.path);
+    };
+    while (std::any_of(elements_.begin(), elements_.end(), isAwaited)) {
+        if (BusClock::now() >= end) {
+            for (const auto& entry : elements_) {
+                if (isAwaited(entry)) program.noteEmpty(entry.first.path);
+            }
+            return;
+        }
         std::this_thread::sleep_for(kDocumentPause);
         cache_ = nullptr;
         fetch(root);  // the document that fills may be another one

@@ -8,7 +8,8 @@ namespace {
 
 /// What toolkits call the action that a plain click triggers; of several, the first here is meant.
 constexpr std::string_view kPressNames[] = {
-    "click", "press", "push", "activate", "toggle", "jump", "select", "open", "check", "uncheck",
+    "click", "press", "push",    "activate", "toggle",   "jump",  "select",
+    "open",  "check", "uncheck", "switch",   "unselect", "cycle",
 };
 
 bool isLetterOrDigit(char c) {

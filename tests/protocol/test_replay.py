@@ -17,7 +17,9 @@ PERSON = [{"click": [720, 450]}, {"type": "Hé"}, {"key": {"code": 36, "characte
 
 class ReplayTest(unittest.TestCase):
     def setUp(self):
-        self.folder = self.enterContext(tempfile.TemporaryDirectory())
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
         self.file = self.path("recording")
 
     def path(self, name):

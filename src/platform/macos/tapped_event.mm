@@ -2,9 +2,25 @@
 
 #import <AppKit/AppKit.h>
 
+#import "platform/macos/cf_ref.h"
+#import "platform/macos/delivery.h"
 #import "platform/macos/ns_strings.h"
 
 namespace quil::macos {
+namespace {
+
+/// How long the main thread is waited for. It does nothing but run its run loop, except when the
+/// process ends.
+constexpr std::chrono::milliseconds kPatience{500};
+
+std::optional<std::string> charactersOf(CGEventRef keyEvent) {
+    NSEvent* event = [NSEvent eventWithCGEvent:keyEvent];
+    // Asking another kind of event for its characters raises an exception.
+    if (event.type != NSEventTypeKeyDown && event.type != NSEventTypeKeyUp) return {};
+    return optionalUtf8(event.characters);
+}
+
+}  // namespace
 
 Point MacTappedEvent::location() const {
     const CGPoint point = CGEventGetLocation(event_);
@@ -24,10 +40,17 @@ std::int64_t MacTappedEvent::integerValueField(std::uint32_t field) const {
 }
 
 std::optional<std::string> MacTappedEvent::characters() const {
-    NSEvent* event = [NSEvent eventWithCGEvent:event_];
-    // Asking another kind of event for its characters raises an exception.
-    if (event.type != NSEventTypeKeyDown && event.type != NSEventTypeKeyUp) return {};
-    return optionalUtf8(event.characters);
+    // On the main thread: the text input services, which know the keyboard's layout, may end a
+    // process that calls them on another one.
+    const auto event = CfRef<CGEventRef>::share(event_);
+    const auto delivery = std::make_shared<Delivery<std::optional<std::string>>>();
+    CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
+      @autoreleasepool {
+          delivery->deliver(charactersOf(event.get()));
+      }
+    });
+    CFRunLoopWakeUp(CFRunLoopGetMain());
+    return delivery->await(kPatience);
 }
 
 }  // namespace quil::macos

@@ -78,6 +78,7 @@ CFRunLoopRef CFRunLoopGetMain();
 void CFRunLoopRun();
 void CFRunLoopStop(CFRunLoopRef runLoop);
 void CFRunLoopWakeUp(CFRunLoopRef runLoop);
+void CFRunLoopPerformBlock(CFRunLoopRef runLoop, CFTypeRef mode, void (^block)(void));
 void CFRunLoopAddSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLoopMode mode);
 void CFRunLoopRemoveSource(CFRunLoopRef runLoop, CFRunLoopSourceRef source, CFRunLoopMode mode);
 CFRunLoopSourceRef CFRunLoopSourceCreate(CFAllocatorRef allocator, CFIndex order,

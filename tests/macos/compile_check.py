@@ -13,6 +13,7 @@ import re
 import shutil
 import subprocess
 import sys
+import tempfile
 
 TESTS = pathlib.Path(__file__).resolve().parent
 ROOT = TESTS.parent.parent
@@ -41,6 +42,18 @@ def system_headers():
     # clang brings its own headers for the compiler's part.
     return [folder for folder in folders if not (folder / "stddef.h").exists()
             or (folder / "stdlib.h").exists()]
+
+
+def mac_integers(headers, folder):
+    """Headers to go before this machine's: on a Mac 64 bits are a long long, and not a long as
+    sizes and NSInteger are."""
+    name = pathlib.Path("bits", "types.h")
+    types = next(path for path in (header / name for header in headers) if path.exists()).read_text()
+    types, changes = re.subn(r"long int (__u?int64_t;)", r"long long int \1", types, count=2)
+    assert changes == 2, "the C library declares its integers in another way"
+    (folder / name).parent.mkdir()
+    (folder / name).write_text(types)
+    return folder
 
 
 def compile_for(processor, source, headers):
@@ -74,7 +87,9 @@ def main():
         return 77
     sources = sorted((ROOT / "src/platform/macos").rglob("*.mm")) + [TESTS / "constants_check.mm"]
     headers = system_headers()
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+    with (tempfile.TemporaryDirectory() as folder,
+          concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool):
+        headers.insert(0, mac_integers(headers, pathlib.Path(folder)))
         jobs = [pool.submit(compile_for, processor, source, headers)
                 for source in sources for processor in PROCESSORS]
     complaints = [job.result() for job in jobs if job.result()]

@@ -6,6 +6,8 @@ namespace quil {
 namespace {
 
 Json parse(std::string_view text) {
+    // The parser takes a NUL for the end of the text, whatever comes behind it.
+    if (text.find('\0') != text.npos) return Json(Json::value_t::discarded);
     return Json::parse(text, nullptr, /*allow_exceptions=*/false);
 }
 

@@ -41,6 +41,8 @@ class Envelope(unittest.TestCase):
                 b'{"id":1,"method":"pi\xffng"}', b'{"id":1,"method":"\xc0\xaf"}',
                 b'{"id":1,"method":"\xed\xa0\x80"}', b'{"id":1,"method":"a\x00b"}',
                 b'{"id":1,\x00"method":"ping"}', b'\x00', b'\x00{"id":1,"method":"ping"}',
+                b'{"id":1,"method":"ping"}\x00', b'{"id":1,"method":"ping"} \x00 more',
+                b'{"id":1,"method":"ping","params":{"x":[01e400,1.e999,"1e999]}}',
                 b'{"id":1,"method":"pi\tng"}', b'{"id":1,"method":"\\u12"}',
                 b'{"id":1,"method":"\\ud800\\x"}']:
             with self.subTest(line):
@@ -164,6 +166,7 @@ class Stream(unittest.TestCase):
                                       input=PING, capture_output=True, timeout=ANSWER_SECONDS)
                 self.assertEqual((done.returncode, done.stderr), (status, b""), closing)
                 self.assertEqual(bool(done.stdout), closing == "2>&-", closing)
+                self.assertEqual(host.log(), [], "what is opened takes no closed stream's number")
 
     def test_scenario_must_be_the_one_argument(self):
         for arguments in [[], ["a.json", "b.json"]]:

@@ -1,5 +1,4 @@
-#include <unistd.h>
-
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <stdexcept>
@@ -32,6 +31,13 @@ std::string readFile(const char* path) {
     return text;
 }
 
+/// Names that the scenario's author gave may hold line feeds and terminal commands.
+std::string onOneLine(std::string text) {
+    std::ranges::replace_if(
+        text, [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; }, '?');
+    return text;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -45,11 +51,11 @@ int main(int argc, char** argv) {
         const auto scenario = quil::simulated::loadScenario(readFile(argv[1]), desktop);
         if (scenario.log) quil::simulated::writeLogTo(*scenario.log, desktop);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "quil-sim: %s: %s\n", argv[1], error.what());
+        std::fprintf(stderr, "quil-sim: %s: %s\n", argv[1], onOneLine(error.what()).c_str());
         return kBadScenario;
     }
-    quil::PosixInputStream input(STDIN_FILENO);
-    quil::PosixOutputStream output(STDOUT_FILENO);
+    quil::PosixInputStream input;
+    quil::PosixOutputStream output;
     quil::SimulatedPlatform platform(desktop, input, output);
     return quil::runProcess(platform);
 }

@@ -25,7 +25,8 @@ class Refusals(unittest.TestCase):
         for text, place in [("", "1:1: "), ("{\n  \"about\": x}", "2:12: "), ("{}\n{}", "2:1: "),
                             (b'{\n"about": "\xff"}', "2:11: "), ('{"about": 1e999}', "1:15: "),
                             ("[" * 100_000, "nested more than 1000 levels"),
-                            ('{"a":' * 100_000, "nested more than 1000 levels"), ("\x00", "1:1: ")]:
+                            ('{"a":' * 100_000, "nested more than 1000 levels"), ("\x00", "1:1: "),
+                            ("{}\n\x00", "2:1: "), ('{"a\\nb\\u001b": 1}', "a?b?: no such member")]:
             self.assertTrue(refusal(text).startswith(place), (text[:50], refusal(text)))
 
     def test_what_is_wrong_and_where(self):
@@ -72,6 +73,10 @@ class Refusals(unittest.TestCase):
                 ({"rules": [{"call": "post"}]}, 'rules[0]: needs "fails", "takes" or "does"'),
                 ({"rules": [{"call": "post", "nth": 1, "from": 2, "fails": True}]}, "rules[0].from: cannot"),
                 ({"rules": [{"call": "post", "nth": 0, "fails": True}]}, "rules[0].nth: must be an integer"),
+                ({"rules": [{"call": "screens", "about": "x", "fails": True}]}, "rules[0].about: all calls"),
+                ({"rules": [{"call": "post", "about": "keydown", "fails": True}]}, "rules[0].about: no event"),
+                ({"rules": [{"call": "copyActionNames", "about": ["x"], "fails": True}]},
+                 'rules[0].about[0]: nothing has the id "x"'),
                 ({"person": {"click": [1, 2], "type": "x"}}, "person: must have exactly one"),
                 ({"person": [{"key": {"code": 1, "flags": ["hyper"]}}]}, "person[0].key.flags[0]: must be"),
                 ({"bundles": [{"path": "A.app"}]}, "bundles[0].path: must begin with a slash"),
@@ -183,24 +188,46 @@ class Scripts(unittest.TestCase):
         person = [{"type": "Hi"}, {"click": [720, 450]}, {"scroll": {"at": [0, 0], "lines": -2}},
                   {"key": {"code": 8, "characters": "c", "flags": ["command"]}},
                   {"secureInput": True}, {"type": "secret"}, {"secureInput": False}]
-        scenario = {"permissions": {"inputMonitoring": False, "grantsInputMonitoring": True},
+        scenario = {"permissions": {"accessibility": False, "screenRecording": False},
                     "script": [{"request": 3, "do": {"person": person}},
-                               {"at": 0.4, "do": {"person": {"drag": {"from": [0, 0], "to": [9, 9]}}}}],
-                    "rules": [{"call": "createTap", "nth": 1, "fails": True}]}
+                               {"at": 0.12, "do": {"person": {"drag": {"from": [0, 0], "to": [9, 9]}}}},
+                               {"at": 0.4, "do": {"person": {"type": "end"}}},
+                               {"request": 16, "do": {"permissions": {"accessibility": True}}}]}
         with Simulated(scenario) as host:
-            start = "startInputRecording"
-            self.assertEqual(host.error(start)["message"], "input monitoring permission required")
-            self.assertEqual(host.error(start), {"code": "RECORDING_CAPTURE_UNAVAILABLE",
-                                                 "message": "input event tap unavailable"})
-        with Simulated({**scenario, "permissions": {}, "rules": []}) as host:
+            next = lambda **params: host.result("nextInputEvent", **params)["event"]
             for _ in range(3):
-                self.assertEqual(host.result(start), {})
-            events = [host.result("nextInputEvent")["event"] for _ in range(6)]
-            self.assertEqual([event["action"] for event in events],
-                             ["type", "type", "click", "scroll", "keypress", "click"])
-            self.assertEqual([event["params"].get("text") for event in events[:2]], ["H", "i"])
-            self.assertIsNone(host.result("nextInputEvent", timeoutMs=0)["event"])
+                self.assertEqual(host.result("startInputRecording"), {})
+            events = [next() for _ in range(5)]
+            self.assertEqual([(event["action"], event["params"]) for event in events], [
+                ("type", {"text": "H"}), ("type", {"text": "i"}), ("click", {}), ("scroll", {"amount": -2}),
+                ("keypress", {"combo": "cmd+keycode-8"})])
+            self.assertEqual(events[2]["target"]["point"], {"x": 0.5, "y": 0.5})
+            for timeout in (0, -1, 0.0):
+                self.assertIsNone(next(timeoutMs=timeout))
+            self.assertEqual(next(timeoutMs="0")["action"], "click")  # waited for
+            self.assertIsNone(next(timeoutMs=200))
+            self.assertEqual(next()["params"], {"text": "e"})
+            texts = [event["params"]["text"] for event in host.result("stopInputRecording")["events"]]
+            self.assertEqual(texts, ["n", "d"])
             self.assertEqual(host.result("stopInputRecording"), {"events": []})
+            self.assertIsNone(next())  # a second unless told
+            host.result("desktop_keypress", combo="a")
+            self.assertAlmostEqual(host.entries()[-1]["time"], 1.4)
+
+    def test_recordings_that_cannot_start(self):
+        permission, unavailable = "RECORDING_PERMISSION_REQUIRED", "RECORDING_CAPTURE_UNAVAILABLE"
+        scenario = {"permissions": {"inputMonitoring": False, "grantsInputMonitoring": True},
+                    "script": [{"request": 3, "do": {"permissions": {"accessibility": False}}}],
+                    # The last time the permission goes while the recording starts.
+                    "rules": [{"call": "createTap", "fails": True},
+                              {"call": "preflightListenEventAccess", "nth": 8, "fails": True}]}
+        with Simulated(scenario) as host:
+            for code, message in [(permission, "input monitoring permission required"),
+                                  (unavailable, "input event tap unavailable"),
+                                  (permission, "accessibility permission required"),
+                                  (permission, "input monitoring permission required")]:
+                self.assertEqual(host.error("startInputRecording"), {"code": code, "message": message})
+            self.assertEqual(host.log(), ["requestListenEventAccess granted"])  # asked once
 
 
 if __name__ == "__main__":

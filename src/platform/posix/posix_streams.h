@@ -4,22 +4,22 @@
 
 namespace quil {
 
-/// A stream over a file descriptor, which stays the caller's.
+/// A stream over a file descriptor, standard input unless given, which stays the caller's.
 class PosixInputStream : public InputStream {
   public:
-    explicit PosixInputStream(int descriptor) : descriptor_(descriptor) {}
+    explicit PosixInputStream(int descriptor = 0) : descriptor_(descriptor) {}
     std::size_t read(char* buffer, std::size_t capacity) override;
 
   private:
     int descriptor_;
 };
 
-/// A stream over a file descriptor, which stays the caller's. Once nobody can receive the bytes any
-/// more they are lost silently. Every byte is handed to the system at once; a descriptor in
-/// non-blocking mode is waited for.
+/// A stream over a file descriptor, standard output unless given, which stays the caller's. Once
+/// nobody can receive the bytes any more they are lost silently. Every byte is handed to the system
+/// at once; a descriptor in non-blocking mode is waited for.
 class PosixOutputStream : public OutputStream {
   public:
-    explicit PosixOutputStream(int descriptor) : descriptor_(descriptor) {}
+    explicit PosixOutputStream(int descriptor = 1) : descriptor_(descriptor) {}
     void write(std::string_view bytes) override;
 
   private:

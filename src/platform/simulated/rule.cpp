@@ -15,6 +15,7 @@ constexpr std::int32_t kSigningFailure = -67062;
 struct Call {
     std::string_view name;
     std::int32_t failureCode = 0;  // of calls that give one
+    CallSubjects subjects = CallSubjects::none;
 };
 
 constexpr Call kCalls[] = {
@@ -29,29 +30,29 @@ constexpr Call kCalls[] = {
     {"frontmostApplication"},
     {"runningApplicationWithProcessIdentifier"},
     {"runningApplications"},
-    {"urlForApplicationWithBundleIdentifier"},
-    {"openUrl"},
-    {"contentsOfDirectory"},
-    {"openBundle"},
+    {"urlForApplicationWithBundleIdentifier", 0, CallSubjects::others},
+    {"openUrl", 0, CallSubjects::others},
+    {"contentsOfDirectory", 0, CallSubjects::others},
+    {"openBundle", 0, CallSubjects::others},
     {"copyGuestWithAttributes", kSigningFailure},
     {"copyStaticCode", kSigningFailure},
     {"copySigningInformation", kSigningFailure},
-    {"copyAttributeValue", kAxCannotComplete},
-    {"copyActionNames", kAxCannotComplete},
-    {"performAction", kAxCannotComplete},
-    {"setAttributeValue", kAxCannotComplete},
+    {"copyAttributeValue", kAxCannotComplete, CallSubjects::others},
+    {"copyActionNames", kAxCannotComplete, CallSubjects::elements},
+    {"performAction", kAxCannotComplete, CallSubjects::others},
+    {"setAttributeValue", kAxCannotComplete, CallSubjects::others},
     {"beginObservation"},
     {"getShareableContent"},
     {"captureImage"},
     {"pngRepresentation"},
     {"createSource"},
-    {"createMouseEvent"},
+    {"createMouseEvent", 0, CallSubjects::events},
     {"createScrollWheelEvent"},
-    {"createKeyboardEvent"},
-    {"post"},
-    {"stringForType"},
+    {"createKeyboardEvent", 0, CallSubjects::events},
+    {"post", 0, CallSubjects::events},
+    {"stringForType", 0, CallSubjects::others},
     {"clearContents"},
-    {"setString"},
+    {"setString", 0, CallSubjects::others},
     {"createTap"},
     {"createRunLoopSource"},
 };
@@ -97,6 +98,11 @@ bool Rule::applies(std::string_view call, std::initializer_list<std::string_view
     }
     ++seen_;
     return seen_ >= first_ && (!last_ || seen_ <= *last_);
+}
+
+CallSubjects subjectsOf(std::string_view call) {
+    const auto found = std::ranges::find(kCalls, call, &Call::name);
+    return found == std::end(kCalls) ? CallSubjects::none : found->subjects;
 }
 
 const std::vector<std::string_view>& callNames() {

@@ -56,6 +56,16 @@ class Rule {
     Change change_;
 };
 
+/// What a rule can single out among the calls of one name.
+enum class CallSubjects {
+    none,
+    events,    ///< by the name of an event type
+    elements,  ///< by an element's id
+    others,    ///< by names that the desktop does not list: attributes, actions, paths, types
+};
+
+CallSubjects subjectsOf(std::string_view call);
+
 /// The names of all calls that rules can be about.
 const std::vector<std::string_view>& callNames();
 

@@ -65,6 +65,23 @@ Change readChange(const Node& node, Names& names) {
     };
 }
 
+/// What a rule is about; refuses what no call of that name can be about.
+std::string readSubject(const Node& node, CallSubjects subjects, Names& names) {
+    switch (subjects) {
+        case CallSubjects::none:
+            node.fail("all calls of this name are alike");
+        case CallSubjects::events:
+            if (!eventTypeNamed(node.string())) node.fail("no event type has this name");
+            break;
+        case CallSubjects::elements:
+            names.refer(node, Kind::element);
+            break;
+        case CallSubjects::others:
+            break;
+    }
+    return node.string();
+}
+
 Change readRule(const Node& node, Names& names) {
     node.allowOnly({"call", "about", "nth", "from", "fails", "takes", "does"});
     const Node call = node.require("call");
@@ -75,7 +92,9 @@ Change readRule(const Node& node, Names& names) {
         call.fail("no call of the platform has this name; there are:" + known);
     }
     if (const auto about = node.find("about")) {
-        for (const Node& subject : about->oneOrMore()) rule.about(subject.string());
+        for (const Node& subject : about->oneOrMore()) {
+            rule.about(readSubject(subject, subjectsOf(call.string()), names));
+        }
     }
     const auto nth = node.find("nth");
     const auto from = node.find("from");

@@ -110,6 +110,10 @@ class Checker : public Json::json_sax_t {
 }  // namespace
 
 Json parseDocument(std::string_view text) {
+    // The parser takes a NUL for the end of the text, whatever comes behind it.
+    if (const std::size_t end = text.find('\0'); end != text.npos) {
+        throw ScenarioError(lineAndColumn(text, end) + ": a NUL byte is no JSON");
+    }
     Checker checker(text);
     Json::sax_parse(text, &checker);
     return Json::parse(text);

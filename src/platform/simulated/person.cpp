@@ -55,11 +55,13 @@ Person& Person::event(UserEvent event) {
 
 Person& Person::disableTapsByTimeout() {
     desktop_.eventTaps().disableTaps(true);
+    desktop_.eventTaps().settle();
     return *this;
 }
 
 Person& Person::disableTapsByUserInput() {
     desktop_.eventTaps().disableTaps(false);
+    desktop_.eventTaps().settle();
     return *this;
 }
 

@@ -33,7 +33,8 @@ class Person {
     /// Any one event. A timestamp of 0 stands for now.
     Person& event(UserEvent event);
 
-    /// The system disables the taps, because one was too slow or because of user input.
+    /// The system disables the taps, because one was too slow or because of user input. Returns
+    /// when their callbacks have been told, so that what follows finds them as those leave them.
     Person& disableTapsByTimeout();
     Person& disableTapsByUserInput();
     /// A password is being typed, or no longer.

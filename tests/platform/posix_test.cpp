@@ -48,23 +48,6 @@ std::string readAll(InputStream& input) {
     return text;
 }
 
-TEST(PosixStreams, LongLinesArriveWholeThroughPipesInEitherMode) {
-    std::string text;
-    for (int i = 0; text.size() < 3'000'000; ++i) text += std::to_string(i) + ' ';
-    for (const int mode : {0, O_NONBLOCK}) {
-        Pipe pipe(mode);
-        std::string received;
-        std::thread reader([&] {
-            PosixInputStream input(pipe.reader);
-            received = readAll(input);
-        });
-        PosixOutputStream(pipe.writer).write(text);
-        pipe.close(pipe.writer);
-        reader.join();
-        EXPECT_EQ(received, text) << "mode " << mode;
-    }
-}
-
 TEST(PosixStreams, SignalsDoNotEndWaiting) {
     Pipe pipe(0);
     struct sigaction action {};

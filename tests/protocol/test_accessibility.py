@@ -46,12 +46,17 @@ class Observation(unittest.TestCase):
         cases = [
             ({"value": 42}, {"value": "42"}),
             ({"value": 0}, {"value": "0"}), ({"value": 2.5}, {"value": "2.5"}),
-            ({"value": True}, {"value": "1"}), ({"value": 2**64}, {"value": "1.844674407370955e+19"}), ({"value": {"opaque": "AXValueCFRange"}}, {}),
+            ({"value": True}, {"value": "1"}), ({"value": False}, {"value": "0"}),
+            ({"value": 0.1}, {"value": "0.1"}), ({"value": 1e5}, {"value": "100000"}),
+            ({"value": 2**64}, {"value": "1.844674407370955e+19"}),
+            ({"value": {"opaque": "AXValueCFRange"}}, {}), ({"value": {"point": [1, 2]}}, {}),
             ({"value": ["a"]}, {}), ({"value": ""}, {}), ({"value": {"element": "self"}}, {}),
             ({"title": "a\nb|c", "description": "\r"}, {"name": "a\nb|c", "description": "\r"}),
             ({"title": "👍🏽" * 501}, {"name": "👍🏽" * 500}),
             ({"identifier": "it", "enabled": False}, {"automationId": "it", "enabled": False}),
-            ({"attributes": {"AXTitle": 7, "AXEnabled": "yes", "AXDescription": ["x"]}}, {}),
+            ({"attributes": {"AXTitle": 7, "AXEnabled": 1, "AXDescription": ["x"]}}, {}),
+            ({"attributes": {"AXChildren": "none"}}, {}),
+            ({"attributes": {"AXChildren": [{"element": "self"}, 1]}}, {}),
             ({"attributes": {"AXRole": 3}}, {"role": "AXUnknown"}),
             ({"without": ["AXRole"]}, {"role": "AXUnknown"}),
             ({"attributes": {"AXRole": ""}}, {"role": ""}),
@@ -59,29 +64,37 @@ class Observation(unittest.TestCase):
             ({"title": "x", "readResults": {"AXTitle": "cannotComplete"}}, {}),
             ({"bounds": [10.5, -3.5, 100.4, 20.6]},
              {"bounds": {"x": 11, "y": -4, "width": 100, "height": 21}}),
+            ({"bounds": [-10.5, 0.49, 0.5, 1.5]},
+             {"bounds": {"x": -11, "y": 0, "width": 1, "height": 2}}),
             ({"bounds": [0, 0, 1, 1], "without": ["AXSize"]}, {}),
-            ({"bounds": [1e300, 0, 1, 1]}, {}),
+            ({"bounds": [1e300, 0, 1, 1]}, {}), ({"bounds": [0, 0, 1, 9.3e18]}, {}),
             ({"attributes": {"AXPosition": {"size": [1, 2]}, "AXSize": {"size": [1, 2]}}}, {}),
             ({"actions": ["AXPress", "AXShowMenu"]}, {"actions": ["AXPress", "AXShowMenu"]}),
             ({"actions": ["AXPress"], "actionNames": ["AXPress", 1]}, {}),
             ({"actions": ["AXPress"], "actionNamesResult": "failure"}, {}),
         ]
         children = [{"role": "AXGroup", **members} for members, _ in cases]
-        children[7]["id"] = "self"
+        children[0]["id"] = "self"
         with Simulated(desktop(*children)) as host:
-            nodes = host.result("desktop_ax_get_state")["nodes"]
+            state = host.result("desktop_ax_get_state")
+        nodes, lines = state["nodes"], state["axText"].split("\n")
+        self.assertEqual(len(nodes), len(cases) + 1)
+        for line in ("AXGroup | a b|c | \r", "AXGroup | " + "👍🏽" * 500, "AXGroup | 42", "AXUnknown", ""):
+            self.assertIn(line, lines)
         for index, (members, expected) in enumerate(cases):
             self.assertEqual(nodes[index + 1], {"token": f"e0.{index}", "role": "AXGroup", **expected},
                              members)
 
     def test_where_the_walk_begins(self):
         """At the focused window, or at the application when it has none."""
-        for focused, role in [("second", "AXWindow"), (None, "AXApplication")]:
-            app = application(windows=[window(), window(id="second", title="Second")],
-                              focusedWindow=focused)
+        for members, name in [({"focusedWindow": "second"}, "Second"), ({"focusedWindow": None}, "Notes"),
+                              ({"attributes": {"AXFocusedWindow": "no element"}}, "Notes"),
+                              ({"readResults": {"AXFocusedWindow": "cannotComplete"}}, "Notes")]:
+            app = application(windows=[window(), window(id="second", title="Second")], **members)
             with Simulated({"applications": [app]}) as host:
                 node = host.result("desktop_ax_get_state")["nodes"][0]
-                self.assertEqual((node["role"], node["name"]), (role, "Second" if focused else "Notes"))
+                self.assertEqual((node["role"], node["name"]),
+                                 ("AXWindow" if name == "Second" else "AXApplication", name))
 
     def test_limits(self):
         nested = {"role": "AXGroup"}
@@ -90,15 +103,21 @@ class Observation(unittest.TestCase):
         cases = [
             ([{"role": "AXRow"}] * 3999, 4000, False), ([{"role": "AXRow"}] * 4000, 4000, True),
             ([nested], 40, True), ([nested["children"][0]["children"][0]], 40, False),
-            ([{"role": "AXRow", "title": "é" * 500}] * 300, 198, True),  # the text's length
+            # The text's length: it ends within the last line, which alone leaves nothing out.
+            ([{"role": "AXRow", "title": "é" * 500}] * 197, 198, False),
+            ([{"role": "AXRow", "title": "é" * 500}] * 300, 198, True),
             ([{"role": "AXRow", "identifier": "é" * 500}] * 500, 398, True),  # the fields' length
         ]
         for children, count, truncated in cases:
             with Simulated(desktop(*children)) as host:
                 state = host.result("desktop_ax_get_state")
+                if count == 4000:
+                    host.result("desktop_read_value", token="e0.3998")
+                    self.assertEqual(host.error("desktop_read_value", token="e0.3999"), UNKNOWN)
             self.assertEqual((len(state["nodes"]), state["truncated"]), (count, truncated))
             self.assertEqual(len(state["axText"].split("\n")), count)
-            self.assertLessEqual(len(state["axText"]), 100_000)
+            if count == 198:
+                self.assertEqual(len(state["axText"]), 100_000)
 
     def test_a_part_of_the_tree(self):
         children = [{"role": "AXGroup", "title": str(i), "children": [button(f"b{i}")]}
@@ -111,7 +130,7 @@ class Observation(unittest.TestCase):
                 self.assertEqual(part[key], whole[key])
             for everything in ("", "  \t\u3000", 7, None):
                 self.assertEqual(host.result("desktop_ax_get_state", element=everything), whole)
-            for nothing in ("e0.11", " e0.1", "E0", "\n"):
+            for nothing in ("e0.11", " e0.1", "e0.1.", "E0", "\n"):
                 self.assertEqual(host.error("desktop_ax_get_state", element=nothing), UNKNOWN)
 
     def test_no_application_in_front(self):

@@ -125,7 +125,23 @@ class Pointer(unittest.TestCase):
             self.assertEqual(host.log("post"), [])
 
 
+# The keys that have names: of the codes from 0 on and from 96 on, "_" where there is none.
+LOW_KEYS = "a s d f h g z x c v _ b q w e r y t 1 2 3 4 6 5 = 9 7 - 8 0 ] o u [ i p return l j ' k ; \\ , / n " \
+    "m . tab space ` delete _ escape"
+HIGH_KEYS = "f5 f6 f7 f3 f8 f9 _ f11 _ _ _ _ _ f10 _ f12 _ _ _ home pageup _ f4 end f2 pagedown f1 left right " \
+    "down up"
+
+
 class Keys(unittest.TestCase):
+    def test_names(self):
+        with Simulated(desktop()) as host:
+            codes = [(name, first + place) for first, names in ((0, LOW_KEYS), (96, HIGH_KEYS))
+                     for place, name in enumerate(names.split()) if name != "_"]
+            self.assertEqual(len(codes), 72)
+            for combo in [name for name, _ in codes] + ["enter", "esc", "backspace", "f13", "_"]:
+                host.result("desktop_keypress", combo=combo)
+            self.assertEqual(host.log()[::2], [f"keyDown {code} flags 0x0" for _, code in codes])
+
     def test_combinations(self):
         with Simulated(desktop()) as host:
             for combo, posted in [

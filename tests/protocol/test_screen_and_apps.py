@@ -22,6 +22,33 @@ def sized(width, height, **members):
     return {"title": "w", "bounds": [0, 0, width, height], **members}
 
 
+class Targets(unittest.TestCase):
+    def test_what_a_target_says(self):
+        titled = lambda **members: {"windows": [window(**members)]}
+        for members, says in [
+                ({"localizedName": None}, {}), (titled(), {"name": "A", "windowTitle": "Main"}),
+                ({"bundleIdentifier": "b", "executablePath": "/e"},
+                 {"name": "A", "bundleIdentifier": "b", "executablePath": "/e"}),
+                (titled(title=""), {"name": "A", "windowTitle": ""}),
+                (titled(attributes={"AXTitle": 5}), {"name": "A"}),
+                (titled() | {"focusedWindow": None}, {"name": "A"}),
+                (titled() | {"attributes": {"AXFocusedWindow": "no element"}}, {"name": "A"}),
+                ({"signing": {"team": "T", "identifier": "i"}}, {"name": "A", "signingIdentity": "T"}),
+                ({"signing": {"team": "", "identifier": "i"}}, {"name": "A", "signingIdentity": "i"}),
+                ({"signing": {"identifier": ""}}, {"name": "A", "signingIdentity": ""}),
+                ({"signing": {}}, {"name": "A"}), ({"signingInformation": "x"}, {"name": "A"})]:
+            with Simulated({"applications": [{"pid": 7, "name": "A", **members}]}) as host:
+                self.assertEqual(host.result("desktop_target"), {"target": {"pid": 7, **says}}, members)
+
+    def test_signing_services_that_fail(self):
+        for call in ("copyGuestWithAttributes", "copyStaticCode", "copySigningInformation"):
+            with Simulated({"applications": [{"pid": 7, "name": "A", "signing": {"team": "T"}}], "rules": [
+                    {"call": call, "nth": 1, "fails": True},
+                    {"call": call, "nth": 2, "fails": 0}]}) as host:  # succeeds and gives nothing
+                self.assertEqual([host.result("desktop_target")["target"].get("signingIdentity")
+                                  for _ in range(3)], [None, None, "T"], call)
+
+
 class Windows(unittest.TestCase):
     maxDiff = None
 
@@ -30,7 +57,7 @@ class Windows(unittest.TestCase):
             window(id="a"), window(layer=3), window(onScreen=False), window(desktopElement=True),
             window(title="", info={"kCGWindowName": None, "kCGWindowOwnerName": 5,
                                    "kCGWindowLayer": "0", "kCGWindowBounds": [1], "kCGWindowNumber": 2.5}),
-            window(info={"kCGWindowOwnerPID": 77, "kCGWindowLayer": None})])
+            window(info={"kCGWindowOwnerPID": 1e15, "kCGWindowLayer": None})])
         nobody = window(id="nobody", title="Panel")
         with Simulated({"applications": [app], "windows": [nobody], "stacking": ["nobody", "a"],
                         "permissions": {"accessibility": False, "screenRecording": False},
@@ -43,7 +70,7 @@ class Windows(unittest.TestCase):
                      "bundleIdentifier": "com.example.notes", "executablePath": "/opt/notes"}
             anonymous = {"id": 0, "name": "", "owner": "", "pid": 100,
                          "bundleIdentifier": "com.example.notes", "executablePath": "/opt/notes"}
-            ghost = {"id": 6, "name": "Main", "owner": "Notes", "pid": 77, "bounds": bounds}
+            ghost = {"id": 6, "name": "Main", "owner": "Notes", "pid": 10**15, "bounds": bounds}
             panel = {"id": 7, "name": "Panel", "owner": "", "pid": 0, "bounds": bounds}
             self.assertEqual(host.result("desktop_windows_list"),
                              {"windows": [panel, {"id": 1, **notes}, anonymous, ghost]})
@@ -65,8 +92,15 @@ class Screenshots(unittest.TestCase):
                 ({"applications": [application(windows=[]), back]}, (40, 40)),
                 ({"applications": [back], "windows": [nobodys], "frontmost": None}, (60, 60)),
                 ({"applications": [back], "frontmost": None}, (40, 40)),
+                ({"applications": [application(windows=[])], "windows": [nobodys, sized(31, 31)],
+                  "stacking": "nobodys"}, (60, 60)),
+                ({"applications": [front], "windows": [nobodys], "stacking": "nobodys"}, (200, 100)),
+                # Who is in front is asked once the windows are known.
+                ({"applications": [front, back | {"id": "back"}], "rules": [
+                    {"call": "getShareableContent", "does": {"frontmost": "back"}}]}, (40, 40)),
                 ({"applications": [application(windows=[])]}, None),
-                ({"applications": [application(windows=[sized(0, 5)])]}, None)]:
+                *(({"applications": [application(windows=[sized(width, 5)])]}, None)
+                  for width in (0, 0.4, -5, 1e300))]:
             with Simulated(scenario) as host:
                 result = host.result("desktop_screenshot")
                 self.assertEqual(picture_size(result["screenshotDataURL"]), size, scenario)
@@ -144,6 +178,9 @@ class Applications(unittest.TestCase):
                 {"pid": 3, "name": "agent", "bundleIdentifier": "com.example.agent", "policy": "accessory"},
                 {"pid": 4, "name": "nameless", "localizedName": None, "bundleIdentifier": "com.x"},
                 {"pid": 5, "name": "nothing identifies it", "signingInformation": [1]},
+                {"pid": 6, "name": "nor this", "bundleIdentifier": "", "executablePath": "/opt/x"},
+                {"pid": 8, "name": "twice, first", "bundleIdentifier": "com.twice"},
+                {"pid": 9, "name": "twice, later", "bundleIdentifier": "com.twice"},
             ],
             "unlistableFolders": ["/Applications/Utilities"],
             "bundles": [
@@ -169,7 +206,20 @@ class Applications(unittest.TestCase):
              "bundleIdentifier": "com.example.notes", "executablePath": "/opt/notes"},
             {"appId": "/opt/tool", "name": "tool", "running": True, "executablePath": "/opt/tool",
              "signingIdentity": "tool.id"},
+            {"appId": "com.twice", "name": "twice, later", "running": True, "bundleIdentifier": "com.twice"},
             installed("/Applications/x.app.app", "x")])
+
+    def test_other_bundles_than_the_macs(self):
+        bundles = [{"path": "/apps/edit.desktop"}, {"path": "/apps/Old.app", "identifier": "old"}]
+        for suffix, names in [(".desktop", ["edit"]), ("", ["edit.desktop", "Old.app"])]:
+            with Simulated({"bundleSuffix": suffix, "applicationFolders": ["/apps"], "bundles": bundles,
+                            "rules": [{"call": "openUrl", "about": "/apps/Old.app", "nth": 2,
+                                       "fails": True}]}) as host:
+                self.assertEqual([app["name"] for app in host.result("desktop_apps_list")["apps"]], names)
+                for app in ("/apps/edit.desktop", "/apps/Old.app"):
+                    self.assertEqual(host.result("desktop_launch_app", appId=app), {"ok": True, "target": {}})
+                self.assertEqual(host.error("desktop_launch_app", appId="old")["message"],
+                                 "launch failed: old")
 
     def test_at_most_500(self):
         with Simulated({"bundles": [{"path": f"/Applications/{i:04}.app"} for i in range(600)][::-1]}) as host:
@@ -187,6 +237,7 @@ class Applications(unittest.TestCase):
                     ("/usr/bin/true", unsupported, only_bundles), ("/Applications/A.app/", unsupported,
                                                                    only_bundles),
                     ("/Applications/A.APP", unsupported, only_bundles),
+                    ("/Applications/A.desktop", unsupported, only_bundles),
                     ("missing.bundle.id", unsupported, "application not found: missing.bundle.id"),
                     ("", unsupported, "application not found: "),
                     ("Mail.app", unsupported, "application not found: Mail.app"),

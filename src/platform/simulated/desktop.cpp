@@ -100,11 +100,6 @@ SimulatedDesktop::BundleFile& SimulatedDesktop::BundleFile::information(std::str
     return *this;
 }
 
-SimulatedDesktop::BundleFile& SimulatedDesktop::BundleFile::notABundle() {
-    isBundle = false;
-    return *this;
-}
-
 SimulatedDesktop::BundleFile& SimulatedDesktop::BundleFile::whenLaunched(Change change) {
     launch = std::move(change);
     return *this;
@@ -143,36 +138,10 @@ void SimulatedDesktop::onRequest(int n, Change change) {
     requestChanges_.emplace(n, std::move(change));
 }
 
-std::vector<simulated::LogEntry> SimulatedDesktop::log() const {
-    const auto guard = lock();
-    return log_;
-}
-
-std::vector<std::string> SimulatedDesktop::logLines() const {
-    std::vector<std::string> lines;
-    for (const simulated::LogEntry& entry : log()) lines.push_back(simulated::describe(entry));
-    return lines;
-}
-
-std::vector<simulated::PostedEvent> SimulatedDesktop::postedEvents() const {
-    std::vector<simulated::PostedEvent> events;
-    for (const simulated::LogEntry& entry : log()) {
-        if (const auto* event = std::get_if<simulated::PostedEvent>(&entry.what)) {
-            events.push_back(*event);
-        }
-    }
-    return events;
-}
-
 int SimulatedDesktop::callCount(std::string_view call) const {
     const auto guard = lock();
     const auto found = callCounts_.find(call);
     return found == callCounts_.end() ? 0 : found->second;
-}
-
-void SimulatedDesktop::clearLog() {
-    const auto guard = lock();
-    log_.clear();
 }
 
 void SimulatedDesktop::observeLog(std::function<void(const simulated::LogEntry&)> observer) {
@@ -206,8 +175,7 @@ std::optional<simulated::Failure> SimulatedDesktop::enter(
 
 void SimulatedDesktop::record(decltype(simulated::LogEntry::what) what) {
     const auto guard = lock();
-    log_.push_back({clock_.now(), requests_, std::move(what)});
-    if (logObserver_) logObserver_(log_.back());
+    if (logObserver_) logObserver_({clock_.now(), requests_, std::move(what)});
 }
 
 void SimulatedDesktop::requestArrives() {

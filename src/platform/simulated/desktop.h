@@ -108,7 +108,6 @@ class SimulatedDesktop {
         BundleFile& displayName(std::string text);
         BundleFile& name(std::string text);
         BundleFile& information(std::string key, Value value);
-        BundleFile& notABundle();
         BundleFile& whenLaunched(Change change);
     };
     /// The folders that the applications are looked for in.
@@ -140,14 +139,9 @@ class SimulatedDesktop {
     void onRequest(int n, Change change);
 
     // What was done to the desktop.
-    std::vector<simulated::LogEntry> log() const;
-    /// The log's entries, described (`simulated::describe`).
-    std::vector<std::string> logLines() const;
-    std::vector<simulated::PostedEvent> postedEvents() const;
     /// How often the runtime made that call.
     int callCount(std::string_view call) const;
-    void clearLog();
-    /// Told of every new entry.
+    /// Told of everything that is done, as it happens.
     void observeLog(std::function<void(const simulated::LogEntry&)> observer);
     /// Whether what is posted has its usual effects (input_effects.h); true at first.
     bool postedInputActs = true;
@@ -191,7 +185,6 @@ class SimulatedDesktop {
     std::multimap<int, Change> requestChanges_;
     int requests_ = 0;
     std::map<std::string, int, std::less<>> callCounts_;
-    std::vector<simulated::LogEntry> log_;
     std::function<void(const simulated::LogEntry&)> logObserver_;
 };
 

@@ -145,11 +145,6 @@ bool Element::hasAction(std::string_view name) const {
     return findAction(name) != nullptr;
 }
 
-int Element::timesPerformed(std::string_view action) const {
-    const Action* found = findAction(action);
-    return found ? found->performed : 0;
-}
-
 bool Element::exists() const {
     return !removed_ && (!parent_ || parent_->exists());
 }
@@ -195,7 +190,6 @@ std::int32_t Element::perform(SimulatedDesktop& desktop, std::string_view action
     if (!found) return kAxActionUnsupported;
     if (found->code && found->successesLeft == 0) return found->code;
     if (found->successesLeft > 0) --found->successesLeft;
-    ++found->performed;
     // A copy, since the effect may give the element other actions.
     const Change effect = found->effect;
     if (effect) effect(desktop);

@@ -87,8 +87,6 @@ class Element : public AccessibilityElement, public std::enable_shared_from_this
     /// "AXPosition" and "AXSize"; nothing when either is missing or of another type.
     std::optional<Rect> rectangle() const;
     bool hasAction(std::string_view name) const;
-    /// How often that action was performed with success.
-    int timesPerformed(std::string_view action) const;
     bool exists() const;
     Element* parent() const { return parent_; }
     /// The application that the element belongs to; null for a window without an owner.
@@ -116,7 +114,6 @@ class Element : public AccessibilityElement, public std::enable_shared_from_this
         Change effect;
         std::int32_t code = 0;
         int successesLeft = 0;  // before the code is given
-        int performed = 0;
     };
     Action* findAction(std::string_view name);
     const Action* findAction(std::string_view name) const;

@@ -36,7 +36,6 @@ TEST(RequestLoop, EveryRequestHasAnAutoreleasePoolOfItsOwn) {
     platform.input.line(R"({"id": 1, "method": "ping"})");
     platform.input.line("no request");
     platform.input.line(R"({"id": 2, "method": "desktop_target"})");
-    platform.input.end();
     EXPECT_EQ(runProcess(platform), 0);
     EXPECT_EQ(platform.pools.answeredByEachPool, (std::vector<std::size_t>{1, 1, 2}));
 }

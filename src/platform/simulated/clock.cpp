@@ -20,11 +20,6 @@ void DesktopClock::useRealTime() {
     realStart_ = RealClock::now();
 }
 
-bool DesktopClock::isReal() const {
-    const std::lock_guard lock(mutex_);
-    return isReal_;
-}
-
 double DesktopClock::now() const {
     const std::lock_guard lock(mutex_);
     return nowLocked();

@@ -11,7 +11,6 @@ class DesktopClock {
   public:
     /// Lets time pass as it really does, from now on; sleeps wait.
     void useRealTime();
-    bool isReal() const;
 
     /// Seconds since the desktop started.
     double now() const;

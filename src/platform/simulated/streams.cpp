@@ -23,23 +23,10 @@ void MemoryInput::line(std::string_view text) {
 void MemoryInput::bytes(std::string_view text) {
     const std::lock_guard lock(mutex_);
     pending_ += text;
-    changed_.notify_all();
-}
-
-void MemoryInput::holdOpen() {
-    const std::lock_guard lock(mutex_);
-    isHeldOpen_ = true;
-}
-
-void MemoryInput::end() {
-    const std::lock_guard lock(mutex_);
-    isHeldOpen_ = false;
-    changed_.notify_all();
 }
 
 std::size_t MemoryInput::read(char* buffer, std::size_t capacity) {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return !pending_.empty() || !isHeldOpen_; });
+    const std::lock_guard lock(mutex_);
     const std::size_t count = std::min(capacity, pending_.size());
     pending_.copy(buffer, count);
     pending_.erase(0, count);
@@ -50,7 +37,6 @@ void MemoryOutput::write(std::string_view bytes) {
     const std::lock_guard lock(mutex_);
     text_ += bytes;
     ++writes_;
-    changed_.notify_all();
 }
 
 std::string MemoryOutput::text() const {
@@ -60,15 +46,6 @@ std::string MemoryOutput::text() const {
 
 std::vector<std::string> MemoryOutput::lines() const {
     return cutIntoLines(text());
-}
-
-std::string MemoryOutput::waitForLine(std::size_t count) const {
-    std::unique_lock lock(mutex_);
-    const auto written = [&] {
-        return static_cast<std::size_t>(std::ranges::count(text_, '\n')) >= count;
-    };
-    changed_.wait(lock, written);
-    return cutIntoLines(text_)[count - 1];
 }
 
 int MemoryOutput::writes() const {

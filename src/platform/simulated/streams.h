@@ -1,6 +1,5 @@
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -10,25 +9,19 @@
 
 namespace quil::simulated {
 
-/// Standard input in memory. It ends after what it was given, unless it is held open. May be fed
-/// from any thread.
+/// Standard input in memory. It ends after what it was given. May be fed from any thread.
 class MemoryInput : public InputStream {
   public:
     /// Adds a line; its terminator is added too.
     void line(std::string_view text);
     /// Adds bytes as they are.
     void bytes(std::string_view text);
-    /// Makes reading wait for more, until `end`.
-    void holdOpen();
-    void end();
 
     std::size_t read(char* buffer, std::size_t capacity) override;
 
   private:
     std::mutex mutex_;
-    std::condition_variable changed_;
     std::string pending_;
-    bool isHeldOpen_ = false;
 };
 
 /// Standard output in memory. May be read from any thread.
@@ -39,14 +32,11 @@ class MemoryOutput : public OutputStream {
     std::string text() const;
     /// The lines written so far, without their terminators.
     std::vector<std::string> lines() const;
-    /// Waits until that many lines have been written in all, and returns the last of them.
-    std::string waitForLine(std::size_t count) const;
     /// How often something was written.
     int writes() const;
 
   private:
     mutable std::mutex mutex_;
-    mutable std::condition_variable changed_;
     std::string text_;
     int writes_ = 0;
 };

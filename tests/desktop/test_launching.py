@@ -4,7 +4,7 @@ import shutil
 import signal
 import unittest
 
-from desktop_tools import output, until
+from desktop_tools import output, until, window_app
 from quil_host import Failure, Host
 
 FOLDER = os.path.join(os.environ["XDG_DATA_HOME"], "applications")
@@ -67,6 +67,23 @@ class LaunchingTest(unittest.TestCase):
         with Host() as self.host:
             self.assertTrue(self.apps("galculator.desktop")[0]["running"])
 
+    def test_nothing_of_how_the_host_was_launched_sticks(self):
+        with Host(env=os.environ | {"DESKTOP_STARTUP_ID": "host_TIME1", "XDG_ACTIVATION_TOKEN": "1",
+                                    "GIO_LAUNCHED_DESKTOP_FILE": "/host.desktop"}) as host:
+            for name, lines in (("plain", ""), ("activatable", "DBusActivatable=true\n"),
+                                ("elsewhere", "Path=/usr\n")):
+                path = self.install(name + ".desktop", "Name=n\nExec=xterm -e sleep 99\n" + lines)
+                host.result("desktop_launch_app", appId=path)
+                pid = until(lambda: host.result("desktop_windows_list")["windows"], name)[0]["pid"]
+                with open(f"/proc/{pid}/environ") as file:
+                    variables = dict(line.split("=", 1) for line in file.read().split("\0")[:-1])
+                self.assertEqual(os.readlink(f"/proc/{pid}/cwd"),
+                                 "/usr" if name == "elsewhere" else os.environ["HOME"])
+                self.assertEqual(variables["GIO_LAUNCHED_DESKTOP_FILE"], path)
+                self.assertFalse({"DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN"} & set(variables))
+                os.kill(pid, signal.SIGTERM)
+                until(lambda: not host.result("desktop_windows_list")["windows"], "ended")
+
     def test_what_is_listed(self):
         true = "Exec=true\n"
         self.install("zebra.desktop", "Name=Apfel\nName[de]=äpfel\n" + true)
@@ -78,12 +95,18 @@ class LaunchingTest(unittest.TestCase):
         self.install("gone.desktop", "Name=gone\nExec=/nowhere/program\n")
         self.install("folder/inside.desktop", "Name=inside\n" + true)
         self.install("upper.DESKTOP", "Name=upper\n" + true)
+        self.install("nameless.desktop", true)
+        self.install("\udcff.desktop", "Name=of no text\n" + true)
+        os.mkfifo(os.path.join(FOLDER, "pipe.desktop"))
         # One that replaces a packaged entry, and one that takes it away.
         self.install("galculator.desktop", "Name=Mine\n" + true)
         self.install("xterm.desktop", "Hidden=true\nName=XTerm\n" + true)
         names = [app["name"] for app in self.host.result("desktop_apps_list")["apps"]
                  if app["executablePath"].startswith(FOLDER) or app["appId"] == "xterm.desktop"]
-        self.assertEqual(names, ["anker", "Birne", "Mine", "äpfel"])
+        self.assertEqual(names, ["anker", "Birne", "Mine", "nameless", "äpfel"])
+        # All of them are looked through for the application of a window, too.
+        window_app(self, "qt5", "any")
+        self.assertEqual(len(self.host.result("desktop_windows_list")["windows"]), 1)
 
     def test_what_cannot_be_launched(self):
         marker = os.path.join(FOLDER, "started")

@@ -44,7 +44,7 @@ std::string idOfFile(const std::string& path) {
 std::optional<MatchedEntry> entryInFile(const std::string& path, std::string id) {
     const DesktopEntry entry = readDesktopEntry(path);
     if (!entry) return {};
-    return MatchedEntry{std::move(id), textOrEmpty(g_app_info_get_name(G_APP_INFO(entry.get())))};
+    return MatchedEntry{std::move(id), localizedNameOf(entry).value_or("")};
 }
 
 std::optional<MatchedEntry> entryInFile(const std::string& path) {
@@ -148,7 +148,7 @@ void DesktopEntryMatcher::indexFolder(const std::string& folder, const std::stri
         const std::string name = file.path().filename().string();
         if (file.is_directory(error)) {
             if (depth < kMaximumDepth) indexFolder(file.path(), idPrefix + name + '-', depth + 1);
-        } else if (name.ends_with(kDesktopEntrySuffix)) {
+        } else if (isDesktopEntryName(name)) {
             indexEntry(file.path(), idPrefix + name);
         }
     }

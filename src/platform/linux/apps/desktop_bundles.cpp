@@ -1,6 +1,7 @@
 #include "platform/linux/apps/desktop_bundles.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/linux/apps/desktop_entries.h"
 
@@ -38,11 +39,7 @@ std::optional<std::vector<std::string>> DesktopBundles::contentsOfDirectory(std:
     if (!directory) return {};
     std::vector<std::string> names;
     while (const char* name = g_dir_read_name(directory.get())) {
-        // A name that is not text could not be given back to us to launch it.
-        if (!g_str_has_suffix(name, kDesktopEntrySuffix.data()) ||
-            !g_utf8_validate(name, -1, nullptr) || isReplacedByEarlierFolder(folder, name)) {
-            continue;
-        }
+        if (!isDesktopEntryName(name) || isReplacedByEarlierFolder(folder, name)) continue;
         if (isShown(readDesktopEntry(folder + '/' + name))) names.emplace_back(name);
     }
     std::sort(names.begin(), names.end());
@@ -54,8 +51,8 @@ std::optional<Bundle> DesktopBundles::openBundle(std::string_view path) {
     if (!entry) return {};
     Bundle bundle;
     bundle.bundleIdentifier = std::string(path.substr(path.rfind('/') + 1));
-    if (const char* name = g_app_info_get_name(G_APP_INFO(entry.get()))) {
-        bundle.infoDictionary.emplace("CFBundleDisplayName", name);
+    if (auto name = localizedNameOf(entry)) {
+        bundle.infoDictionary.emplace("CFBundleDisplayName", std::move(*name));
     }
     return bundle;
 }

@@ -1,6 +1,7 @@
 #include "platform/linux/apps/desktop_entries.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quil::linux_platform {
 namespace {
@@ -28,6 +29,7 @@ std::vector<std::string> desktopEntryFolders() {
     std::vector<std::string> folders;
     const auto add = [&](const char* dataDirectory) {
         GlibText folder(g_build_filename(dataDirectory, "applications", nullptr));
+        if (!g_utf8_validate(folder.get(), -1, nullptr)) return;
         if (std::find(folders.begin(), folders.end(), folder.get()) == folders.end()) {
             folders.emplace_back(folder.get());
         }
@@ -39,6 +41,11 @@ std::vector<std::string> desktopEntryFolders() {
     return folders;
 }
 
+bool isDesktopEntryName(const std::string& fileName) {
+    return fileName.ends_with(kDesktopEntrySuffix) &&
+           g_utf8_validate(fileName.c_str(), -1, nullptr);
+}
+
 std::optional<std::string> findDesktopEntry(std::string_view id) {
     if (!id.ends_with(kDesktopEntrySuffix) || id.find('/') != std::string_view::npos ||
         id.find('\0') != std::string_view::npos) {
@@ -47,18 +54,32 @@ std::optional<std::string> findDesktopEntry(std::string_view id) {
     for (const std::string& folder : desktopEntryFolders()) {
         const auto path = findBelow(folder, id);
         if (!path) continue;
-        const GlibKeyFile keyFile(g_key_file_new());
-        const bool removed =
-            g_key_file_load_from_file(keyFile.get(), path->c_str(), G_KEY_FILE_NONE, nullptr) &&
-            g_key_file_get_boolean(keyFile.get(), G_KEY_FILE_DESKTOP_GROUP,
-                                   G_KEY_FILE_DESKTOP_KEY_HIDDEN, nullptr);
+        const GlibKeyFile keys = readKeysOfDesktopEntry(*path);
+        const bool removed = keys && g_key_file_get_boolean(keys.get(), G_KEY_FILE_DESKTOP_GROUP,
+                                                            G_KEY_FILE_DESKTOP_KEY_HIDDEN, nullptr);
         return removed ? std::nullopt : path;
     }
     return {};
 }
 
 DesktopEntry readDesktopEntry(const std::string& path) {
-    return DesktopEntry(g_desktop_app_info_new_from_filename(path.c_str()));
+    // To open a pipe could take for ever.
+    return DesktopEntry(isFile(path) ? g_desktop_app_info_new_from_filename(path.c_str())
+                                     : nullptr);
+}
+
+GlibKeyFile readKeysOfDesktopEntry(const std::string& path) {
+    GlibKeyFile keys(g_key_file_new());
+    const bool isRead = isFile(path) && g_key_file_load_from_file(keys.get(), path.c_str(),
+                                                                  G_KEY_FILE_NONE, nullptr);
+    return isRead ? std::move(keys) : nullptr;
+}
+
+std::optional<std::string> localizedNameOf(const DesktopEntry& entry) {
+    // GIO has a name for everything: "Unnamed" for what has none.
+    const GlibText name(
+        g_desktop_app_info_get_locale_string(entry.get(), G_KEY_FILE_DESKTOP_KEY_NAME));
+    return name ? std::optional<std::string>(name.get()) : std::nullopt;
 }
 
 }  // namespace quil::linux_platform

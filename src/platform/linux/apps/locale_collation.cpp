@@ -15,7 +15,9 @@ GlibText caseless(std::string_view text) {
 
 }  // namespace
 
-LocaleCollation::LocaleCollation() : locale_(newlocale(LC_ALL_MASK, "", nullptr)) {}
+// Only what an order is made of: a category that is not installed would cost the others.
+LocaleCollation::LocaleCollation()
+    : locale_(newlocale(LC_COLLATE_MASK | LC_CTYPE_MASK, "", nullptr)) {}
 
 int LocaleCollation::localizedCaseInsensitiveCompare(std::string_view a, std::string_view b) {
     const GlibText first = caseless(a);

@@ -100,6 +100,30 @@ class ApplicationsTest(unittest.TestCase):
                "_KDE_NET_WM_DESKTOP_FILE", "kde")
         expect("kde.desktop")
 
+    def test_a_process_with_windows_of_two_entries_is_its_foremost(self):
+        Program(self, PYTHON, "-c", """
+import gi
+gi.require_version("Gtk", "3.0")
+from gi.repository import Gtk
+for name in ("writer", "table"):
+    window = Gtk.Window(title=name)
+    window.set_wmclass(name, name)
+    window.show_all()
+Gtk.main()""")
+        for name in ("writer", "table"):
+            self.install(name + ".desktop", Exec="sh", StartupWMClass=name, Name=name.title())
+        until(lambda: len(self.host.result("desktop_windows_list")["windows"]) == 2, "two windows")
+        for name in ("writer", "table", "writer"):
+            output("xdotool", "search", "--name", f"^{name}$", "windowactivate", "--sync")
+            windows = until(lambda: (w := self.host.result("desktop_windows_list")["windows"]) and
+                            w[0]["name"] == name and w, "in front")
+            known = [self.host.result("desktop_target")["target"]] + windows
+            running = [app for app in self.host.result("desktop_apps_list")["apps"]
+                       if app["running"]]
+            self.assertEqual({record["bundleIdentifier"] for record in known + running},
+                             {name + ".desktop"})
+            self.assertEqual({window["owner"] for window in windows}, {name.title()})
+
     def test_what_was_launched_keeps_its_identity(self):
         self.install("launched.desktop", Exec=f"{PYTHON} {SUPPORT}/window_app.py qt5 L 300 200")
         self.install("other.desktop", Exec="sh", StartupWMClass="window_app.py")

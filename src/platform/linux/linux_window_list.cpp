@@ -23,14 +23,16 @@ Value::Dictionary informationOf(const X11Window& window) {
 std::optional<Value> LinuxWindowList::copyWindowInfo(std::uint32_t options, std::uint32_t) {
     const auto connection = display_.connection();
     if (!connection) return {};
+    const auto windows = topLevelWindows(*connection);
+    const auto owners = workspace_.ownersOf(windows);
     Value::List list;
-    for (const X11Window& window : topLevelWindows(*connection)) {
+    for (const X11Window& window : windows) {
         if ((options & kWindowListOptionOnScreenOnly) && !window.onScreen) continue;
         if ((options & kWindowListExcludeDesktopElements) && window.isDesktopElement) continue;
         Value::Dictionary information = informationOf(window);
-        const auto owner = workspace_.applicationOf(window);
-        if (owner && owner->localizedName) {
-            information.emplace(kWindowOwnerName, *owner->localizedName);
+        const auto owner = owners.find(window.pid.value_or(0));
+        if (owner != owners.end() && owner->second.localizedName) {
+            information.emplace(kWindowOwnerName, *owner->second.localizedName);
         } else if (!window.className.empty()) {
             information.emplace(kWindowOwnerName, window.className);
         }

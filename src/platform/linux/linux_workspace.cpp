@@ -51,6 +51,16 @@ std::vector<RunningApplication> LinuxWorkspace::runningApplications() {
     return applications;
 }
 
+std::map<std::int32_t, RunningApplication> LinuxWorkspace::ownersOf(
+    const std::vector<X11Window>& windows) {
+    std::map<std::int32_t, RunningApplication> owners;
+    for (const X11Window& window : windows) {
+        if (!window.pid || owners.contains(*window.pid)) continue;
+        if (auto owner = applicationOf(window)) owners.emplace(*window.pid, std::move(*owner));
+    }
+    return owners;
+}
+
 std::optional<std::string> LinuxWorkspace::urlForApplicationWithBundleIdentifier(
     std::string_view bundleIdentifier) {
     return findDesktopEntry(bundleIdentifier);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <map>
+
 #include "platform/linux/application_identities.h"
 #include "platform/linux/x11/windows.h"
 #include "platform/workspace.h"
@@ -26,10 +28,14 @@ class LinuxWorkspace : public Workspace {
         std::string_view bundleIdentifier) override;
     bool openUrl(std::string_view path) override;
 
+    /// The applications that own these windows, given front to back, by process. One that shows
+    /// windows of several desktop entries is known by its foremost window.
+    std::map<std::int32_t, RunningApplication> ownersOf(const std::vector<X11Window>& windows);
+
+  private:
     /// The application that owns the window; nothing when its process is not known.
     std::optional<RunningApplication> applicationOf(const X11Window& window);
 
-  private:
     X11Display& display_;
     ApplicationIdentities identities_;
 };

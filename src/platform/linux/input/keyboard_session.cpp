@@ -7,6 +7,7 @@
 
 #include "platform/event_posting.h"
 #include "platform/linux/input/key_symbols.h"
+#include "platform/linux/input/spare_key_mapping.h"
 #include "platform/linux/input/xkb_protocol.h"
 
 namespace quil::linux_platform {
@@ -20,10 +21,11 @@ constexpr std::uint8_t kUsualAlt = 64;
 }  // namespace
 
 KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection)
-    : connection_(std::move(connection)) {
+    : connection_(std::move(connection)), turn_(*connection_) {
     if (enableXkb(*connection_)) {
         if (auto map = readKeyboardMap(*connection_)) {
             map_ = std::move(*map);
+            forgetSpareKeys(*connection_, map_);
             knowsKeys_ = true;
         }
     }

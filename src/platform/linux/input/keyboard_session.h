@@ -6,14 +6,15 @@
 
 #include "platform/linux/input/keyboard_devices.h"
 #include "platform/linux/input/keyboard_map.h"
+#include "platform/linux/input/keyboard_turn.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {
 
-/// The keyboard while keys are posted. What the person holds, has latched or locked is taken away
-/// at the start, so that posted keys have the modifiers that they are posted with and no others,
-/// and given back at the end: modifier keys that the person has let go meanwhile stay up. Num Lock
-/// stays as it is.
+/// The keyboard while keys are posted, which no other runtime does meanwhile. What the person
+/// holds, has latched or locked is taken away at the start, so that posted keys have the modifiers
+/// that they are posted with and no others, and given back at the end: modifier keys that the
+/// person has let go meanwhile stay up. Num Lock stays as it is.
 class KeyboardSession {
   public:
     explicit KeyboardSession(std::shared_ptr<X11Connection> connection);
@@ -25,6 +26,8 @@ class KeyboardSession {
     /// Whether the X keyboard extension tells what the keys mean; the map is empty otherwise.
     bool knowsKeys() const { return knowsKeys_; }
     const KeyboardMap& map() const { return map_; }
+    /// To be asked now and then: whether the keyboard is still ours.
+    bool keepTurn() { return turn_.keep(); }
     /// The layout that is active.
     std::uint8_t group() const { return group_; }
 
@@ -51,6 +54,7 @@ class KeyboardSession {
     std::vector<std::uint8_t> flagKeys(std::uint64_t flags) const;
 
     std::shared_ptr<X11Connection> connection_;
+    KeyboardTurn turn_;
     bool knowsKeys_ = false;
     KeyboardMap map_;
     std::uint8_t group_ = 0;

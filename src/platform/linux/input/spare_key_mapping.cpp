@@ -1,11 +1,10 @@
 #include "platform/linux/input/spare_key_mapping.h"
 
 #include <algorithm>
-#include <chrono>
 #include <string_view>
-#include <thread>
 #include <utility>
 
+#include "platform/linux/input/keyboard_turn.h"
 #include "platform/linux/input/xkb_protocol.h"
 #include "platform/linux/x11/properties.h"
 
@@ -14,10 +13,6 @@ namespace {
 
 /// The keys in use, on the root window.
 constexpr std::string_view kKeysProperty = "_QUIL_SPARE_KEYS";
-/// Owned by the runtime whose turn it is.
-constexpr std::string_view kTurnSelection = "_QUIL_SPARE_KEYS_TURN";
-constexpr std::chrono::seconds kTurnPatience{5};
-constexpr std::chrono::milliseconds kTurnInterval{10};
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -50,46 +45,25 @@ KeyboardMap::Key spareKey(const SpareKeys& spare, const SpareSymbols& symbols, s
     return key;
 }
 
+/// Whether the key is one that `spareKey` makes. The person may have chosen another layout since,
+/// and keys of one group usually have no types for others.
+bool isSpareKey(const KeyboardMap::Key& key) {
+    const bool hasOneType = std::all_of(key.types.begin(), key.types.end(),
+                                        [&](auto type) { return type == key.types[0]; });
+    return key.modifiers == 0 && key.groupInfo == 1 && key.types[0] != 0 && hasOneType;
+}
+
+PropertyRequest leftKeys(X11Connection& connection) {
+    return readProperty(connection, connection.root(), kKeysProperty);
+}
+
 }  // namespace
 
 SpareKeyUse::SpareKeyUse(X11Connection& connection, KeyboardMap map)
-    : connection_(connection), map_(std::move(map)), owner_(xcb_generate_id(connection.get())) {
-    xcb_create_window(connection_.get(), 0, owner_, connection_.root(), 0, 0, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
-    takeTurn();
-    for (const std::uint32_t code : leftKeys()) {
-        if (code >= map_.keys.size() || map_.keys[code].modifiers != 0) continue;
-        map_.keys[code] = {};
-        isMapped_ = true;
-    }
-    keys_ = findSpareKeys(map_);
-}
-
-SpareKeyUse::~SpareKeyUse() {
-    xcb_destroy_window(connection_.get(), owner_);  // ends its turn, too
-    xcb_flush(connection_.get());
-}
-
-void SpareKeyUse::takeTurn() {
-    const xcb_atom_t turn = connection_.atom(kTurnSelection);
-    const auto deadline = std::chrono::steady_clock::now() + kTurnPatience;
-    while (connection_.isAlive()) {
-        xcb_grab_server(connection_.get());
-        const auto owner = connection_.reply(xcb_get_selection_owner_reply,
-                                             xcb_get_selection_owner(connection_.get(), turn));
-        const bool isFree = !owner || owner->owner == XCB_WINDOW_NONE ||
-                            std::chrono::steady_clock::now() >= deadline;
-        if (isFree) xcb_set_selection_owner(connection_.get(), owner_, turn, XCB_CURRENT_TIME);
-        xcb_ungrab_server(connection_.get());
-        xcb_flush(connection_.get());
-        if (isFree) return;
-        std::this_thread::sleep_for(kTurnInterval);
-    }
-}
-
-std::vector<std::uint32_t> SpareKeyUse::leftKeys() {
-    return readProperty(connection_, connection_.root(), kKeysProperty).numbers();
-}
+    : connection_(connection),
+      map_(std::move(map)),
+      keys_(findSpareKeys(map_)),
+      isMapped_(leftKeys(connection).exists()) {}
 
 bool SpareKeyUse::map(const SpareSymbols& symbols) {
     const std::vector<std::uint32_t> codes(keys_.keyCodes.begin(), keys_.keyCodes.end());
@@ -130,11 +104,20 @@ bool SpareKeyUse::send(const SpareSymbols& symbols) {
     return setKeyboardMap(connection_, request, values);
 }
 
+void forgetSpareKeys(X11Connection& connection, KeyboardMap& map) {
+    const PropertyRequest left = leftKeys(connection);
+    for (const std::uint32_t code : left.numbers()) {
+        if (code < map.keys.size() && isSpareKey(map.keys[code])) map.keys[code] = {};
+    }
+}
+
 void clearSpareKeys(X11Connection& connection) {
-    if (!readProperty(connection, connection.root(), kKeysProperty).exists()) return;
+    if (!leftKeys(connection).exists()) return;
+    const KeyboardTurn turn(connection);
     if (!enableXkb(connection)) return;
     auto map = readKeyboardMap(connection);
     if (!map) return;
+    forgetSpareKeys(connection, *map);
     SpareKeyUse use(connection, std::move(*map));
     if (use.isMapped()) use.unmap();
 }

@@ -8,15 +8,13 @@
 
 namespace quil::linux_platform {
 
-/// Use of the keyboard's spare keys, which only one runtime at a time has: another one waits for a
-/// while. Should this process be ended meanwhile, the keys keep what they mean, which harms nobody
-/// as no keyboard has them, and the next one that uses them clears them away.
+/// Use of the keyboard's spare keys, by the runtime whose turn it is. Should this process be ended
+/// meanwhile, the keys keep what they mean, which harms nobody as no keyboard has them, and the
+/// next one that uses them clears them away.
 class SpareKeyUse {
   public:
+    /// `map` is what the keyboard means without spare keys.
     SpareKeyUse(X11Connection& connection, KeyboardMap map);
-    ~SpareKeyUse();
-    SpareKeyUse(const SpareKeyUse&) = delete;
-    SpareKeyUse& operator=(const SpareKeyUse&) = delete;
 
     const SpareKeys& keys() const { return keys_; }
     /// Whether keys mean something now, from an earlier use perhaps.
@@ -28,18 +26,18 @@ class SpareKeyUse {
     void unmap();
 
   private:
-    void takeTurn();
-    std::vector<std::uint32_t> leftKeys();
     bool send(const SpareSymbols& symbols);
 
     X11Connection& connection_;
     KeyboardMap map_;
     SpareKeys keys_;
-    xcb_window_t owner_;
     bool isMapped_ = false;
 };
 
-/// Clears away what an earlier use has left behind, if anything.
+/// Takes from the map what an earlier use has left behind.
+void forgetSpareKeys(X11Connection& connection, KeyboardMap& map);
+
+/// Takes it from the keyboard.
 void clearSpareKeys(X11Connection& connection);
 
 }  // namespace quil::linux_platform

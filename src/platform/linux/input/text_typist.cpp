@@ -17,6 +17,14 @@ constexpr std::uint32_t kPartsAhead = 20;
 /// For the program to deal with one part.
 constexpr std::chrono::milliseconds kPatience{5000};
 
+/// Waits until the program has dealt with all that was sent. Whether it has, and in our turn.
+bool waitForAll(KeyboardSession& session, KeyReceiver& receiver) {
+    for (std::uint32_t open = kPartsAhead; open > 0;) {
+        if (!receiver.waitForMarks(--open, kPatience) || !session.keepTurn()) return false;
+    }
+    return true;
+}
+
 /// Sends strokes no faster than the program can follow. Whether it has followed.
 bool sendStrokes(KeyboardSession& session, KeyReceiver& receiver, std::span<const Stroke> strokes) {
     while (!strokes.empty()) {
@@ -28,7 +36,7 @@ bool sendStrokes(KeyboardSession& session, KeyReceiver& receiver, std::span<cons
         session.useModifiersAsBefore();
         receiver.mark();
         xcb_flush(session.connection().get());
-        if (!receiver.waitForMarks(kPartsAhead, kPatience)) return false;
+        if (!receiver.waitForMarks(kPartsAhead, kPatience) || !session.keepTurn()) return false;
         strokes = strokes.subspan(part.size());
     }
     return true;
@@ -46,12 +54,12 @@ void typeText(KeyboardSession& session, std::u16string_view text) {
     if (spare.isMapped()) receiver.mark();
     for (const TextBatch& batch : batches) {
         if (!batch.symbols.empty()) {
-            if (spare.isMapped() && !receiver.waitForMarks(0, kPatience)) return;
+            if (spare.isMapped() && !waitForAll(session, receiver)) return;
             if (!spare.map(batch.symbols)) break;
         }
         if (!sendStrokes(session, receiver, batch.strokes)) return;
     }
-    if (spare.isMapped() && receiver.waitForMarks(0, kPatience)) spare.unmap();
+    if (spare.isMapped() && waitForAll(session, receiver)) spare.unmap();
 }
 
 }  // namespace quil::linux_platform

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+
+#include "platform/linux/x11/connection.h"
+
+namespace quil::linux_platform {
+
+/// The right to use the keyboard, which one runtime has at a time while this lives; another one
+/// waits for it. It ends with the process, too, and is lost by one that shows no sign of life.
+class KeyboardTurn {
+  public:
+    /// Waits until the keyboard is free or its user has been silent for some seconds.
+    explicit KeyboardTurn(X11Connection& connection);
+    ~KeyboardTurn();
+    KeyboardTurn(const KeyboardTurn&) = delete;
+    KeyboardTurn& operator=(const KeyboardTurn&) = delete;
+
+    /// A sign of life, to be given about every second. False when the turn has been lost.
+    bool keep();
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    xcb_window_t owner() const;
+    bool takeIf(xcb_window_t owner);
+    void take();
+
+    X11Connection& connection_;
+    const xcb_atom_t selection_;
+    /// Owns the selection that stands for the turn. A new one is the sign of life.
+    xcb_window_t window_ = XCB_WINDOW_NONE;
+    Clock::time_point nextSign_;
+};
+
+}  // namespace quil::linux_platform

@@ -178,13 +178,15 @@ class Keyboards(TextTest):
             with self.subTest(layout):
                 self.use(*layout)
                 self.assertEqual(self.typed(text), text)
-        self.use("us,ru", "-option", "grp:menu_toggle")
-        self.host.result("desktop_keypress", combo="keycode-110")
-        self.keyboard = output("xkbcomp", "-xkb", os.environ["DISPLAY"], "-")
-        self.assertEqual(self.typed(text), text)
-        self.app.ask("clear")
-        self.host.result("desktop_keypress", combo="q")
-        self.assertEqual(self.app.ask("text"), "й", "still in the second layout")
+        for layout, q in ("us,ru", "й"), ("us,gr", ";"):  # the right Alt key is AltGr in the second
+            self.use(layout, "-option", "grp:menu_toggle")
+            self.host.result("desktop_keypress", combo="keycode-110")
+            self.keyboard = output("xkbcomp", "-xkb", os.environ["DISPLAY"], "-")
+            self.assertEqual(self.typed(text), text, layout)
+            self.app.ask("clear")
+            self.host.result("desktop_keypress", combo="q")
+            self.assertEqual(self.app.ask("text"), q, "still in the second layout")
+            self.host.result("desktop_keypress", combo="keycode-110")
 
     def test_commands_in_layouts_without_latin_letters(self):
         for layout in (["ru"], ["gr"], ["us"]):
@@ -217,6 +219,7 @@ class Keyboards(TextTest):
 class Failures(TextTest):
     def test_killed_while_typing(self):
         app = InputProgram(self, "gtk3")
+        self.type("connected before")
         victim = self.enterContext(Host())
         os.kill(app.pid, signal.SIGSTOP)  # keeps the keys from being done with
         victim.send("desktop_type", {"text": mixed(100)})
@@ -224,11 +227,23 @@ class Failures(TextTest):
         until(used, "the keys are mapped")
         victim.process.kill()
         os.kill(app.pid, signal.SIGCONT)
-        until(lambda: app.ask("text") == mixed(100), "the text")
+        until(lambda: app.ask("text") == "connected before" + mixed(100), "the text")
         app.ask("clear")
         text = mixed(500)[::-1]
         self.type(text)
         self.assertEqual(app.ask("text"), text)
+
+    def test_two_runtimes_at_once(self):
+        app = InputProgram(self, "gtk3")
+        other = self.enterContext(Host())
+        texts = mixed(400), mixed(400)[::-1]
+        for _ in range(3):
+            app.ask("clear")
+            sent = [(host, host.send("desktop_type", {"text": text}))
+                    for host, text in zip((self.host, other), texts)]
+            for host, number in sent:
+                host.answer(number)
+            self.assertIn(app.ask("text"), (texts[0] + texts[1], texts[1] + texts[0]))
 
     def test_a_program_that_hangs(self):
         app = InputProgram(self, "gtk3")

@@ -23,7 +23,6 @@ inline constexpr std::uint32_t kSymbolSuperL = 0xFFEB;
 inline constexpr std::uint32_t kSymbolSuperR = 0xFFEC;
 inline constexpr std::uint32_t kSymbolHyperL = 0xFFED;
 inline constexpr std::uint32_t kSymbolHyperR = 0xFFEE;
-inline constexpr std::uint32_t kSymbolLevel3Shift = 0xFE03;
 
 /// The keypad's symbols, which stand for characters too.
 inline constexpr std::uint32_t kFirstKeypadSymbol = 0xFF80;

@@ -4,6 +4,8 @@
 #include <xkbcommon/xkbcommon.h>
 
 #include <algorithm>
+#include <bit>
+#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -70,13 +72,36 @@ std::uint8_t levelFor(const KeyboardMap::KeyType& type, std::uint8_t modifiers) 
     return 0;
 }
 
-/// The shortest way to each symbol that the layout has.
+/// The modifiers that programs take for a command, or that change what other keys do.
+std::uint8_t commandModifiers(const KeyboardMap& map) {
+    std::uint8_t modifiers = XCB_MOD_MASK_LOCK | XCB_MOD_MASK_CONTROL;
+    for (const std::uint32_t symbol :
+         {kSymbolMetaL, kSymbolMetaR, kSymbolAltL, kSymbolAltR, kSymbolSuperL, kSymbolSuperR,
+          kSymbolHyperL, kSymbolHyperR, kSymbolNumLock}) {
+        modifiers |= map.modifiersOf(symbol);
+    }
+    return modifiers;
+}
+
+/// The combinations of modifiers that lead to symbols and that are no commands, the simplest first.
+std::vector<std::uint8_t> textCombinations(const KeyboardMap& map) {
+    const std::uint8_t commands = commandModifiers(map);
+    std::set<std::uint8_t> combinations = {0};
+    for (const KeyboardMap::KeyType& type : map.types) {
+        for (const auto& entry : type.entries) {
+            if ((entry.modifiers & commands) == 0) combinations.insert(entry.modifiers);
+        }
+    }
+    std::vector<std::uint8_t> sorted(combinations.begin(), combinations.end());
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](auto a, auto b) { return std::popcount(a) < std::popcount(b); });
+    return sorted;
+}
+
+/// The simplest way to each symbol that the layout has.
 Strokes strokesOfLayout(const KeyboardMap& map, std::uint8_t group, std::uint8_t locked) {
-    const std::uint8_t level3 = map.modifiersOf(kSymbolLevel3Shift);
-    const std::uint8_t shift = XCB_MOD_MASK_SHIFT;
     Strokes strokes;
-    for (const std::uint8_t modifiers :
-         {std::uint8_t{0}, shift, level3, static_cast<std::uint8_t>(shift | level3)}) {
+    for (const std::uint8_t modifiers : textCombinations(map)) {
         for (std::size_t code = map.minKeyCode; code <= map.maxKeyCode; ++code) {
             const KeyboardMap::Key& key = map.keys[code];
             const auto keyGroup = key.group(group);
@@ -92,17 +117,6 @@ Strokes strokesOfLayout(const KeyboardMap& map, std::uint8_t group, std::uint8_t
         }
     }
     return strokes;
-}
-
-/// The modifiers that programs take for a command, or that change what other keys do.
-std::uint8_t commandModifiers(const KeyboardMap& map) {
-    std::uint8_t modifiers = XCB_MOD_MASK_LOCK | XCB_MOD_MASK_CONTROL;
-    for (const std::uint32_t symbol :
-         {kSymbolMetaL, kSymbolMetaR, kSymbolAltL, kSymbolAltR, kSymbolSuperL, kSymbolSuperR,
-          kSymbolHyperL, kSymbolHyperR, kSymbolNumLock}) {
-        modifiers |= map.modifiersOf(symbol);
-    }
-    return modifiers;
 }
 
 /// Gives the symbol the next free place.

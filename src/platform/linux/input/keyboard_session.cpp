@@ -3,12 +3,14 @@
 #include <xcb/xtest.h>
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "platform/event_posting.h"
 #include "platform/linux/input/key_symbols.h"
 #include "platform/linux/input/spare_key_mapping.h"
 #include "platform/linux/input/xkb_protocol.h"
+#include "platform/linux/x11/properties.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -17,6 +19,9 @@ namespace {
 constexpr std::uint8_t kUsualControl = 37;
 constexpr std::uint8_t kUsualShift = 50;
 constexpr std::uint8_t kUsualAlt = 64;
+
+/// On the root window during a session: the modifiers that the person has locked.
+constexpr std::string_view kLocksProperty = "_QUIL_KEYBOARD_LOCKS";
 
 }  // namespace
 
@@ -31,17 +36,32 @@ KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection)
     }
     numLock_ = map_.modifiersOf(kSymbolNumLock);
     shiftKey_ = flagKey(kSymbolShiftL, kSymbolShiftR, kUsualShift);
+    if (!knowsKeys_) return;
+    undoUseOfKilled();
     takeKeyboard();
 }
 
+void KeyboardSession::undoUseOfKilled() {
+    const auto locks = readProperty(*connection_, connection_->root(), kLocksProperty).number();
+    if (!locks) return;
+    KeySet left = keysDown(*connection_);
+    for (const HeldKeys& held : keysHeldByHand(*connection_)) left &= ~held.keys;
+    for (std::size_t code = 0; code < left.size(); ++code) {
+        if (left[code]) send(static_cast<std::uint8_t>(code), false);
+    }
+    lockModifiers(*connection_, 0xFF, static_cast<std::uint8_t>(*locks));
+}
+
 void KeyboardSession::takeKeyboard() {
-    if (!knowsKeys_) return;
     const auto state = connection_->reply(xcb_xkb_get_state_reply,
                                           xcb_xkb_get_state(connection_->get(), kCoreKeyboard));
     if (!state) return;
     group_ = state->group;
     locks_ = locksBefore_ = state->lockedMods;
     latchesBefore_ = state->latchedMods;
+    const std::uint32_t locks = locksBefore_;
+    xcb_change_property(connection_->get(), XCB_PROP_MODE_REPLACE, connection_->root(),
+                        connection_->atom(kLocksProperty), XCB_ATOM_CARDINAL, 32, 1, &locks);
     if (state->baseMods != 0) {
         heldBefore_ = keysDown(*connection_);
         for (const HeldKeys& held : keysHeldByHand(*connection_)) heldByHandBefore_ |= held.keys;
@@ -58,6 +78,7 @@ KeyboardSession::~KeyboardSession() {
     useModifiersAsBefore();
     if (latchesBefore_ != 0) latchModifiers(*connection_, latchesBefore_);
     giveHeldKeysBack();
+    xcb_delete_property(connection_->get(), connection_->root(), connection_->atom(kLocksProperty));
     connection_->sync();
 }
 

@@ -15,6 +15,7 @@ namespace quil::linux_platform {
 /// holds, has latched or locked is taken away at the start, so that posted keys have the modifiers
 /// that they are posted with and no others, and given back at the end: modifier keys that the
 /// person has let go meanwhile stay up. Num Lock stays as it is.
+/// What a runtime that was killed has left pressed or locked is undone first.
 class KeyboardSession {
   public:
     explicit KeyboardSession(std::shared_ptr<X11Connection> connection);
@@ -45,6 +46,7 @@ class KeyboardSession {
     std::uint8_t keptLocks() const { return locksBefore_ & numLock_; }
 
   private:
+    void undoUseOfKilled();
     void takeKeyboard();
     void giveHeldKeysBack();
     void releaseFlagKeys();

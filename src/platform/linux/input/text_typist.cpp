@@ -35,7 +35,9 @@ bool sendStrokes(KeyboardSession& session, KeyReceiver& receiver, std::span<cons
         }
         session.useModifiersAsBefore();
         receiver.mark();
-        xcb_flush(session.connection().get());
+        // What the server has not dealt with is lost should the process be ended: keys that it is
+        // in the middle of stay down. So one part at the most is on its way.
+        session.connection().sync();
         if (!receiver.waitForMarks(kPartsAhead, kPatience) || !session.keepTurn()) return false;
         strokes = strokes.subspan(part.size());
     }

@@ -28,7 +28,7 @@ std::shared_ptr<InputRecorder> InputRecorder::create(Platform& platform) {
 }
 
 InputRecorder::~InputRecorder() {
-    stop();
+    end();
 }
 
 InputRecorderStart InputRecorder::start() {
@@ -122,6 +122,16 @@ std::optional<RecordedInput> InputRecorder::takeFirst() {
 }
 
 std::vector<RecordedInput> InputRecorder::stopAndDrain() {
+    EventTapRef tap;
+    {
+        const std::lock_guard guard(lock_);
+        tap = tap_;
+    }
+    if (tap) platform_.eventTaps().flushTap(tap);
+    return end();
+}
+
+std::vector<RecordedInput> InputRecorder::end() {
     std::deque<RecordedInput> taken;
     EventTapRef tap;
     RunLoopSourceRef source;

@@ -35,8 +35,8 @@ class InputRecorder : public std::enable_shared_from_this<InputRecorder> {
     /// Takes the oldest record, waiting that many milliseconds for one, to the next 50; absent when
     /// none came. A wait of zero or less is none at all. Works without a recording, too.
     std::optional<RecordedInput> next(std::int64_t timeoutMs);
-    /// Ends the recording, if there is one, without waiting for the tap thread, and takes all
-    /// records, oldest first.
+    /// Lets what has been done until now be recorded, ends the recording, if there is one, without
+    /// waiting for the end of the tap thread, and takes all records, oldest first.
     std::vector<RecordedInput> stopAndDrain();
     void stop() { stopAndDrain(); }
 
@@ -51,6 +51,7 @@ class InputRecorder : public std::enable_shared_from_this<InputRecorder> {
     void handleKeyDown(const TappedEvent& event, std::int64_t at);
     void append(RecordedInput record);
     std::optional<RecordedInput> takeFirst();
+    std::vector<RecordedInput> end();
 
     Platform& platform_;
 

@@ -27,7 +27,13 @@ TEST(FocusTimeline, ReportsHoldFromTheMoveThatTheyAreOf) {
         {"shortcuts alone", {{at(0), false}, {at(30), false}}, {40}, {0}, {30}},
         {"done after the report", {{at(0), true}, {at(90), true}}, {20}, {0}},
         {"too long ago", {{at(0), true}}, {1500}, {1500}},
+        {"late, by a program that had been stuck", {{at(0), true, at(2900)}}, {3000}, {0}},
         {"an old report stays", {{at(5000), true}}, {10, 5020}, {10, 5000}},
+    };
+    const auto news = [](const std::vector<int>& arrivals, bool isSecret) {
+        std::vector<FocusNews> result;
+        for (const int arrival : arrivals) result.push_back({at(arrival), isSecret});
+        return result;
     };
     const auto times = [](const std::vector<int>& numbers) {
         std::vector<TapTime> result;
@@ -35,13 +41,17 @@ TEST(FocusTimeline, ReportsHoldFromTheMoveThatTheyAreOf) {
         return result;
     };
     for (const auto& [what, moves, arrivals, expected, otherExpected] : cases) {
-        EXPECT_EQ(focusChangeTimes(moves, times(arrivals), FocusGuess::unlikelyMovesFailed),
+        EXPECT_EQ(focusChangeTimes(moves, news(arrivals, false), FocusGuess::unlikelyMovesFailed),
                   times(expected))
             << what;
-        EXPECT_EQ(focusChangeTimes(moves, times(arrivals), FocusGuess::earlyMovesFailed),
+        EXPECT_EQ(focusChangeTimes(moves, news(arrivals, false), FocusGuess::earlyMovesFailed),
                   times(otherExpected))
             << what;
     }
+    const std::vector<FocusMove> tab{{at(200), true}};
+    EXPECT_EQ(focusChangeTimes(tab, news({100, 210}, true), FocusGuess::earlyMovesFailed),
+              times({50, 200}))
+        << "a password field that came by itself has the keys that were typed meanwhile";
 }
 
 }  // namespace

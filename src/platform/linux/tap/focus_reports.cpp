@@ -46,6 +46,7 @@ std::unique_ptr<FocusReports> FocusReports::open(X11Display& display) {
     std::unique_ptr<FocusReports> reports(new FocusReports);
     if (!reports->bus_.connect()) return nullptr;
     reports->listen();
+    reports->learnPrograms();
     reports->findFocus(display);
     return reports;
 }
@@ -81,31 +82,44 @@ void FocusReports::findFocus(X11Display& display) {
 
 void FocusReports::add(Reference element, TapTime arrival) {
     if (!reports_.empty() && reports_.back().element == element) return;
-    const std::string& name = element.busName;
-    if (processes_.try_emplace(name).second) {
-        bus_.bus().otherEnd().call(
-            "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-            [this, name](Answer answer) {
-                const auto pid =
-                    answer.message ? readUint32(answer.message) : std::optional<std::uint32_t>();
-                if (pid) processes_[name] = static_cast<std::int32_t>(*pid);
-            },
-            "s", name.c_str());
-    }
+    learnProcess(element.busName);
     reports_.push_back({.element = std::move(element), .arrival = arrival});
     if (reports_.size() > kKeptReports) reports_.pop_front();
     ask(reports_.back());
 }
 
+void FocusReports::learnProcess(const std::string& name) {
+    if (!processes_.try_emplace(name).second) return;
+    bus_.bus().otherEnd().call(
+        "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
+        [this, name](Answer answer) {
+            const auto pid =
+                answer.message ? readUint32(answer.message) : std::optional<std::uint32_t>();
+            if (pid) processes_[name] = static_cast<std::int32_t>(*pid);
+        },
+        "s", name.c_str());
+}
+
+void FocusReports::learnPrograms() {
+    bus_.bus()
+        .peer(atspi::kRegistry)
+        .call(atspi::kRootPath, atspi::kAccessible, "GetChildren", [this](Answer answer) {
+            if (!answer.message) return;
+            const auto programs = readReferences(answer.message);
+            if (!programs) return;
+            for (const Reference& program : *programs) {
+                learnProcess(program.busName);
+            }
+        });
+}
+
 void FocusReports::ask(FocusReport& report) {
     report.askAgain.reset();
     ++report.timesAsked;
-    ++openQuestions_;
     const Reference element = report.element;
     bus_.bus()
         .peer(element.busName)
         .call(element.path.c_str(), atspi::kAccessible, "GetRole", [this, element](Answer answer) {
-            --openQuestions_;
             answered(element, answer);
         });
 }
@@ -133,10 +147,36 @@ void FocusReports::roleChanged(const Reference& element) {
     if (isFocus) ask(reports_.back());
 }
 
-void FocusReports::askAgain(std::int32_t pid) {
+std::shared_ptr<const FocusReports::Round> FocusReports::askAgain(
+    const std::set<std::int32_t>& pids) {
+    auto round = std::make_shared<Round>(Round{.asked = TapTime::clock::now()});
+    std::vector<Reference> elements;
+    for (const std::int32_t pid : pids) {
+        if (auto element = latestElement(pid)) elements.push_back(std::move(*element));
+    }
+    round->open = static_cast<int>(elements.size());
+    if (elements.empty()) round->answered = round->asked;
+    for (const Reference& element : elements) {
+        Peer& program = bus_.bus().peer(element.busName);
+        program.call(element.path.c_str(), atspi::kAccessible, "GetRole",
+                     [this, &program, round, element](Answer answer) {
+                         if (!answer.message && program.hangs()) round->failed = true;
+                         if (--round->open == 0) round->answered = TapTime::clock::now();
+                         answered(element, answer);
+                     });
+    }
+    return round;
+}
+
+/// Of a program that has said nothing yet: its root.
+std::optional<Reference> FocusReports::latestElement(std::int32_t pid) const {
     const auto latest = std::find_if(reports_.rbegin(), reports_.rend(),
                                      [&](const auto& report) { return processOf(report) == pid; });
-    if (latest != reports_.rend()) ask(*latest);
+    if (latest != reports_.rend()) return latest->element;
+    const auto program =
+        std::ranges::find_if(processes_, [&](const auto& entry) { return entry.second == pid; });
+    if (program == processes_.end()) return {};
+    return Reference{program->first, atspi::kRootPath};
 }
 
 std::optional<TapTime> FocusReports::process() {

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "platform/linux/accessibility/accessibility_bus.h"
@@ -45,16 +46,28 @@ class FocusReports {
     const std::deque<FocusReport>& reports() const { return reports_; }
     /// The process that a report comes from, as far as it is known.
     std::optional<std::int32_t> processOf(const FocusReport& report) const;
-    /// Asks about the latest element of this process again, for it may have become another one.
-    void askAgain(std::int32_t pid);
-    /// Whether a question is open.
-    bool isAsking() const { return openQuestions_ > 0; }
+
+    /// A question to some processes. Whoever answers has sent all reports of what it did before.
+    struct Round {
+        TapTime asked;
+        int open = 0;
+        /// When the last answer came.
+        std::optional<TapTime> answered = {};
+        /// Somebody did not answer.
+        bool failed = false;
+    };
+    /// Asks about their latest elements again, for these may have become others.
+    std::shared_ptr<const Round> askAgain(const std::set<std::int32_t>& pids);
+    /// Finds out which processes are on the bus, without waiting for it.
+    void learnPrograms();
 
   private:
     FocusReports() = default;
     void listen();
     void findFocus(X11Display& display);
     void add(Reference element, TapTime arrival);
+    void learnProcess(const std::string& name);
+    std::optional<Reference> latestElement(std::int32_t pid) const;
     void ask(FocusReport& report);
     void answered(const Reference& element, const Answer& answer);
     void roleChanged(const Reference& element);
@@ -62,7 +75,6 @@ class FocusReports {
     AccessibilityBus bus_;
     std::deque<FocusReport> reports_;
     std::map<std::string, std::optional<std::int32_t>> processes_;
-    int openQuestions_ = 0;
 };
 
 }  // namespace quil::linux_platform

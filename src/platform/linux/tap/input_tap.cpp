@@ -9,21 +9,31 @@
 namespace quil::linux_platform {
 namespace {
 
+/// For so long a flush waits: as long as it takes to know where keys went, unless a program is stuck.
+constexpr std::chrono::milliseconds kFlushPatience{500};
+/// In that time, what belongs together has arrived.
+constexpr std::chrono::milliseconds kAnotherLook{20};
 constexpr std::uint8_t kLeftButton = 1;
 constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
 constexpr std::uint8_t kWheelRight = 7;
 constexpr std::uint16_t kTabKey = 48;
-
-std::uint64_t uptimeMilliseconds() {
-    using std::chrono::milliseconds;
-    const auto uptime = TapTime::clock::now().time_since_epoch();
-    return static_cast<std::uint64_t>(std::chrono::duration_cast<milliseconds>(uptime).count());
-}
+constexpr std::uint16_t kDeleteKey = 51;
+constexpr std::uint16_t kForwardDeleteKey = 117;
 
 std::int64_t wheelLines(std::uint8_t button) {
     if (button == kWheelUp) return 1;
     return button == kWheelDown ? -1 : 0;
+}
+
+/// Whether the key writes or erases text, and so leaves the focus where it is.
+bool edits(const KeyPress& press) {
+    if (press.flags & (kEventFlagMaskControl | kEventFlagMaskAlternate)) return false;
+    if (press.virtualKeyCode == kDeleteKey || press.virtualKeyCode == kForwardDeleteKey) {
+        return true;
+    }
+    return !press.characters.empty() &&
+           static_cast<unsigned char>(press.characters.front()) >= ' ';
 }
 
 }  // namespace
@@ -35,6 +45,7 @@ struct InputTap::Event : TappedEvent {
     std::uint64_t flagBits = 0;
     std::int64_t lines = 0;
     std::optional<KeyPress> key;
+    std::optional<std::uint32_t> grabber;
 
     Point location() const override { return place; }
     std::uint64_t timestamp() const override {
@@ -70,7 +81,7 @@ InputTap::InputTap(std::uint64_t mask, EventTapCallback callback,
       stream_(std::move(stream)),
       clock_(clock),
       keys_(std::move(connection)),
-      secrets_(display_) {}
+      secrets_(display_, clock_) {}
 
 InputTap::~InputTap() = default;
 
@@ -78,32 +89,76 @@ std::chrono::milliseconds InputTap::prepareToWait(std::vector<pollfd>& descripto
     using std::chrono::milliseconds;
     descriptors.push_back({stream_->descriptor(), POLLIN, 0});
     secrets_.prepareToWait(descriptors);
-    if (!nextLook_) return milliseconds::max();
+    if (stream_->isUnsure()) return kAnotherLook;
+    const auto nextLook = secrets_.nextLook();
+    if (!nextLook) return milliseconds::max();
     return std::max(milliseconds::zero(),
-                    std::chrono::ceil<milliseconds>(*nextLook_ - TapTime::clock::now()));
+                    std::chrono::ceil<milliseconds>(*nextLook - TapTime::clock::now()));
+}
+
+void InputTap::invalidate() {
+    const std::lock_guard guard(flushLock_);
+    isValid_ = false;
+    flushEnded_.notify_all();
+}
+
+int InputTap::requestFlush() {
+    const std::lock_guard guard(flushLock_);
+    return ++flushRequests_;
+}
+
+void InputTap::awaitFlush(int request) {
+    std::unique_lock guard(flushLock_);
+    flushEnded_.wait_for(guard, kFlushPatience,
+                         [&] { return flushesDone_ >= request || !isValid_; });
+}
+
+/// Notes how many events there are to deliver before a flush is done.
+void InputTap::fetchForFlush() {
+    {
+        const std::lock_guard guard(flushLock_);
+        if (flush_ == flushRequests_) return;
+        flush_ = flushRequests_;
+    }
+    stream_->fetch();
+    read();
+    toFlush_ = waiting_.size();
+}
+
+void InputTap::endFlush() {
+    if (toFlush_ > 0 || flush_ == flushesDone_) return;
+    const std::lock_guard guard(flushLock_);
+    flushesDone_ = flush_;
+    flushEnded_.notify_all();
 }
 
 void InputTap::dispatch() {
     read();
-    nextLook_ = secrets_.process();
+    fetchForFlush();
+    secrets_.process();
+    deliverWaiting();
+    endFlush();
+    if (!stream_->isAlive() && waiting_.empty()) isValid_ = false;
+}
+
+void InputTap::deliverWaiting() {
     for (; !waiting_.empty() && isValid_; waiting_.pop_front()) {
         const Event& event = waiting_.front();
         if (event.key) {
-            if (const auto time = secrets_.waitsUntil(event.time)) {
-                nextLook_ = nextLook_ ? std::min(*nextLook_, *time) : *time;
-                break;
-            }
-            isSecure_ = secrets_.isSecret(event.time);
+            const auto isSecret = secrets_.isSecret(event.time, event.grabber);
+            if (!isSecret) return;
+            isSecure_ = *isSecret;
         }
         deliver(event);
         isSecure_ = false;
+        if (toFlush_ > 0) --toFlush_;
     }
-    if (!stream_->isAlive() && waiting_.empty()) isValid_ = false;
 }
 
 void InputTap::read() {
     std::deque<StreamItem> items;
     stream_->read(items);
+    if (!items.empty()) keys_.followKeyboard();
     for (const StreamItem& item : items) {
         if (const auto* event = std::get_if<DeviceEvent>(&item)) {
             read(*event);
@@ -115,21 +170,21 @@ void InputTap::read() {
             read(*focus);
         } else if (const auto* grab = std::get_if<KeyboardGrab>(&item)) {
             if (grab->isBeginning) {
-                secrets_.grabs(grab->client);
-            } else {
-                secrets_.ungrabs(grab->client);
+                grabber_ = grab->client;
+            } else if (grabber_ == grab->client) {
+                grabber_.reset();
             }
         }
     }
 }
 
 void InputTap::read(const FocusChange& change) {
-    if (change.mode == XCB_NOTIFY_MODE_UNGRAB) secrets_.ungrabs({});
+    if (change.mode == XCB_NOTIFY_MODE_UNGRAB) grabber_.reset();
     if (change.mode != XCB_NOTIFY_MODE_NORMAL && change.mode != XCB_NOTIFY_MODE_WHILE_GRABBED) {
         return;
     }
     keys_.resetCompose();
-    secrets_.windowGotFocus(timeOf(change.time));
+    secrets_.windowGotFocus(clock_.timeOf(change.time));
 }
 
 void InputTap::read(const DeviceEvent& event) {
@@ -145,11 +200,11 @@ void InputTap::read(const DeviceEvent& event) {
 void InputTap::readKey(const DeviceEvent& event) {
     auto press = keys_.press(event.detail, event.state);
     if (!press) return;
-    const bool isText = !press->characters.empty() &&
-                        static_cast<unsigned char>(press->characters.front()) >= ' ' &&
-                        !(press->flags & (kEventFlagMaskControl | kEventFlagMaskAlternate));
     Event key = makeEvent(kEventKeyDown, event);
-    if (!isText) secrets_.mayMoveFocus(key.time, press->virtualKeyCode == kTabKey);
+    if (!edits(*press)) {
+        secrets_.mayMoveFocus(key.time, press->virtualKeyCode == kTabKey, FocusMoves::Kind::press);
+    }
+    key.grabber = grabber_;
     key.flagBits = press->flags;
     key.key = std::move(press);
     waiting_.push_back(std::move(key));
@@ -164,20 +219,16 @@ void InputTap::readButton(const DeviceEvent& event) {
         return;
     }
     if (isPress) keys_.resetCompose();
-    secrets_.mayMoveFocus(timeOf(event.time), isPress);
+    secrets_.mayMoveFocus(clock_.timeOf(event.time), isPress,
+                          isPress ? FocusMoves::Kind::press : FocusMoves::Kind::release);
     if (event.detail != kLeftButton) return;
     waiting_.push_back(makeEvent(isPress ? kEventLeftMouseDown : kEventLeftMouseUp, event));
-}
-
-TapTime InputTap::timeOf(std::uint32_t serverTime) const {
-    return TapTime(
-        std::chrono::nanoseconds(clock_.uptimeNanoseconds(serverTime, uptimeMilliseconds())));
 }
 
 InputTap::Event InputTap::makeEvent(std::uint32_t type, const DeviceEvent& event) {
     Event made;
     made.type = type;
-    made.time = timeOf(event.time);
+    made.time = clock_.timeOf(event.time);
     made.place = {static_cast<double>(event.x), static_cast<double>(event.y)};
     made.flagBits = keys_.flags(event.state);
     return made;

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -29,7 +30,11 @@ class InputTap : public EventTap {
     // For any thread.
     void enable(bool isEnabled) { isEnabled_ = isEnabled; }
     /// Once this has returned no callback begins.
-    void invalidate() { isValid_ = false; }
+    void invalidate();
+    /// Asks the run loop to deal with everything that has happened until now.
+    int requestFlush();
+    /// Waits until it has done so; not for long, and not when it is invalidated.
+    void awaitFlush(int request);
     /// False once it is invalidated or the server has gone.
     bool isValid() const { return isValid_; }
 
@@ -53,7 +58,9 @@ class InputTap : public EventTap {
     void readButton(const DeviceEvent& event);
     void read(const FocusChange& change);
     Event makeEvent(std::uint32_t type, const DeviceEvent& event);
-    TapTime timeOf(std::uint32_t serverTime) const;
+    void deliverWaiting();
+    void fetchForFlush();
+    void endFlush();
     void deliver(const Event& event);
 
     const std::uint64_t mask_;
@@ -65,9 +72,16 @@ class InputTap : public EventTap {
     SecretInput secrets_;
     /// Read and not yet delivered, oldest first.
     std::deque<Event> waiting_;
-    /// When there is something to do though nothing arrives.
-    std::optional<TapTime> nextLook_;
+    /// The program that has asked for all keys, by the base of its ids.
+    std::optional<std::uint32_t> grabber_;
     bool isSecure_ = false;
+    /// The request that is being worked on, and how many of the waiting events it is about.
+    int flush_ = 0;
+    std::size_t toFlush_ = 0;
+    std::mutex flushLock_;
+    std::condition_variable flushEnded_;
+    int flushRequests_ = 0;
+    int flushesDone_ = 0;
     std::atomic<bool> isEnabled_ = true;
     std::atomic<bool> isValid_ = true;
 };

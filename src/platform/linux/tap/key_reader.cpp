@@ -55,7 +55,9 @@ void KeyReader::followKeyboard() {
     while (XcbPointer<xcb_generic_event_t>(xcb_poll_for_event(connection_->get()))) {
         isMapOutdated_ = true;
     }
-    if (!isMapOutdated_) return;
+}
+
+void KeyReader::readMap() {
     isMapOutdated_ = false;
     auto map = readKeyboardMap(*connection_);
     if (!map) return;
@@ -80,7 +82,7 @@ void KeyReader::keyboardChanged() {
 }
 
 std::uint64_t KeyReader::flags(std::uint16_t state) {
-    followKeyboard();
+    if (isMapOutdated_) readMap();
     std::uint64_t flags = 0;
     if (state & XCB_MOD_MASK_LOCK) flags |= kEventFlagMaskAlphaShift;
     if (state & XCB_MOD_MASK_SHIFT) flags |= kEventFlagMaskShift;

@@ -28,6 +28,8 @@ class KeyReader {
   public:
     explicit KeyReader(std::shared_ptr<X11Connection> connection);
 
+    /// Notices that the server has another keyboard or map.
+    void followKeyboard();
     /// The flags of an event in that state.
     std::uint64_t flags(std::uint16_t state);
     /// The press of a key in that state. Nothing for a modifier key, for a key of a sequence before
@@ -39,7 +41,7 @@ class KeyReader {
     void resetCompose() { compose_.reset(); }
 
   private:
-    void followKeyboard();
+    void readMap();
     bool isModifier(std::uint8_t keyCode, std::uint32_t symbol) const;
     std::uint32_t symbol(std::uint8_t keyCode, std::uint16_t state) const;
     std::uint32_t mappedSymbol(const KeyboardMap::Key& key, std::uint16_t state) const;

@@ -33,6 +33,12 @@ void LinuxEventTaps::invalidateTap(const EventTapRef& tap) {
     wakeLoops();
 }
 
+void LinuxEventTaps::flushTap(const EventTapRef& tap) {
+    const int request = own(tap)->requestFlush();
+    wakeLoops();
+    own(tap)->awaitFlush(request);
+}
+
 RunLoopSourceRef LinuxEventTaps::createRunLoopSource(const EventTapRef& tap) {
     return std::make_shared<TapSource>(own(tap));
 }

@@ -18,6 +18,7 @@ class LinuxEventTaps : public EventTaps {
                           std::uint64_t mask, EventTapCallback callback) override;
     void enableTap(const EventTapRef& tap, bool enable) override;
     void invalidateTap(const EventTapRef& tap) override;
+    void flushTap(const EventTapRef& tap) override;
     RunLoopSourceRef createRunLoopSource(const EventTapRef& tap) override;
     RunLoopRef currentRunLoop() override;
     void addSource(const RunLoopRef& runLoop, const RunLoopSourceRef& source) override;

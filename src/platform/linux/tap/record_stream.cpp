@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstring>
 #include <span>
+#include <utility>
 
 #include "platform/linux/input/xkb_protocol.h"
 
@@ -35,18 +36,14 @@ T readAs(Bytes bytes) {
 constexpr std::size_t kTimeLength = 4;
 constexpr std::size_t kElementLength = kTimeLength + 32;
 
-void readEvent(Bytes element, std::deque<StreamItem>& items) {
-    const Bytes bytes = element.subspan(kTimeLength);
-    const std::uint8_t type = bytes[0] & 0x7F;
-    if (type >= XCB_KEY_PRESS && type <= XCB_MOTION_NOTIFY) {
-        // All of these are laid out alike.
-        const auto event = readAs<xcb_key_press_event_t>(bytes);
-        items.emplace_back(
-            DeviceEvent{type, event.detail, event.state, event.time, event.root_x, event.root_y});
-    } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
-        items.emplace_back(
-            FocusChange{readAs<xcb_focus_in_event_t>(bytes).mode, readAs<std::uint32_t>(element)});
-    }
+// Events of the XInput extension, which are numbered from its first one.
+constexpr std::uint8_t kDeviceKeyPress = 1;
+constexpr std::uint8_t kDeviceButtonPress = 3;
+constexpr std::uint8_t kDeviceButtonRelease = 4;
+
+/// Not by the button's number, which may be another one for the device.
+bool isSame(const DeviceEvent& a, const DeviceEvent& b) {
+    return a.type == b.type && a.time == b.time;
 }
 
 /// The length of the request that begins there; 0 when it is not whole.
@@ -120,6 +117,15 @@ std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
     };
     xkbOpcode_ = opcodeOf(xcb_xkb_id);
     xinputOpcode_ = opcodeOf(xcb_input_id);
+    if (xinputOpcode_ != 0) {
+        xinputFirstEvent_ =
+            xcb_get_extension_data(control_->get(), &xcb_input_id)->first_event;
+        const auto first = static_cast<std::uint8_t>(xinputFirstEvent_ + kDeviceButtonPress);
+        const auto last = static_cast<std::uint8_t>(xinputFirstEvent_ + kDeviceButtonRelease);
+        xcb_record_range_t keysAndButtons{};
+        keysAndButtons.device_events = {first, last};
+        ranges.push_back(keysAndButtons);
+    }
     addRequests(xkbOpcode_, XCB_XKB_SET_MAP, XCB_XKB_SET_MAP);
     addRequests(xkbOpcode_, XCB_XKB_GET_KBD_BY_NAME, XCB_XKB_GET_KBD_BY_NAME);
     addRequests(xinputOpcode_, XCB_INPUT_XI_GRAB_DEVICE, XCB_INPUT_XI_UNGRAB_DEVICE);
@@ -161,10 +167,57 @@ RecordStream::Reply RecordStream::nextReply() {
     return Reply(static_cast<xcb_record_enable_context_reply_t*>(answer));
 }
 
+void RecordStream::readEvent(Bytes element, std::deque<StreamItem>& items) {
+    const Bytes bytes = element.subspan(kTimeLength);
+    std::uint8_t type = bytes[0] & 0x7F;
+    if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
+        items.emplace_back(
+            FocusChange{readAs<xcb_focus_in_event_t>(bytes).mode, readAs<std::uint32_t>(element)});
+        return;
+    }
+    const bool isDevices = type > XCB_MOTION_NOTIFY;
+    if (isDevices) {
+        // In the order of the core protocol's.
+        type = static_cast<std::uint8_t>(XCB_KEY_PRESS + type - xinputFirstEvent_ - kDeviceKeyPress);
+    }
+    // All of these are laid out alike.
+    const auto event = readAs<xcb_key_press_event_t>(bytes);
+    const DeviceEvent read{type, event.detail, event.state, event.time, event.root_x, event.root_y};
+    if (isDevices) return readDeviceEvent(read, items);
+    if (type != XCB_MOTION_NOTIFY) {
+        if (unmatched_ && isSame(*unmatched_, read)) unmatched_.reset();
+        latest_ = read;
+    }
+    addUnmatched(items);
+    items.emplace_back(read);
+}
+
+/// The server tells of a key or button twice: what the device did, and what the core keyboard or
+/// pointer made of it, which it then says in the words of XInput, too. The latter two are left out
+/// while a program has stopped pointer or keyboard (as window managers do for a moment at every
+/// click), although applications get them later. Then what the device did has to serve.
+void RecordStream::readDeviceEvent(const DeviceEvent& event, std::deque<StreamItem>& items) {
+    const auto latest = std::exchange(latest_, std::nullopt);
+    if (latest && isSame(*latest, event)) return;
+    addUnmatched(items);
+    unmatched_ = event;
+    isOverdue_ = false;
+}
+
+void RecordStream::addUnmatched(std::deque<StreamItem>& items) {
+    if (unmatched_) items.emplace_back(*unmatched_);
+    unmatched_.reset();
+}
+
+void RecordStream::fetch() {
+    // The server writes the recording when it is about to write answers: by the second one it has
+    // written all that it had before the first.
+    control_->sync();
+    control_->sync();
+}
+
 void RecordStream::read(std::deque<StreamItem>& items) {
-    while (isAlive_) {
-        const Reply reply = nextReply();
-        if (!reply) return;
+    for (Reply reply = nextReply(); reply; reply = nextReply()) {
         if (reply->category == kFromClient) readRequests(*reply, items);
         if (reply->category == kClientDied) items.emplace_back(KeyboardGrab{reply->xid_base});
         if (reply->category != kFromServer) continue;
@@ -174,6 +227,8 @@ void RecordStream::read(std::deque<StreamItem>& items) {
             readEvent(bytes.first(kElementLength), items);
         }
     }
+    if (isOverdue_) addUnmatched(items);
+    isOverdue_ = unmatched_.has_value();
 }
 
 void RecordStream::readRequests(const xcb_record_enable_context_reply_t& reply,

@@ -67,8 +67,12 @@ class RecordStream {
     int descriptor() const;
     /// False once the server has gone or has ended the recording.
     bool isAlive() const { return isAlive_; }
+    /// Whether there is to be another look soon, though nothing arrives.
+    bool isUnsure() const { return unmatched_.has_value(); }
     /// Adds what has arrived.
     void read(std::deque<StreamItem>& items);
+    /// Makes the server send what has happened until now, and waits for it.
+    void fetch();
     /// The server's time when the recording began.
     std::uint32_t startTime() const { return startTime_; }
 
@@ -81,6 +85,9 @@ class RecordStream {
     std::vector<xcb_record_range_t> ranges(bool withMotion);
     Reply nextReply();
     bool awaitStart();
+    void readEvent(std::span<const std::uint8_t> element, std::deque<StreamItem>& items);
+    void readDeviceEvent(const DeviceEvent& event, std::deque<StreamItem>& items);
+    void addUnmatched(std::deque<StreamItem>& items);
     void readRequests(const xcb_record_enable_context_reply_t& reply,
                       std::deque<StreamItem>& items) const;
     void readRequest(std::span<const std::uint8_t> request, std::uint32_t client,
@@ -93,6 +100,13 @@ class RecordStream {
     unsigned sequence_ = 0;
     std::uint8_t xkbOpcode_ = 0;
     std::uint8_t xinputOpcode_ = 0;
+    std::uint8_t xinputFirstEvent_ = 0;
+    /// What a device did, of which the core keyboard or pointer has not told yet; and whether that
+    /// was so at the end of the latest reading already.
+    std::optional<DeviceEvent> unmatched_;
+    bool isOverdue_ = false;
+    /// What the core keyboard or pointer told last, of which a copy is to follow.
+    std::optional<DeviceEvent> latest_;
     std::uint32_t startTime_ = 0;
     bool isAlive_ = true;
 };

@@ -11,6 +11,8 @@ namespace {
 
 /// How often a loop looks around that could get no descriptor to be woken by.
 constexpr std::chrono::milliseconds kBlindPatience{50};
+/// What follows within this time is dealt with at once: in a flood, waking up is what costs.
+constexpr std::chrono::milliseconds kGathering{10};
 
 }  // namespace
 
@@ -64,7 +66,7 @@ void TapRunLoop::run() {
         }
         const auto sources = validSources();
         if (sources.empty()) break;
-        wait(sources);
+        if (!isWoken(kGathering)) wait(sources);
     }
     const std::lock_guard guard(lock_);
     isRunning_ = isStopped_ = false;
@@ -92,6 +94,18 @@ void TapRunLoop::wait(const std::vector<std::shared_ptr<TapSource>>& sources) co
     const bool isLimited = patience != std::chrono::milliseconds::max();
     poll(descriptors.data(), descriptors.size(),
          isLimited ? static_cast<int>(patience.count()) : -1);
+    clearWaking();
+}
+
+/// Whether somebody wakes the loop within that time.
+bool TapRunLoop::isWoken(std::chrono::milliseconds patience) const {
+    pollfd descriptor{wakeDescriptor_, POLLIN, 0};
+    const bool isWoken = poll(&descriptor, 1, static_cast<int>(patience.count())) > 0;
+    if (isWoken) clearWaking();
+    return isWoken;
+}
+
+void TapRunLoop::clearWaking() const {
     std::uint64_t times = 0;
     if (wakeDescriptor_ >= 0) (void)!read(wakeDescriptor_, &times, sizeof times);
 }

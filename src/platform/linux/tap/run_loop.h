@@ -2,6 +2,7 @@
 
 #include <poll.h>
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -48,6 +49,8 @@ class TapRunLoop : public RunLoop {
 
   private:
     std::vector<std::shared_ptr<TapSource>> validSources();
+    bool isWoken(std::chrono::milliseconds patience) const;
+    void clearWaking() const;
     void wait(const std::vector<std::shared_ptr<TapSource>>& sources) const;
 
     const int wakeDescriptor_;

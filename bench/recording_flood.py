@@ -159,14 +159,12 @@ def one_flood(window, host):
     letters, last = window.catch_up()
     figures = {"flood": took, "server": longest, "window": last - began, "letters": letters}
     if host:
-        if not window.app:
-            time.sleep(0.5)
+        time.sleep(1)
         figures["cost"] = processor_ms(host.process.pid) - cost
         began = time.monotonic()
         events = host.result("stopInputRecording", seconds=120)["events"]
         figures["stop"] = time.monotonic() - began
-        kinds = Counter(str(event["params"]) for event in events)
-        figures["records"] = dict(kinds)
+        figures.update(Counter(event["action"] for event in events))
     time.sleep(0.5)
     return figures
 

@@ -1,6 +1,7 @@
 """Passwords that the person types while their input is recorded, with xdotool as the person."""
 import json
 import os
+import signal
 import subprocess
 import time
 import unittest
@@ -109,6 +110,26 @@ class SecretsTest(unittest.TestCase):
                 self.assertEqual("".join(params["text"] for params in texts), "seen")
                 self.host.result("stopInputRecording")
                 program.end()
+
+    def test_a_program_that_is_stuck(self):
+        program = self.form("gtk3")
+        person("mousemove", 3, 3)
+        self.host.result("startInputRecording")
+        program.process.send_signal(signal.SIGSTOP)
+        person("key", "shift+Tab")
+        person("type", "hidden")
+        self.assertEqual(self.host.result("nextInputEvent", timeoutMs=1000)["event"]["params"],
+                         {"combo": "shift+keycode-48"})
+        self.assertIsNone(self.host.result("nextInputEvent", timeoutMs=1500)["event"])
+        program.process.send_signal(signal.SIGCONT)
+        self.assertEqual(self.record("key Tab", "type more"), "more")
+
+    def test_keys_just_before_the_end(self):
+        self.form("gtk3")
+        self.host.result("startInputRecording")
+        person("mousemove", 3, 3, "click", 1, "key", "a")
+        events = self.host.result("stopInputRecording")["events"]
+        self.assertEqual([event["action"] for event in events], ["click", "type"])
 
     def test_processes_that_speak_for_the_active_program(self):
         other = Program(self, "xterm")

@@ -119,9 +119,8 @@ void FocusReports::ask(FocusReport& report) {
     const Reference element = report.element;
     bus_.bus()
         .peer(element.busName)
-        .call(element.path.c_str(), atspi::kAccessible, "GetRole", [this, element](Answer answer) {
-            answered(element, answer);
-        });
+        .call(element.path.c_str(), atspi::kAccessible, "GetRole",
+              [this, element](Answer answer) { answered(element, answer); });
 }
 
 void FocusReports::answered(const Reference& element, const Answer& answer) {

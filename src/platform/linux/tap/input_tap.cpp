@@ -9,7 +9,8 @@
 namespace quil::linux_platform {
 namespace {
 
-/// For so long a flush waits: as long as it takes to know where keys went, unless a program is stuck.
+/// For so long a flush waits: as long as it takes to know where keys went, unless a program is
+/// stuck.
 constexpr std::chrono::milliseconds kFlushPatience{500};
 /// In that time, what belongs together has arrived.
 constexpr std::chrono::milliseconds kAnotherLook{20};
@@ -32,8 +33,7 @@ bool edits(const KeyPress& press) {
     if (press.virtualKeyCode == kDeleteKey || press.virtualKeyCode == kForwardDeleteKey) {
         return true;
     }
-    return !press.characters.empty() &&
-           static_cast<unsigned char>(press.characters.front()) >= ' ';
+    return !press.characters.empty() && static_cast<unsigned char>(press.characters.front()) >= ' ';
 }
 
 }  // namespace

@@ -118,8 +118,7 @@ std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
     xkbOpcode_ = opcodeOf(xcb_xkb_id);
     xinputOpcode_ = opcodeOf(xcb_input_id);
     if (xinputOpcode_ != 0) {
-        xinputFirstEvent_ =
-            xcb_get_extension_data(control_->get(), &xcb_input_id)->first_event;
+        xinputFirstEvent_ = xcb_get_extension_data(control_->get(), &xcb_input_id)->first_event;
         const auto first = static_cast<std::uint8_t>(xinputFirstEvent_ + kDeviceButtonPress);
         const auto last = static_cast<std::uint8_t>(xinputFirstEvent_ + kDeviceButtonRelease);
         xcb_record_range_t keysAndButtons{};
@@ -178,7 +177,8 @@ void RecordStream::readEvent(Bytes element, std::deque<StreamItem>& items) {
     const bool isDevices = type > XCB_MOTION_NOTIFY;
     if (isDevices) {
         // In the order of the core protocol's.
-        type = static_cast<std::uint8_t>(XCB_KEY_PRESS + type - xinputFirstEvent_ - kDeviceKeyPress);
+        type =
+            static_cast<std::uint8_t>(XCB_KEY_PRESS + type - xinputFirstEvent_ - kDeviceKeyPress);
     }
     // All of these are laid out alike.
     const auto event = readAs<xcb_key_press_event_t>(bytes);

@@ -120,9 +120,8 @@ std::optional<bool> SecretInput::isSecret(TapTime key, std::optional<std::uint32
     if (!isKnown || (grabber && grabber != active_.client)) return true;
     const Judgement& judgement = this->judgement(windowGotFocus_ <= key);
     if (grabber && key < judgement.firstReport) return true;
-    return std::ranges::any_of(judgement.secrets, [&](const Span& span) {
-        return span.begin <= key && key < span.end;
-    });
+    return std::ranges::any_of(
+        judgement.secrets, [&](const Span& span) { return span.begin <= key && key < span.end; });
 }
 
 /// When to give up on the program: it is waited for as long as it works off its events.

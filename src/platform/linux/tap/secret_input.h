@@ -38,8 +38,8 @@ class SecretInput {
     void prepareToWait(std::vector<pollfd>& descriptors);
     /// Deals with what has arrived.
     void process();
-    /// Whether a key of that time is nobody's business, typed while that client of the X server (the
-    /// base of its ids) had asked for all keys; nothing while that is not known.
+    /// Whether a key of that time is nobody's business, typed while that client of the X server
+    /// (the base of its ids) had asked for all keys; nothing while that is not known.
     std::optional<bool> isSecret(TapTime key, std::optional<std::uint32_t> grabber);
     /// When there is more to do though nothing arrives, as of the latest call of the two above.
     std::optional<TapTime> nextLook() const { return nextLook_; }

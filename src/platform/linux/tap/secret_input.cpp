@@ -49,7 +49,7 @@ void SecretInput::process() {
     nextLook_ = reports_ ? reports_->process() : std::nullopt;
     if (!reports_) return;
     if (round_ && round_->answered) finishRound();
-    if (moves_.areOpen()) followProgram();
+    if (moves_.areOpen() || round_) followProgram();
 }
 
 /// Looks how far the active program has come. One that shows no progress is asked whether it is

@@ -61,9 +61,14 @@ class GlimpseTest(unittest.TestCase):
         other = Program(self, "xterm")
         until(lambda: self.host.result("desktop_target")["target"]["pid"] == other.pid, "xterm")
         output("xdotool", "windowactivate", "--sync", str(program.window))
+
+        def picture():
+            return self.host.result("desktop_screenshot")["screenshotDataURL"]
+
+        # It is painted anew, as the active window.
+        until(lambda: picture() == picture(), "a picture that stays")
         update = self.next()
-        self.assertEqual(update.pop("screenshotDataURL"),
-                         self.host.result("desktop_screenshot")["screenshotDataURL"])
+        self.assertEqual(update.pop("screenshotDataURL"), picture())
         self.assertEqual(update, {"type": "screenshot", "target": target})
         self.assertEqual(self.next(), {"type": "completed"})
 

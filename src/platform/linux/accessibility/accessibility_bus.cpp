@@ -1,6 +1,8 @@
 #include "platform/linux/accessibility/accessibility_bus.h"
 
 #include <algorithm>
+#include <list>
+#include <utility>
 
 #include "platform/linux/accessibility/messages.h"
 
@@ -36,7 +38,7 @@ bool AccessibilityBus::answers() {
     const auto named = address();
     if (!named) return false;
     // Another bus may have taken the place of ours, which still runs for those who are on it.
-    if (bus_ && *named != connectedTo_) bus_ = nullptr;
+    if (bus_ && *named != connectedTo_) drop();
     // Toolkits need time to show their trees: they hear of us as early as can be.
     connect();
     return true;
@@ -44,20 +46,24 @@ bool AccessibilityBus::answers() {
 
 bool AccessibilityBus::connect() {
     if (!bus_ || !bus_->isAlive()) {
-        programs_.clear();
-        processIds_.clear();
-        bus_ = nullptr;
-        isAnnounced_ = false;
+        drop();
         const auto named = address();
         if (named) bus_ = Bus::open(Bus::Kind::bus, *named);
         if (!bus_) return false;
         connectedTo_ = *named;
         connectedSince_ = BusClock::now();
-        ++generation_;
     }
     if (!bus_->isReady()) return false;
     if (!isAnnounced_) announce();
     return true;
+}
+
+void AccessibilityBus::drop() {
+    programs_.clear();
+    processIds_.clear();
+    bus_ = nullptr;
+    isAnnounced_ = false;
+    ++generation_;
 }
 
 void AccessibilityBus::announce() {
@@ -81,26 +87,49 @@ AtspiProgram& AccessibilityBus::program(const std::string& busName) {
     return programs_.try_emplace(busName, bus_->peer(busName)).first->second;
 }
 
-AtspiProgram& AccessibilityBus::introducedProgram(const std::string& busName) {
-    AtspiProgram& program = this->program(busName);
-    if (program.isIntroduced_) return program;
+struct AccessibilityBus::Introduction {
     std::optional<std::string> toolkit, version, address;
+};
+
+AtspiProgram& AccessibilityBus::introducedProgram(const std::string& busName) {
+    introduce({busName});
+    return program(busName);
+}
+
+void AccessibilityBus::introduce(const std::vector<std::string>& busNames) {
+    std::list<std::pair<AtspiProgram&, Introduction>> asked;
+    for (const std::string& name : busNames) {
+        AtspiProgram& program = this->program(name);
+        if (program.isIntroduced_) continue;
+        auto& [whom, said] = asked.emplace_back(program, Introduction());
+        askAboutItself(whom, said);
+    }
+    if (asked.empty()) return;
+    bus_->waitForAnswers();
+    for (const auto& [program, said] : asked) {
+        if (!program.onBus_.hangs()) note(program, said);
+    }
+}
+
+void AccessibilityBus::askAboutItself(AtspiProgram& program, Introduction& said) {
     const auto property = [&](const char* name, std::optional<std::string>& value) {
         program.onBus_.call(
             atspi::kRootPath, atspi::kProperties, "Get",
-            [&](Answer answer) {
+            [&value](Answer answer) {
                 if (answer.message) value = readVariant(answer.message, "s", readString);
             },
             "ss", atspi::kApplication, name);
     };
-    property("ToolkitName", toolkit);
-    property("Version", version);
+    property("ToolkitName", said.toolkit);
+    property("Version", said.version);
     program.onBus_.call(atspi::kRootPath, atspi::kApplication, "GetApplicationBusAddress",
-                        [&](Answer answer) {
-                            if (answer.message) address = readString(answer.message);
+                        [&said](Answer answer) {
+                            if (answer.message) said.address = readString(answer.message);
                         });
-    bus_->waitForAnswers();
-    if (program.onBus_.hangs()) return program;
+}
+
+void AccessibilityBus::note(AtspiProgram& program, const Introduction& said) {
+    const auto& [toolkit, version, address] = said;
     program.isIntroduced_ = true;
     // The bridge for GTK 3 and for those who use it is the one that offers sockets.
     program.givesAllProperties_ = address.has_value();
@@ -108,7 +137,6 @@ AtspiProgram& AccessibilityBus::introducedProgram(const std::string& busName) {
     program.placesWithinWindow_ = toolkit == "GTK" && version && !version->starts_with("3.");
     if (address && !address->empty()) program.socket_ = Bus::open(Bus::Kind::socket, *address);
     if (program.socket_ && !program.socket_->isReady()) program.socket_ = nullptr;
-    return program;
 }
 
 std::vector<AccessibilityBus::Registered> AccessibilityBus::registeredPrograms() {
@@ -159,12 +187,12 @@ void AccessibilityBus::forgetGonePrograms(const std::vector<Registered>& registe
     std::erase_if(processIds_, isGone);
 }
 
-void AccessibilityBus::waitForAnswers() {
+void AccessibilityBus::waitForAnswers(BusDeadline deadline) {
     std::vector<Bus*> buses{bus_.get()};
     for (auto& [name, program] : programs_) {
         if (program.socket_) buses.push_back(program.socket_.get());
     }
-    Bus::waitForAnswers(buses);
+    Bus::waitForAnswers(buses, deadline);
 }
 
 }  // namespace quil::linux_platform

@@ -77,6 +77,8 @@ class AccessibilityBus {
     AtspiProgram& program(const std::string& busName);
     /// The same, after it was asked about itself (once).
     AtspiProgram& introducedProgram(const std::string& busName);
+    /// Asks these programs about themselves, all at a time, if they were not asked before.
+    void introduce(const std::vector<std::string>& busNames);
     /// The programs that have registered, with their process ids, in the registry's order.
     struct Registered {
         std::string busName;
@@ -87,12 +89,18 @@ class AccessibilityBus {
     /// The process id of a registered program.
     std::optional<std::int32_t> processId(const std::string& busName) const;
 
-    /// Handles answers of all programs until no call is unanswered.
-    void waitForAnswers();
+    /// Handles answers of all programs until no call is unanswered; at the deadline those that are
+    /// count as failed.
+    void waitForAnswers(BusDeadline deadline = BusDeadline::max());
 
   private:
+    /// What a program says of itself.
+    struct Introduction;
     std::optional<std::string> address();
     void announce();
+    static void askAboutItself(AtspiProgram& program, Introduction& said);
+    static void note(AtspiProgram& program, const Introduction& said);
+    void drop();
     void forgetGonePrograms(const std::vector<Registered>& registered);
 
     std::unique_ptr<Bus> session_;

@@ -77,14 +77,14 @@ std::vector<std::string> ApplicationLookup::relativesOf(std::int32_t pid) {
     if (!connection) return {};
     auto onScreen = topLevelWindows(*connection);
     std::erase_if(onScreen, [&](const X11Window& window) { return window.pid != pid; });
-    for (const auto& program : programs) {
-        for (const ApplicationWindow& window : applicationWindows(bus_, {program.busName})) {
-            const bool isShown =
-                std::any_of(onScreen.begin(), onScreen.end(), [&](const X11Window& other) {
-                    return window.hasTitleOf(other) && window.hasSizeOf(other);
-                });
-            if (isShown) return {program.busName};
-        }
+    std::vector<std::string> names;
+    for (auto& program : programs) names.push_back(std::move(program.busName));
+    for (const ApplicationWindow& window : applicationWindows(bus_, names)) {
+        const bool isShown =
+            std::any_of(onScreen.begin(), onScreen.end(), [&](const X11Window& other) {
+                return window.hasTitleOf(other) && window.hasSizeOf(other);
+            });
+        if (isShown) return {window.reference.busName};
     }
     return {};
 }

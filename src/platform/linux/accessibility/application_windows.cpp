@@ -24,15 +24,19 @@ bool ApplicationWindow::hasSizeOf(const X11Window& window) const {
 
 std::deque<ApplicationWindow> applicationWindows(AccessibilityBus& bus,
                                                  const std::vector<std::string>& busNames) {
-    std::deque<ApplicationWindow> windows;
-    for (const std::string& name : busNames) {
-        AtspiProgram& program = bus.introducedProgram(name);
-        const std::string root = atspi::kRootPath;
-        Facts application;
-        for (const Fact fact : {Fact::childCount, Fact::children}) {
-            askFacts({program, root, kMaximumWindows}, {fact}, application, [] {});
-            bus.waitForAnswers();
+    // All of them at a time: those who do not answer cost one wait together.
+    bus.introduce(busNames);
+    const std::string root = atspi::kRootPath;
+    std::vector<Facts> applications(busNames.size());
+    for (const Fact fact : {Fact::childCount, Fact::children}) {
+        for (std::size_t i = 0; i < busNames.size(); ++i) {
+            AtspiProgram& program = bus.program(busNames[i]);
+            askFacts({program, root, kMaximumWindows}, {fact}, applications[i], [] {});
         }
+        bus.waitForAnswers();
+    }
+    std::deque<ApplicationWindow> windows;
+    for (Facts& application : applications) {
         for (Reference& child : application.children) windows.push_back({std::move(child), {}});
     }
     for (ApplicationWindow& window : windows) {

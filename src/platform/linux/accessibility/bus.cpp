@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "platform/accessibility.h"
 
@@ -45,6 +46,7 @@ constexpr int kAtOnce = 64;
 struct Bus::Pending {
     Bus* bus = nullptr;
     Peer* peer = nullptr;
+    /// Empty when nobody waits for the answer any more: it only shows that the peer is alive.
     AnswerHandler handler;
     /// Asks a peer that hangs whether it is back; nobody waits for the answer.
     bool isProbe = false;
@@ -76,6 +78,12 @@ void Peer::send(Message message, AnswerHandler handler) {
         return failed({kAxCannotComplete, nullptr});
     }
     if (waiting_++ == 0) lastSign_ = BusClock::now();
+}
+
+void Peer::giveUp() {
+    hangs_ = true;
+    bus_.probe(*this);
+    bus_.failCalls(this);
 }
 
 std::unique_ptr<Bus> Bus::open(Kind kind, const std::string& address) {
@@ -146,6 +154,7 @@ int Bus::handleAnswer(sd_bus_message* message, void* userdata, sd_bus_error*) {
         peer.isProbed_ = false;
         return 0;
     }
+    if (!handler) return 0;
     --peer.waiting_;
     const sd_bus_error* error = sd_bus_message_get_error(message);
     handler(error ? Answer{codeFor(*error), nullptr} : Answer{0, message});
@@ -171,7 +180,8 @@ pollfd Bus::waiting() const {
 }
 
 bool Bus::process() {
-    if (isLost_) return false;
+    // Within an answer the bus deals with that one.
+    if (isLost_ || sd_bus_get_current_message(bus_)) return false;
     const int processed = sd_bus_process(bus_, nullptr);
     if (processed < 0 || sd_bus_is_open(bus_) <= 0) {
         isLost_ = true;
@@ -206,9 +216,7 @@ BusDeadline Bus::giveUpOnSilent() {
             next = std::min(next, limit);
             continue;
         }
-        peer.hangs_ = true;
-        probe(peer);
-        failCalls(&peer);
+        peer.giveUp();
     }
     return next;
 }
@@ -218,14 +226,24 @@ void Bus::failCalls(const Peer* peer) {
     std::list<Pending> failed;
     for (auto entry = pending_.begin(); entry != pending_.end();) {
         const auto current = entry++;
-        const bool isMeant = !peer || (current->peer == peer && !current->isProbe);
-        if (isMeant) failed.splice(failed.end(), pending_, current);
+        const bool isMeant = !peer || current->peer == peer;
+        if (isMeant && !current->isProbe) failed.splice(failed.end(), pending_, current);
     }
     for (Pending& entry : failed) {
-        if (entry.isProbe) continue;
+        if (!entry.handler) continue;
         --entry.peer->waiting_;
         entry.handler({kAxCannotComplete, nullptr});
     }
+}
+
+void Bus::abandonCalls() {
+    std::vector<AnswerHandler> abandoned;
+    for (Pending& entry : pending_) {
+        if (!entry.handler) continue;
+        --entry.peer->waiting_;
+        abandoned.push_back(std::exchange(entry.handler, nullptr));
+    }
+    for (const AnswerHandler& handler : abandoned) handler({kAxCannotComplete, nullptr});
 }
 
 void Bus::probe(Peer& peer) {
@@ -238,17 +256,21 @@ void Bus::probe(Peer& peer) {
     if (!peer.isProbed_) pending_.pop_back();
 }
 
-void Bus::waitForAnswers(const std::vector<Bus*>& buses) {
+void Bus::waitForAnswers(const std::vector<Bus*>& buses, BusDeadline deadline) {
     while (std::any_of(buses.begin(), buses.end(), [](Bus* bus) { return bus->isAwaited(); })) {
+        if (BusClock::now() >= deadline) {
+            for (Bus* bus : buses) bus->abandonCalls();
+            continue;
+        }
         bool isProgress = false;
         for (Bus* bus : buses) {
             // Not until nothing is left: others have answered, too.
             for (int i = 0; i < kAtOnce && bus->process(); ++i) isProgress = true;
         }
         if (isProgress) continue;
-        auto deadline = BusDeadline::max();
-        for (Bus* bus : buses) deadline = std::min(deadline, bus->giveUpOnSilent());
-        if (deadline != BusDeadline::max()) poll(buses, deadline);
+        auto next = BusDeadline::max();
+        for (Bus* bus : buses) next = std::min(next, bus->giveUpOnSilent());
+        if (next != BusDeadline::max()) poll(buses, std::min(next, deadline));
     }
 }
 

@@ -48,6 +48,9 @@ class Peer {
     const std::string& name() const { return name_; }
     /// Whether it stopped answering; calls then fail at once.
     bool hangs() const { return hangs_; }
+    /// Takes it for one that hangs, as it is too far behind with its answers, until it has caught
+    /// up.
+    void giveUp();
 
     /// Sends a call; the handler gets the answer while somebody waits on the bus. The signature and
     /// the values after it are those of sd_bus_message_append.
@@ -108,8 +111,10 @@ class Bus {
     pollfd waiting() const;
 
     /// Handles answers until no call on these buses is unanswered; the handlers may make further
-    /// calls. Calls to a peer that hangs are answered with an error.
-    static void waitForAnswers(const std::vector<Bus*>& buses);
+    /// calls. Calls to a peer that hangs are answered with an error, and so are all that are
+    /// unanswered at the deadline.
+    static void waitForAnswers(const std::vector<Bus*>& buses,
+                               BusDeadline deadline = BusDeadline::max());
     void waitForAnswers() { waitForAnswers({this}); }
 
   private:
@@ -125,7 +130,10 @@ class Bus {
     bool isAwaited() const;
     /// Gives up on peers that were silent for too long; the time of the next look at them.
     BusDeadline giveUpOnSilent();
+    /// Answers what was asked of that peer, or of all, with an error: there will be no answer.
     void failCalls(const Peer* peer);
+    /// Answers everything with an error; what the answers say when they come does not matter.
+    void abandonCalls();
     void probe(Peer& peer);
 
     sd_bus* bus_;

@@ -131,7 +131,10 @@ std::int32_t setElementValue(AccessibilityBus& bus, const Reference& element, co
         return number ? setNumber(bus, element, *number) : kAxIllegalArgument;
     }
     if (!facts.interfaces.has(AtspiInterface::editableText)) return kAxAttributeUnsupported;
-    if (!value.string()) return kAxIllegalArgument;
+    // The bus cannot carry NUL.
+    if (!value.string() || value.string()->find('\0') != std::string::npos) {
+        return kAxIllegalArgument;
+    }
     return command(bus, element, atspi::kEditableText, "SetTextContents", "s",
                    value.string()->c_str());
 }

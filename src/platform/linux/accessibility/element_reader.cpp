@@ -1,6 +1,5 @@
 #include "platform/linux/accessibility/element_reader.h"
 
-#include <limits>
 #include <unordered_map>
 
 #include "platform/linux/accessibility/attributes.h"
@@ -10,14 +9,13 @@
 namespace quil::linux_platform {
 
 std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Needs& needs,
-                       Facts& facts) {
+                       Facts& facts, const ReadingLimits& limits) {
     AtspiProgram& program = bus.introducedProgram(element.busName);
     for (FactSet next = needs(facts); !next.isEmpty(); next = needs(facts)) {
         // Tells a missing element from a missing attribute.
         next.add(FactSet{Fact::states}.without(facts.asked));
-        askFacts({program, element.path, std::numeric_limits<std::int32_t>::max()}, next, facts,
-                 [] {});
-        bus.waitForAnswers();
+        askFacts({program, element.path, limits.maximumChildren}, next, facts, [] {});
+        bus.waitForAnswers(limits.deadline);
         if (const std::int32_t code = elementCode(facts); code != 0) return code;
     }
     return 0;
@@ -25,13 +23,15 @@ std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Ne
 
 void readScrollBar(AccessibilityBus& bus, const Reference& element, Facts& facts) {
     if (facts.asked.has(Fact::scrollBar)) return;
-    const std::int32_t code = readFacts(bus, element, needsForScrollBarSearch, facts);
+    const ReadingLimits limits{.maximumChildren = kScrollBarPlaces};
+    const std::int32_t code = readFacts(bus, element, needsForScrollBarSearch, facts, limits);
     facts.answered(Fact::scrollBar, code);
     if (code != 0) return;
     std::unordered_map<Reference, Facts, ReferenceHash> others;
     facts.scrollBar = findScrollBar(facts, [&](const Reference& other) {
         Facts& known = others[other];
-        return readFacts(bus, other, needsForScrollBarSearch, known) == 0 ? &known : nullptr;
+        return readFacts(bus, other, needsForScrollBarSearch, known, limits) == 0 ? &known
+                                                                                  : nullptr;
     });
 }
 

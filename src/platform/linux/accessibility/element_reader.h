@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 
 #include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/accessibility/facts.h"
@@ -11,10 +12,17 @@ namespace quil::linux_platform {
 /// What has to be asked for next, given what is known; empty when that is enough.
 using Needs = std::function<FactSet(const Facts&)>;
 
+/// How much is read, and for how long.
+struct ReadingLimits {
+    /// A longer list of children may end there.
+    std::int64_t maximumChildren = std::numeric_limits<std::int32_t>::max();
+    BusDeadline deadline = BusDeadline::max();
+};
+
 /// Asks one element until nothing more is needed, or until nothing can be known of it. Returns 0,
-/// or the code of an element that cannot be read. Bounded.
+/// or the code of an element that cannot be read. Who stays silent is not waited for.
 std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Needs& needs,
-                       Facts& facts);
+                       Facts& facts, const ReadingLimits& limits = {});
 
 /// Finds what scrolls the element, and notes it in its facts. Bounded.
 void readScrollBar(AccessibilityBus& bus, const Reference& element, Facts& facts);

@@ -265,14 +265,14 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
         const auto wanted =
             static_cast<std::int32_t>(std::min<std::int64_t>(facts_.childCount, maximumChildren_));
         facts_.children.assign(static_cast<std::size_t>(std::max(wanted, 0)), {});
+        const auto left = std::make_shared<std::int32_t>(wanted);
         for (std::int32_t i = 0; i < wanted; ++i) {
-            const bool isLast = i + 1 == wanted;
             call(
                 atspi::kAccessible, "GetChildAtIndex",
-                [this, i, isLast](Answer answer) {
+                [this, i, left](Answer answer) {
                     auto child = answer.message ? readReference(answer.message) : std::nullopt;
                     if (child) facts_.children[static_cast<std::size_t>(i)] = std::move(*child);
-                    if (!isLast) return;
+                    if (--*left > 0) return;
                     std::erase_if(facts_.children,
                                   [](const Reference& entry) { return entry.path.empty(); });
                     facts_.answered(Fact::children, 0);

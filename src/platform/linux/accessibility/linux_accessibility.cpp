@@ -3,6 +3,7 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/linux/accessibility/application_windows.h"
 #include "platform/linux/accessibility/element_actions.h"
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/focused_window.h"
@@ -48,13 +49,14 @@ class LinuxAccessibility::CurrentObservation : public Observation {
 std::unique_ptr<Observation> LinuxAccessibility::beginObservation(const ObservationPlan& plan) {
     const auto root = resolve(plan.root);
     if (!root) return nullptr;
+    observedGeneration_ = bus_.generation();
     tree_ = std::make_unique<ObservedTree>(bus_, places_, *root, plan);
     observedRoot_ = plan.root;
     return std::make_unique<CurrentObservation>(*this);
 }
 
 ObservedElement* LinuxAccessibility::observed(const ElementRef& element) {
-    if (!tree_) return nullptr;
+    if (!tree_ || observedGeneration_ != bus_.generation()) return nullptr;
     if (element == observedRoot_) return tree_->find(tree_->root());
     const auto* handle = dynamic_cast<const AtspiElement*>(element.get());
     const bool isFromTree =
@@ -104,7 +106,11 @@ std::optional<Reference> LinuxAccessibility::resolve(const ElementRef& element) 
     }
     const auto names = lookup_.busNamesOf(handle->pid());
     if (names.empty()) return {};
-    return Reference{names.front(), atspi::kRootPath};
+    if (names.size() == 1) return Reference{names.front(), atspi::kRootPath};
+    // Of several toolkits in one process, one that shows windows.
+    const auto windows = applicationWindows(bus_, names);
+    const auto& name = windows.empty() ? names.front() : windows.front().reference.busName;
+    return Reference{name, atspi::kRootPath};
 }
 
 std::int32_t LinuxAccessibility::copyAttributeValue(const ElementRef& element,

@@ -52,6 +52,8 @@ class LinuxAccessibility : public Accessibility {
     std::unique_ptr<ObservedTree> tree_;
     /// The observation's root, which may be an application.
     ElementRef observedRoot_;
+    /// The connection that the observation was made with.
+    std::uint64_t observedGeneration_ = 0;
 };
 
 }  // namespace quil::linux_platform

@@ -19,6 +19,9 @@ constexpr std::chrono::seconds kLongestObservation{20};
 constexpr std::chrono::milliseconds kDocumentPatience{2000};
 constexpr std::chrono::milliseconds kDocumentPause{40};
 
+/// Who cannot list their elements in this time is slow in telling about all of them, too.
+constexpr std::chrono::milliseconds kCountingPatience{1000};
+
 /// Elements that are asked at a time: enough for the application never to wait for us, few enough
 /// that little is asked in vain when the elements before them turn out to fill the walk.
 constexpr int kMostActive = 128;
@@ -38,7 +41,7 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Re
     : bus_(bus),
       maximumElements_(plan.maximumNodes),
       maximumDepth_(plan.maximumDepth),
-      deadline_(BusClock::now() + kLongestObservation),
+      end_(BusClock::now() + kLongestObservation),
       wantsActions_(plan.actionNames) {
     for (const std::string_view name : plan.attributes) {
         if (const Attribute* attribute = findAttribute(name)) attributes_.push_back(attribute);
@@ -79,11 +82,14 @@ void ObservedTree::useCache(const Reference& root) {
 /// Goes through the tree by its lists of children alone, as far as a small tree reaches.
 bool ObservedTree::isCountedAndSmall(const Reference& root) {
     isCounting_ = true;
+    deadline_ = BusClock::now() + kCountingPatience;
     fetch(root);
+    const bool isInTime = !isOverdue();
     isCounting_ = false;
-    return expected_ <= kSmall && std::all_of(elements_.begin(), elements_.end(), [](auto& entry) {
-               return entry.second.facts.knows(Fact::children);
-           });
+    deadline_ = end_;
+    return isInTime && expected_ <= kSmall &&
+           std::all_of(elements_.begin(), elements_.end(),
+                       [](auto& entry) { return entry.second.facts.knows(Fact::children); });
 }
 
 ObservedElement& ObservedTree::element(const Reference& reference) {
@@ -120,9 +126,10 @@ void ObservedTree::fetch(const Reference& root) {
     expected_ = 1;
     do {
         schedule();
-        bus_.waitForAnswers();
+        bus_.waitForAnswers(deadline_);
         schedule();
     } while (active_ > 0);
+    if (BusClock::now() >= end_) bus_.program(root.busName).peer().giveUp();
 }
 
 void ObservedTree::awaitDocuments() {
@@ -137,6 +144,8 @@ void ObservedTree::awaitDocuments() {
                !program.staysEmpty(entry.first.path);
     };
     while (std::any_of(elements_.begin(), elements_.end(), isAwaited)) {
+        // What is known is worth more than what another look might bring.
+        if (program.peer().hangs() || BusClock::now() + kLongestObservation / 2 >= end_) return;
         if (BusClock::now() >= end) {
             for (const auto& entry : elements_) {
                 if (isAwaited(entry)) program.noteEmpty(entry.first.path);
@@ -209,8 +218,14 @@ void ObservedTree::scheduleFirst() {
         ObservedElement& element = *(*path.back().siblings)[path.back().next++];
         // The walk comes to so many more elements, and looks at one more to see that it was cut.
         work(element, maximumElements_ - position);
-        if (static_cast<int>(path.size()) < maximumDepth_) path.push_back({&element.children, 0});
         ++position;
+        if (static_cast<int>(path.size()) == maximumDepth_) continue;
+        path.push_back({&element.children, 0});
+        // The walk comes to the children that are being asked for, too.
+        const Facts& facts = element.facts;
+        const bool areComing =
+            active_ > 0 && facts.knows(Fact::childCount) && !facts.asked.has(Fact::children);
+        if (areComing) position += std::max(facts.childCount, 0);
     }
 }
 
@@ -290,11 +305,15 @@ void ObservedTree::findScrollBars() {
 void ObservedTree::findScrollBar(ObservedElement& element) {
     element.facts.scrollBar = linux_platform::findScrollBar(
         element.facts, [&](const Reference& reference) -> const Facts* {
-            ObservedElement& other = this->element(reference);
-            if (!other.isComplete && !isOverdue()) {
-                readFacts(bus_, reference, needsForScrollBarSearch, other.facts);
+            const ObservedElement* other = find(reference);
+            if (other && other->isComplete) {
+                return elementCode(other->facts) == 0 ? &other->facts : nullptr;
             }
-            return elementCode(other.facts) == 0 ? &other.facts : nullptr;
+            Facts& facts = beyond_[reference];
+            if (isOverdue()) return nullptr;
+            const ReadingLimits limits{kScrollBarPlaces, deadline_};
+            const auto code = readFacts(bus_, reference, needsForScrollBarSearch, facts, limits);
+            return code == 0 ? &facts : nullptr;
         });
 }
 

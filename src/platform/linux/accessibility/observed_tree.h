@@ -72,10 +72,14 @@ class ObservedTree {
     AccessibilityBus& bus_;
     const std::int64_t maximumElements_;
     const int maximumDepth_;
-    const BusDeadline deadline_;
+    /// When the whole observation has to end, and when what it is at now has to.
+    const BusDeadline end_;
+    BusDeadline deadline_ = end_;
     std::vector<const Attribute*> attributes_;
     const bool wantsActions_;
 
+    /// Of elements that the walk does not come to, what the search for scroll bars needs.
+    std::unordered_map<Reference, Facts, ReferenceHash> beyond_;
     /// Null when the elements are asked one by one.
     std::unique_ptr<CachedTree> cache_;
     std::unordered_map<Reference, ObservedElement, ReferenceHash> elements_;

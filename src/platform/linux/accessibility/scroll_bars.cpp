@@ -5,9 +5,6 @@
 namespace quil::linux_platform {
 namespace {
 
-/// Scroll bars come early: beside what they scroll.
-constexpr std::size_t kMostSiblings = 8;
-
 struct Candidate {
     Reference range;
     States states;
@@ -41,7 +38,7 @@ FactSet needsForScrollBarSearch(const Facts& facts) {
 
 Reference findScrollBar(const Facts& element, const FactsOf& factsOf) {
     std::vector<Candidate> candidates;
-    const std::size_t count = std::min(element.children.size(), kMostSiblings);
+    const std::size_t count = std::min<std::size_t>(element.children.size(), kScrollBarPlaces);
     // A container around nothing but a bar belongs to the bar.
     const bool isContainer = element.role == AtspiRole::filler && count == 1;
     for (std::size_t i = 0; i < count && !isContainer; ++i) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 #include "platform/linux/accessibility/facts.h"
@@ -8,6 +9,10 @@ namespace quil::linux_platform {
 
 /// Gives role, states, interfaces and children of an element; null when they cannot be had.
 using FactsOf = std::function<const Facts*(const Reference&)>;
+
+/// Scroll bars come early, beside what they scroll: the search looks at so many children of an
+/// element.
+inline constexpr std::int64_t kScrollBarPlaces = 8;
 
 /// The facts that the search needs of every element, and their order.
 FactSet needsForScrollBarSearch(const Facts& facts);

@@ -7,9 +7,9 @@ import threading
 import time
 import unittest
 
-from ax_tools import Form, bounds, find, observe, walk, window_of
+from ax_tools import Form, bounds, find, observe, request_on, walk, window_of
 from desktop_tools import Program, output, until
-from quil_host import Failure, Host
+from quil_host import Host
 
 PAGE = """<title>Page</title><h1>Heading</h1><button onclick="this.textContent = 'Pressed'">Press me
 </button><input aria-label="Name" value="old"><ul>%s</ul>""" % "".join(
@@ -25,19 +25,8 @@ class ProgramsTest(unittest.TestCase):
         self.host = self.enterContext(Host("quil"))
         self.host.result("ping")  # programs join the bus only when somebody is there
 
-    def request(self, program, method, role, name=None, parameter="token", **more):
-        """Names an element as hosts do: observes again when the tree has changed meanwhile."""
-        def try_it():
-            token = find(observe(self.host, program), role, name)["token"]
-            error = self.host.request(method, **{parameter: token}, **more).get("error", {})
-            if error and error["code"] != "COMPUTER_CONTROL_STALE_SNAPSHOT":
-                raise Failure(error)
-            return not error
-
-        until(try_it, f"{method} of {role} {name}")
-
     def act(self, program, role, name=None, action="invoke", **more):
-        self.request(program, "desktop_ax_action", role, name, action=action, **more)
+        request_on(self.host, program, "desktop_ax_action", role, name, action=action, **more)
 
     def test_a_calculator(self):
         program = Program(self, "galculator")
@@ -83,7 +72,8 @@ class ProgramsTest(unittest.TestCase):
         self.act(program, "AXButton", "Press me")
         observe(self.host, program, lambda state: "Pressed" in state["axText"])
         # Its fields take no text from outside; they do take the focus, and what is typed then.
-        self.request(program, "desktop_type", "AXTextField", "Name", parameter="element", text="new")
+        request_on(self.host, program, "desktop_type", "AXTextField", "Name", parameter="element",
+                   text="new")
         observe(self.host, program, lambda state: "new" in
                 find(state, "AXTextField", "Name")["value"])
 

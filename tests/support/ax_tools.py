@@ -11,6 +11,7 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi
 
 from desktop_tools import PYTHON, SUPPORT, Program, until
+from quil_host import Failure
 
 
 class Form(Program):
@@ -59,6 +60,19 @@ def find(state, role, name=None):
     if not found:
         raise AssertionError(f"no {role} {name} in\n{state['axText']}")
     return found[0]
+
+
+def request_on(host, program, method, role, name=None, parameter="token", **more):
+    """Sends a request that names an element, as hosts do: observes again when the tree has changed
+    meanwhile."""
+    def try_it():
+        token = find(observe(host, program), role, name)["token"]
+        error = host.request(method, **{parameter: token}, **more).get("error", {})
+        if error and error["code"] != "COMPUTER_CONTROL_STALE_SNAPSHOT":
+            raise Failure(error)
+        return not error
+
+    until(try_it, f"{method} of {role} {name}")
 
 
 def walk(accessible, token="e0"):

@@ -7,7 +7,7 @@ namespace quil::linux_platform {
 namespace {
 
 /// Nobody waits for a program for so long that older moves mattered.
-constexpr std::chrono::seconds kMemory{12};
+constexpr std::chrono::seconds kMemory{45};
 constexpr std::size_t kMaximumMoves = 20'000;
 constexpr std::size_t kAlwaysKept = 16;
 

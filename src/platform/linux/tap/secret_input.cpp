@@ -13,7 +13,7 @@ namespace {
 using std::chrono::milliseconds;
 
 /// Nobody waits longer than this for a program that does not answer.
-constexpr milliseconds kPatience{5000};
+constexpr milliseconds kPatience{20000};
 /// How often a program is looked at that has not come to what the person did.
 constexpr milliseconds kGlance{25};
 /// A program that takes longer to answer is busy with something.

@@ -24,7 +24,7 @@ namespace quil::linux_platform {
 /// be under way. After something that may have moved the focus it waits until the program has come
 /// to that, and has then answered a question, which it does after it has said where its focus is.
 /// Keys of a text that is being typed cost no question. A program that is stuck gets its keys
-/// judged when it is back; after a few seconds they count as secret.
+/// judged when it is back; of one that stays stuck they count as secret.
 class SecretInput {
   public:
     /// Finds out where the focus is now. Bounded.

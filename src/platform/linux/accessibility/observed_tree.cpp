@@ -65,7 +65,12 @@ void ObservedTree::useCache(const Reference& root) {
     if (readFacts(bus_, {root.busName, atspi::kRootPath}, children, application) != 0) return;
     // The answer covers the whole program.
     if (application.children != std::vector{root}) return;
-    if (!program.isSmall(root.path)) program.noteSize(root.path, isCountedAndSmall(root));
+    if (!program.isSmall(root.path)) {
+        const bool isSmall = isCountedAndSmall(root);
+        // What could not be counted because the program hangs is counted another time.
+        if (program.peer().hangs()) return;
+        program.noteSize(root.path, isSmall);
+    }
     if (!*program.isSmall(root.path)) return;
     const auto plain = [](const Facts& facts) {
         return FactSet{Fact::role, Fact::name, Fact::states, Fact::childCount}.without(facts.asked);
@@ -75,7 +80,8 @@ void ObservedTree::useCache(const Reference& root) {
     const Facts* cached = cache_->find(root);
     const bool agrees = cached && cached->role == live.role && cached->name == live.name &&
                         cached->states == live.states && cached->childCount == live.childCount;
-    if (!cached || cache_->size() > kSmall) program.noteSize(root.path, false);
+    const bool isAnswered = !program.peer().hangs();
+    if (isAnswered && (!cached || cache_->size() > kSmall)) program.noteSize(root.path, false);
     if (!agrees) cache_ = nullptr;
 }
 

@@ -30,20 +30,6 @@ LETTER, BUTTON, WHEEL = 38, 1, 5  # the key "a", the primary button, down
 QUIET_SECONDS = 1
 
 
-class Cleanups:
-    """Stands in for a test: what it starts is ended with the program."""
-
-    def __init__(self):
-        self.calls = []
-
-    def addCleanup(self, call, *arguments):
-        self.calls.append(lambda: call(*arguments))
-
-    def run(self):
-        while self.calls:
-            self.calls.pop()()
-
-
 class Server:
     """A connection to the X server."""
 
@@ -170,6 +156,7 @@ def one_flood(window, host):
 
 
 def inside(kind, rounds):
+    from desktop_tools import Cleanups
     from quil_host import Host
     cleanups = Cleanups()
     try:
@@ -182,7 +169,7 @@ def inside(kind, rounds):
                         f"{name} {value:.1f}" if isinstance(value, float) else f"{name} {value}"
                         for name, value in figures.items()), flush=True)
     finally:
-        cleanups.run()
+        cleanups.close()
 
 
 def main():

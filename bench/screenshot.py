@@ -19,7 +19,7 @@ import time
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 os.environ.setdefault("QUIL_BUILD_DIR", os.path.join(ROOT, "build", "release"))
 sys.path.insert(0, os.path.join(ROOT, "tests", "support"))
-from desktop_tools import Program, geometry, output, until  # noqa: E402
+from desktop_tools import Cleanups, Program, geometry, output, until  # noqa: E402
 from quil_host import Host  # noqa: E402
 
 PAGE = """<html><body style='margin:0;font:15px sans-serif;
@@ -31,13 +31,6 @@ for (let i = 0, y = 0; y < 320; ++y) for (let x = 0; x < 480; ++x, i += 4) {
   d.data.set([128 + v, 120 + v / 2 + x / 9, 140 - v / 3 + y / 7, 255], i);
 }
 c.putImageData(d, 0, 0);</script></body></html>"""
-
-
-class Cleanups(list):
-    """Stands for a test, as far as a program needs one."""
-
-    def addCleanup(self, function, *arguments):
-        self.append((function, arguments))
 
 
 def measure(rounds, window, host):
@@ -100,8 +93,7 @@ def main(rounds):
                 print(output(steps, str(rounds)), end="", flush=True)
                 program.end()
         finally:
-            for function, arguments in reversed(cleanups):
-                function(*arguments)
+            cleanups.close()
 
 
 if __name__ == "__main__":

@@ -27,20 +27,6 @@ LENGTH = 500
 SETTLE_SECONDS = 3
 
 
-class Cleanups:
-    """Stands in for a test: what it starts is ended with the program."""
-
-    def __init__(self):
-        self.calls = []
-
-    def addCleanup(self, call, *arguments):
-        self.calls.append(lambda: call(*arguments))
-
-    def run(self):
-        while self.calls:
-            self.calls.pop()()
-
-
 def arrived(app, text):
     """Whether the text is there, at once or within a while."""
     end = time.monotonic() + SETTLE_SECONDS
@@ -76,6 +62,7 @@ def report(toolkit, name, results):
 
 
 def main():
+    from desktop_tools import Cleanups
     from input_program import InputProgram
     from quil_host import Host
 
@@ -92,7 +79,7 @@ def main():
         for name, line in (("ASCII", ASCII), ("mixed", MIXED)):
             text = (line * LENGTH)[:LENGTH]
             report(toolkit, name, measure(app, text, kinds, rounds))
-    cleanups.run()
+    cleanups.close()
 
 
 if __name__ == "__main__":

@@ -1,4 +1,5 @@
 """What tests on a real desktop need: programs to look at, and what other tools say of them."""
+import contextlib
 import os
 import re
 import subprocess
@@ -22,6 +23,12 @@ def until(condition, what, seconds=30):
             raise AssertionError(f"{what}: not within {seconds} s")
         time.sleep(0.02)
     return value
+
+
+class Cleanups(contextlib.ExitStack):
+    """Stands in for a test, outside of one: ends what was started with it."""
+
+    addCleanup = contextlib.ExitStack.callback
 
 
 class Program:

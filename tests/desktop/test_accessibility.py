@@ -125,8 +125,8 @@ class Forms(unittest.TestCase):
         state = observe(self.host, form, lambda state: "Row 1" in state["axText"])
         self.assertEqual((len(state["nodes"]), state["truncated"]), (4000, True))
         self.assertIn("Row 3000", state["axText"])
-        # Nor is the list gone through for what scrolls it.
-        self.act_anew(form, "AXScrollArea", action="scroll", amount=3)
+        # Nor is the list gone through, page by page, for what scrolls it.
+        self.act_anew(form, "AXScrollArea", action="scroll", amount=10, seconds=12)
 
     def test_a_program_that_hangs(self):
         form = Form(self, "gtk3")

@@ -27,7 +27,7 @@ COUNT = 10_000
 BURST = 50  # events sent at a time, 200 times a second
 PLACES = ((400, 300), (500, 300))  # clicked in turns, so that no two make a double click
 LETTER, BUTTON, WHEEL = 38, 1, 5  # the key "a", the primary button, down
-QUIET_SECONDS = 1
+QUIET_SECONDS = 15
 
 
 class Server:

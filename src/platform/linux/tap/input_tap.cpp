@@ -12,8 +12,6 @@ namespace {
 /// For so long a flush waits: as long as it takes to know where keys went, unless a program is
 /// stuck.
 constexpr std::chrono::milliseconds kFlushPatience{500};
-/// In that time, what belongs together has arrived.
-constexpr std::chrono::milliseconds kAnotherLook{20};
 constexpr std::uint8_t kLeftButton = 1;
 constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
@@ -89,7 +87,6 @@ std::chrono::milliseconds InputTap::prepareToWait(std::vector<pollfd>& descripto
     using std::chrono::milliseconds;
     descriptors.push_back({stream_->descriptor(), POLLIN, 0});
     secrets_.prepareToWait(descriptors);
-    if (stream_->isUnsure()) return kAnotherLook;
     const auto nextLook = secrets_.nextLook();
     if (!nextLook) return milliseconds::max();
     return std::max(milliseconds::zero(),

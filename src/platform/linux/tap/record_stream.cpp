@@ -1,7 +1,6 @@
 #include "platform/linux/tap/record_stream.h"
 
 #include <poll.h>
-#include <xcb/xcbext.h>
 #include <xcb/xinput.h>
 #include <xcb/xproto.h>
 
@@ -36,16 +35,6 @@ T readAs(Bytes bytes) {
 constexpr std::size_t kTimeLength = 4;
 constexpr std::size_t kElementLength = kTimeLength + 32;
 
-// Events of the XInput extension, which are numbered from its first one.
-constexpr std::uint8_t kDeviceKeyPress = 1;
-constexpr std::uint8_t kDeviceButtonPress = 3;
-constexpr std::uint8_t kDeviceButtonRelease = 4;
-
-/// Not by the button's number, which may be another one for the device.
-bool isSame(const DeviceEvent& a, const DeviceEvent& b) {
-    return a.type == b.type && a.time == b.time;
-}
-
 /// The length of the request that begins there; 0 when it is not whole.
 std::size_t requestLength(Bytes bytes) {
     if (bytes.size() < 4) return 0;
@@ -67,18 +56,32 @@ SymbolsChange readSymbolsChange(Bytes request) {
     return change;
 }
 
+void readEvent(Bytes element, std::deque<StreamItem>& items) {
+    const Bytes bytes = element.subspan(kTimeLength);
+    const std::uint8_t type = bytes[0] & 0x7F;
+    if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
+        items.emplace_back(
+            FocusChange{readAs<xcb_focus_in_event_t>(bytes).mode, readAs<std::uint32_t>(element)});
+        return;
+    }
+    // All of these are laid out alike.
+    const auto event = readAs<xcb_key_press_event_t>(bytes);
+    items.emplace_back(
+        DeviceEvent{type, event.detail, event.state, event.time, event.root_x, event.root_y});
+}
+
 }  // namespace
 
 std::unique_ptr<RecordStream> RecordStream::open(bool withMotion) {
     auto control = X11Display().connection();
     if (!control || !control->hasExtension(xcb_record_id)) return nullptr;
-    auto data = X11Display().connection();
-    if (!data) return nullptr;
-    std::unique_ptr<RecordStream> stream(new RecordStream(std::move(control), std::move(data)));
+    std::unique_ptr<RecordStream> stream(new RecordStream(std::move(control)));
     return stream->begin(withMotion) ? std::move(stream) : nullptr;
 }
 
 bool RecordStream::begin(bool withMotion) {
+    auto data = X11Display().connection();
+    if (!data) return false;
     const std::uint32_t context = xcb_generate_id(control_->get());
     const auto ranges = this->ranges(withMotion);
     const xcb_record_client_spec_t everyone = XCB_RECORD_CS_ALL_CLIENTS;
@@ -90,9 +93,8 @@ bool RecordStream::begin(bool withMotion) {
             static_cast<std::uint32_t>(ranges.size()), &everyone, ranges.data()))) {
         return false;
     }
-    sequence_ = xcb_record_enable_context(data_->get(), context).sequence;
-    xcb_flush(data_->get());
-    return awaitStart();
+    replies_ = RecordReplies::open(std::move(data), context);
+    return replies_ && awaitStart();
 }
 
 std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
@@ -100,15 +102,18 @@ std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
         if (!control_->hasExtension(extension)) return 0;
         return xcb_get_extension_data(control_->get(), &extension)->major_opcode;
     };
-    xcb_record_range_t devices{};
-    devices.device_events = {XCB_KEY_PRESS, withMotion ? std::uint8_t{XCB_MOTION_NOTIFY}
-                                                       : std::uint8_t{XCB_BUTTON_RELEASE}};
-    devices.delivered_events = {XCB_FOCUS_IN, XCB_FOCUS_OUT};
-    devices.core_requests = {XCB_CHANGE_KEYBOARD_MAPPING, XCB_CHANGE_KEYBOARD_MAPPING};
-    devices.client_died = 1;
+    // The fewer they are, the longer the connection has room for them.
+    xcb_record_range_t keys{};
+    keys.device_events = {XCB_KEY_PRESS, XCB_KEY_PRESS};
+    keys.delivered_events = {XCB_FOCUS_IN, XCB_FOCUS_OUT};
+    keys.core_requests = {XCB_CHANGE_KEYBOARD_MAPPING, XCB_CHANGE_KEYBOARD_MAPPING};
+    keys.client_died = 1;
+    xcb_record_range_t pointer{};
+    pointer.device_events = {XCB_BUTTON_PRESS, withMotion ? std::uint8_t{XCB_MOTION_NOTIFY}
+                                                          : std::uint8_t{XCB_BUTTON_RELEASE}};
     xcb_record_range_t grabs{};
     grabs.core_requests = {XCB_GRAB_KEYBOARD, XCB_UNGRAB_KEYBOARD};
-    std::vector<xcb_record_range_t> ranges{devices, grabs};
+    std::vector<xcb_record_range_t> ranges{keys, pointer, grabs};
     const auto addRequests = [&](std::uint8_t major, std::uint8_t first, std::uint8_t last) {
         if (major == 0) return;
         xcb_record_range_t range{};
@@ -117,14 +122,6 @@ std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
     };
     xkbOpcode_ = opcodeOf(xcb_xkb_id);
     xinputOpcode_ = opcodeOf(xcb_input_id);
-    if (xinputOpcode_ != 0) {
-        xinputFirstEvent_ = xcb_get_extension_data(control_->get(), &xcb_input_id)->first_event;
-        const auto first = static_cast<std::uint8_t>(xinputFirstEvent_ + kDeviceButtonPress);
-        const auto last = static_cast<std::uint8_t>(xinputFirstEvent_ + kDeviceButtonRelease);
-        xcb_record_range_t keysAndButtons{};
-        keysAndButtons.device_events = {first, last};
-        ranges.push_back(keysAndButtons);
-    }
     addRequests(xkbOpcode_, XCB_XKB_SET_MAP, XCB_XKB_SET_MAP);
     addRequests(xkbOpcode_, XCB_XKB_GET_KBD_BY_NAME, XCB_XKB_GET_KBD_BY_NAME);
     addRequests(xinputOpcode_, XCB_INPUT_XI_GRAB_DEVICE, XCB_INPUT_XI_UNGRAB_DEVICE);
@@ -134,8 +131,8 @@ std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
 bool RecordStream::awaitStart() {
     using std::chrono::milliseconds;
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    while (isAlive_) {
-        if (const Reply reply = nextReply()) {
+    while (isAlive()) {
+        if (const Reply reply = replies_->next()) {
             startTime_ = reply->server_time;
             return reply->category == kStartOfData;
         }
@@ -148,76 +145,16 @@ bool RecordStream::awaitStart() {
     return false;
 }
 
-int RecordStream::descriptor() const {
-    return xcb_get_file_descriptor(data_->get());
-}
-
-/// The next reply of the many that one request gets; null when none has arrived.
-RecordStream::Reply RecordStream::nextReply() {
-    void* answer = nullptr;
-    xcb_generic_error_t* error = nullptr;
-    if (xcb_poll_for_reply(data_->get(), sequence_, &answer, &error) == 0) {
-        if (!data_->isAlive()) isAlive_ = false;
-        return nullptr;
-    }
-    // The request is answered for good by an error, or when the connection ends.
-    std::free(error);
-    if (!answer) isAlive_ = false;
-    return Reply(static_cast<xcb_record_enable_context_reply_t*>(answer));
-}
-
-void RecordStream::readEvent(Bytes element, std::deque<StreamItem>& items) {
-    const Bytes bytes = element.subspan(kTimeLength);
-    std::uint8_t type = bytes[0] & 0x7F;
-    if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
-        items.emplace_back(
-            FocusChange{readAs<xcb_focus_in_event_t>(bytes).mode, readAs<std::uint32_t>(element)});
-        return;
-    }
-    const bool isDevices = type > XCB_MOTION_NOTIFY;
-    if (isDevices) {
-        // In the order of the core protocol's.
-        type =
-            static_cast<std::uint8_t>(XCB_KEY_PRESS + type - xinputFirstEvent_ - kDeviceKeyPress);
-    }
-    // All of these are laid out alike.
-    const auto event = readAs<xcb_key_press_event_t>(bytes);
-    const DeviceEvent read{type, event.detail, event.state, event.time, event.root_x, event.root_y};
-    if (isDevices) return readDeviceEvent(read, items);
-    if (type != XCB_MOTION_NOTIFY) {
-        if (unmatched_ && isSame(*unmatched_, read)) unmatched_.reset();
-        latest_ = read;
-    }
-    addUnmatched(items);
-    items.emplace_back(read);
-}
-
-/// The server tells of a key or button twice: what the device did, and what the core keyboard or
-/// pointer made of it, which it then says in the words of XInput, too. The latter two are left out
-/// while a program has stopped pointer or keyboard (as window managers do for a moment at every
-/// click), although applications get them later. Then what the device did has to serve.
-void RecordStream::readDeviceEvent(const DeviceEvent& event, std::deque<StreamItem>& items) {
-    const auto latest = std::exchange(latest_, std::nullopt);
-    if (latest && isSame(*latest, event)) return;
-    addUnmatched(items);
-    unmatched_ = event;
-    isOverdue_ = false;
-}
-
-void RecordStream::addUnmatched(std::deque<StreamItem>& items) {
-    if (unmatched_) items.emplace_back(*unmatched_);
-    unmatched_.reset();
-}
-
 void RecordStream::fetch() {
     // The server writes the recording when it is about to write answers: by the second one it has
     // written all that it had before the first.
     control_->sync();
     control_->sync();
+    replies_->receive();
 }
 
 void RecordStream::read(std::deque<StreamItem>& items) {
-    for (Reply reply = nextReply(); reply; reply = nextReply()) {
+    for (Reply reply = replies_->next(); reply; reply = replies_->next()) {
         if (reply->category == kFromClient) readRequests(*reply, items);
         if (reply->category == kClientDied) items.emplace_back(KeyboardGrab{reply->xid_base});
         if (reply->category != kFromServer) continue;
@@ -227,8 +164,6 @@ void RecordStream::read(std::deque<StreamItem>& items) {
             readEvent(bytes.first(kElementLength), items);
         }
     }
-    if (isOverdue_) addUnmatched(items);
-    isOverdue_ = unmatched_.has_value();
 }
 
 void RecordStream::readRequests(const xcb_record_enable_context_reply_t& reply,

@@ -1,20 +1,18 @@
 #pragma once
 
-#include <xcb/record.h>
-
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <optional>
 #include <span>
 #include <variant>
 #include <vector>
 
+#include "platform/linux/tap/record_replies.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {
 
-/// A key or button that went down or up, or the pointer that moved.
+/// A key that went down, a button that went down or up, or the pointer that moved.
 struct DeviceEvent {
     /// XCB_KEY_PRESS, XCB_BUTTON_RELEASE …
     std::uint8_t type = 0;
@@ -64,11 +62,10 @@ class RecordStream {
     /// too. Waits as long as a connection's replies do, at most.
     static std::unique_ptr<RecordStream> open(bool withMotion);
 
-    int descriptor() const;
+    /// Readable when there is something to read, and once the stream has ended.
+    int descriptor() const { return replies_->descriptor(); }
     /// False once the server has gone or has ended the recording.
-    bool isAlive() const { return isAlive_; }
-    /// Whether there is to be another look soon, though nothing arrives.
-    bool isUnsure() const { return unmatched_.has_value(); }
+    bool isAlive() const { return replies_->isAlive(); }
     /// Adds what has arrived.
     void read(std::deque<StreamItem>& items);
     /// Makes the server send what has happened until now, and waits for it.
@@ -77,17 +74,12 @@ class RecordStream {
     std::uint32_t startTime() const { return startTime_; }
 
   private:
-    using Reply = XcbPointer<xcb_record_enable_context_reply_t>;
+    using Reply = RecordReplies::Reply;
 
-    RecordStream(std::shared_ptr<X11Connection> control, std::shared_ptr<X11Connection> data)
-        : control_(std::move(control)), data_(std::move(data)) {}
+    explicit RecordStream(std::shared_ptr<X11Connection> control) : control_(std::move(control)) {}
     bool begin(bool withMotion);
     std::vector<xcb_record_range_t> ranges(bool withMotion);
-    Reply nextReply();
     bool awaitStart();
-    void readEvent(std::span<const std::uint8_t> element, std::deque<StreamItem>& items);
-    void readDeviceEvent(const DeviceEvent& event, std::deque<StreamItem>& items);
-    void addUnmatched(std::deque<StreamItem>& items);
     void readRequests(const xcb_record_enable_context_reply_t& reply,
                       std::deque<StreamItem>& items) const;
     void readRequest(std::span<const std::uint8_t> request, std::uint32_t client,
@@ -95,20 +87,10 @@ class RecordStream {
 
     /// The context belongs to this connection and ends with it.
     std::shared_ptr<X11Connection> control_;
-    /// Carries nothing but the recording.
-    std::shared_ptr<X11Connection> data_;
-    unsigned sequence_ = 0;
+    std::unique_ptr<RecordReplies> replies_;
     std::uint8_t xkbOpcode_ = 0;
     std::uint8_t xinputOpcode_ = 0;
-    std::uint8_t xinputFirstEvent_ = 0;
-    /// What a device did, of which the core keyboard or pointer has not told yet; and whether that
-    /// was so at the end of the latest reading already.
-    std::optional<DeviceEvent> unmatched_;
-    bool isOverdue_ = false;
-    /// What the core keyboard or pointer told last, of which a copy is to follow.
-    std::optional<DeviceEvent> latest_;
     std::uint32_t startTime_ = 0;
-    bool isAlive_ = true;
 };
 
 }  // namespace quil::linux_platform

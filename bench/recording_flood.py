@@ -8,7 +8,7 @@ Each round floods it twice, by XTEST, once while nothing records and once while 
 presses of a letter and, between them, 250 clicks into the window and 250 turns of the wheel, evenly
 in a second. Quil's processor time is that of all its threads until the window has caught up, without
 the making of the answer; "server" is the longest of the round trips to the X server that another
-client makes meanwhile; "window" is when the window has the whole text.
+client makes meanwhile; "window" is when the window's text has changed for the last time.
 """
 import ctypes
 import os
@@ -27,7 +27,7 @@ COUNT = 10_000
 BURST = 50  # events sent at a time, 200 times a second
 PLACES = ((400, 300), (500, 300))  # clicked in turns, so that no two make a double click
 LETTER, BUTTON, WHEEL = 38, 1, 5  # the key "a", the primary button, down
-QUIET_SECONDS = 15
+QUIET_SECONDS = 5
 
 
 class Server:

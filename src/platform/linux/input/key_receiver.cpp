@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 
+#include "platform/linux/input/process_rest.h"
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/window_owners.h"
 #include "platform/linux/x11/window_stack.h"
@@ -61,24 +61,6 @@ std::optional<std::int32_t> processOf(X11Connection& connection, xcb_window_t wi
                        readProperty(connection, window, "WM_CLIENT_MACHINE"));
 }
 
-/// What the process's threads have run so far, in nanoseconds; nothing while one of them runs or
-/// wants to.
-std::optional<std::uint64_t> timeRunAtRest(std::int32_t pid) {
-    std::uint64_t sum = 0;
-    std::error_code error;
-    const std::filesystem::path tasks = "/proc/" + std::to_string(pid) + "/task";
-    for (const auto& task : std::filesystem::directory_iterator(tasks, error)) {
-        std::string status;
-        std::getline(std::ifstream(task.path() / "stat"), status);
-        const std::size_t name = status.rfind(") ");
-        if (name != std::string::npos && status.compare(name + 2, 1, "S") != 0) return {};
-        std::uint64_t run = 0;
-        std::ifstream(task.path() / "schedstat") >> run;
-        sum += run;
-    }
-    return sum;
-}
-
 /// Later than all marks of earlier receivers, whose answers may still come.
 std::uint32_t firstMark() {
     using Tick = std::chrono::duration<std::int64_t, std::ratio<1, 10'000>>;
@@ -95,6 +77,8 @@ void selectRootEvents(X11Connection& connection, std::uint32_t mask) {
 KeyReceiver::KeyReceiver(X11Connection& connection)
     : connection_(connection), window_(focusedWindow(connection)), marks_(firstMark()) {
     passed_ = marks_;
+    if (window_ != XCB_WINDOW_NONE) pid_ = processOf(connection, window_);
+    if (pid_) inputMethod_ = Gtk4Ibus::find(*pid_);
     // Toolkits often give the focus to a window inside of the one that everybody knows.
     xcb_window_t window = window_;
     for (int i = 0; i < kMostAncestors && window != XCB_WINDOW_NONE && window != connection.root();
@@ -108,7 +92,6 @@ KeyReceiver::KeyReceiver(X11Connection& connection)
                          XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
         return;
     }
-    if (window_ != XCB_WINDOW_NONE) pid_ = processOf(connection, window_);
 }
 
 KeyReceiver::~KeyReceiver() {
@@ -143,6 +126,7 @@ bool KeyReceiver::waitForMarks(std::uint32_t open, milliseconds patience) {
             passed_ = marks_;
         }
     }
+    if (open == 0 && inputMethod_) inputMethod_->waitForRest();
     return true;
 }
 

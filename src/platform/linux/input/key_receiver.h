@@ -3,6 +3,7 @@
 #include <chrono>
 #include <optional>
 
+#include "platform/linux/input/gtk4_ibus.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {
@@ -20,6 +21,9 @@ class KeyReceiver {
     KeyReceiver(const KeyReceiver&) = delete;
     KeyReceiver& operator=(const KeyReceiver&) = delete;
 
+    /// Whether the next key is to be sent only when the program has passed the mark of the one
+    /// before.
+    bool takesKeysSingly() const { return inputMethod_.has_value(); }
     /// Marks a point in what is sent to it.
     void mark();
     /// Waits until the program has passed all marks but the last `open` ones, for each mark
@@ -35,6 +39,7 @@ class KeyReceiver {
     xcb_window_t window_ = XCB_WINDOW_NONE;
     bool answersPings_ = false;
     std::optional<std::int32_t> pid_;
+    std::optional<Gtk4Ibus> inputMethod_;
     std::uint32_t marks_ = 0;
     std::uint32_t passed_ = 0;
 };

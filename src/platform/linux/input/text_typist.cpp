@@ -27,8 +27,10 @@ bool waitForAll(KeyboardSession& session, KeyReceiver& receiver) {
 
 /// Sends strokes no faster than the program can follow. Whether it has followed.
 bool sendStrokes(KeyboardSession& session, KeyReceiver& receiver, std::span<const Stroke> strokes) {
+    const std::size_t atOnce = receiver.takesKeysSingly() ? 1 : kStrokesAtOnce;
+    const std::uint32_t partsAhead = receiver.takesKeysSingly() ? 0 : kPartsAhead;
     while (!strokes.empty()) {
-        const auto part = strokes.first(std::min(strokes.size(), kStrokesAtOnce));
+        const auto part = strokes.first(std::min(strokes.size(), atOnce));
         for (const Stroke& stroke : part) {
             session.useModifiers(stroke.modifiers);
             session.tap(stroke.keyCode);
@@ -38,7 +40,7 @@ bool sendStrokes(KeyboardSession& session, KeyReceiver& receiver, std::span<cons
         // What the server has not dealt with is lost should the process be ended: keys that it is
         // in the middle of stay down. So one part at the most is on its way.
         session.connection().sync();
-        if (!receiver.waitForMarks(kPartsAhead, kPatience) || !session.keepTurn()) return false;
+        if (!receiver.waitForMarks(partsAhead, kPatience) || !session.keepTurn()) return false;
         strokes = strokes.subspan(part.size());
     }
     return true;

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace quil::linux_platform {
+
+/// A program that gets its keys by way of IBus and GTK 4's module for it, which puts keys into the
+/// wrong order that come before IBus has dealt with those before.
+class Gtk4Ibus {
+  public:
+    /// Nothing when the process is no such program, or IBus does not run.
+    static std::optional<Gtk4Ibus> find(std::int32_t pid);
+
+    /// Waits until neither the program nor IBus has anything to do, as nobody tells when IBus has
+    /// dealt with a key. For a program that always has, 1 s at the first time and then 20 ms.
+    void waitForRest();
+
+  private:
+    explicit Gtk4Ibus(std::vector<std::int32_t> processes) : processes_(std::move(processes)) {}
+    std::vector<std::uint64_t> timesRunAtRest() const;
+
+    /// The program, IBus and its engines.
+    std::vector<std::int32_t> processes_;
+    std::chrono::milliseconds patience_{1000};
+};
+
+}  // namespace quil::linux_platform

@@ -11,6 +11,7 @@ import sys
 
 TITLE = "Form"
 ENTRY = "Grüße"
+REFUSED = "refused"  # by GTK's entry, which keeps its text
 TEXT = "first line\nsecond line"
 
 
@@ -39,6 +40,8 @@ def gtk(version, rows):
     password.set_text("secret")
 
     def changed(*_):
+        if entry.get_text() == REFUSED:
+            return entry.set_text(ENTRY)
         buffer = text.get_buffer()
         report(count, entry.get_text(),
                buffer.get_text(buffer.get_start_iter(), buffer.get_end_iter(), False),

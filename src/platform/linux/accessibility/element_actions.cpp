@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <optional>
+#include <string>
+#include <thread>
 
 #include "platform/accessibility.h"
 #include "platform/linux/accessibility/action_names.h"
@@ -16,6 +19,9 @@ namespace {
 
 /// Points of a line of text, of those who scroll by lines.
 constexpr double kLineHeight = 18;
+/// For a text that a program changes after it has answered, as browsers do.
+constexpr std::chrono::milliseconds kChangePatience{500};
+constexpr std::chrono::milliseconds kLookInterval{10};
 
 /// A call that answers with a boolean, or with nothing.
 template <typename... Values>
@@ -89,6 +95,31 @@ FactSet needsForSetting(const Facts& facts) {
     return FactSet{Fact::role, Fact::states, Fact::interfaces}.without(facts.asked);
 }
 
+FactSet needsForText(const Facts& facts) {
+    return FactSet{Fact::text}.without(facts.asked);
+}
+
+/// The element's text, as far as it is read; nothing when it cannot be had.
+std::optional<std::string> textOf(AccessibilityBus& bus, const Reference& element) {
+    Facts facts;
+    const std::int32_t code = readFacts(bus, element, needsForText, facts);
+    return code == 0 && facts.knows(Fact::text) ? std::optional(facts.text) : std::nullopt;
+}
+
+std::int32_t setText(AccessibilityBus& bus, const Reference& element, const std::string& text) {
+    const auto before = textOf(bus, element);
+    const std::int32_t code =
+        command(bus, element, atspi::kEditableText, "SetTextContents", "s", text.c_str());
+    if (code != 0 || !before || *before == text) return code;
+    // Some programs say that they have done it and do nothing (Firefox in pages).
+    const auto deadline = std::chrono::steady_clock::now() + kChangePatience;
+    while (textOf(bus, element) == before) {
+        if (std::chrono::steady_clock::now() >= deadline) return kAxFailure;
+        std::this_thread::sleep_for(kLookInterval);
+    }
+    return 0;
+}
+
 }  // namespace
 
 std::int32_t performElementAction(AccessibilityBus& bus, const Reference& element,
@@ -135,8 +166,12 @@ std::int32_t setElementValue(AccessibilityBus& bus, const Reference& element, co
     if (!value.string() || value.string()->find('\0') != std::string::npos) {
         return kAxIllegalArgument;
     }
-    return command(bus, element, atspi::kEditableText, "SetTextContents", "s",
-                   value.string()->c_str());
+    // What is read of a password need not differ from what was read of the one before.
+    if (facts.role == AtspiRole::passwordText) {
+        return command(bus, element, atspi::kEditableText, "SetTextContents", "s",
+                       value.string()->c_str());
+    }
+    return setText(bus, element, *value.string());
 }
 
 }  // namespace quil::linux_platform

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "platform/value.h"

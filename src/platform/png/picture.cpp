@@ -1,7 +1,6 @@
 #include "platform/png/picture.h"
 
 #include <cstddef>
-#include <utility>
 
 namespace quil {
 

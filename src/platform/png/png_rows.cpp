@@ -1,8 +1,6 @@
 #include "platform/png/png_rows.h"
 
-#include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 #include <span>
 

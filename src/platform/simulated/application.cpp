@@ -1,5 +1,6 @@
 #include "platform/simulated/application.h"
 
+#include "platform/accessibility.h"
 #include "platform/code_signing.h"
 #include "platform/simulated/desktop.h"
 #include "platform/window_list.h"

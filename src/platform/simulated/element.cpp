@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/accessibility.h"
 #include "platform/simulated/application.h"
 
 namespace quil::simulated {

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/accessibility.h"
+#include "platform/value.h"
 
 namespace quil {
 class SimulatedDesktop;

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <condition_variable>
-#include <deque>
+#include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <thread>
 #include <vector>

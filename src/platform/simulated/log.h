@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 #include <variant>
-#include <vector>
 
 #include "platform/geometry.h"
 #include "platform/value.h"

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "platform/simulated/desktop.h"
 #include "platform/simulated/services.h"
 #include "platform/simulated/streams.h"

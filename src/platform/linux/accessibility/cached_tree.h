@@ -1,6 +1,7 @@
 #pragma once
 
 #include <unordered_map>
+#include <vector>
 
 #include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/accessibility/facts.h"

@@ -1,7 +1,6 @@
 #include "platform/linux/accessibility/fact_questions.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "platform/accessibility.h"
 #include "platform/linux/accessibility/messages.h"

@@ -4,7 +4,6 @@
 #include <bit>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 

@@ -5,7 +5,6 @@
 #include <xcb/damage.h>
 
 #include <algorithm>
-#include <optional>
 #include <vector>
 
 namespace quil::linux_platform {

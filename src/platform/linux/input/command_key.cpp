@@ -2,7 +2,6 @@
 
 #include <xcb/xproto.h>
 
-#include <algorithm>
 #include <string_view>
 
 #include "platform/linux/input/text_plan.h"

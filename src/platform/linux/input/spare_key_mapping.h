@@ -1,7 +1,5 @@
 #pragma once
 
-#include <vector>
-
 #include "platform/linux/input/keyboard_map.h"
 #include "platform/linux/input/text_plan.h"
 #include "platform/linux/x11/connection.h"

@@ -3,6 +3,7 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <future>
 #include <utility>
 
 #include "platform/linux/pasteboard/selection_reader.h"

@@ -4,7 +4,6 @@
 
 #include <deque>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace quil::linux_platform {

@@ -3,8 +3,8 @@
 #include <xcb/xcb.h>
 
 #include <atomic>
-#include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <future>
 #include <map>
 #include <memory>
@@ -12,7 +12,6 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
-#include <utility>
 
 namespace quil::linux_platform {
 

@@ -1,8 +1,6 @@
 #include "platform/linux/x11/windows.h"
 
-#include <algorithm>
 #include <array>
-#include <iterator>
 
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/window_layers.h"

@@ -1,9 +1,9 @@
 #include "platform/simulated/scenario/changes.h"
 
 #include <algorithm>
-#include <memory>
 
 #include "platform/simulated/desktop.h"
+#include "platform/simulated/rule.h"
 #include "platform/simulated/scenario/desktop_members.h"
 #include "platform/simulated/scenario/values.h"
 

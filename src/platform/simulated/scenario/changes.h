@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/simulated/element.h"
-#include "platform/simulated/rule.h"
 #include "platform/simulated/scenario/names.h"
 
 namespace quil::simulated {

@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 #include <stdexcept>
-#include <string>
 #include <string_view>
 
 namespace quil::simulated {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <system_error>

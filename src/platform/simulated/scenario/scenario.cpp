@@ -1,7 +1,5 @@
 #include "platform/simulated/scenario/scenario.h"
 
-#include <cmath>
-
 #include "platform/simulated/desktop.h"
 #include "platform/simulated/scenario/changes.h"
 #include "platform/simulated/scenario/desktop_members.h"

@@ -29,7 +29,6 @@ class AxError : public std::exception {
     }
 
     Kind kind() const { return kind_; }
-    const std::string& message() const { return message_; }
     const char* what() const noexcept override { return message_.c_str(); }
 
   private:

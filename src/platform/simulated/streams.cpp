@@ -36,7 +36,6 @@ std::size_t MemoryInput::read(char* buffer, std::size_t capacity) {
 void MemoryOutput::write(std::string_view bytes) {
     const std::lock_guard lock(mutex_);
     text_ += bytes;
-    ++writes_;
 }
 
 std::string MemoryOutput::text() const {
@@ -46,11 +45,6 @@ std::string MemoryOutput::text() const {
 
 std::vector<std::string> MemoryOutput::lines() const {
     return cutIntoLines(text());
-}
-
-int MemoryOutput::writes() const {
-    const std::lock_guard lock(mutex_);
-    return writes_;
 }
 
 std::size_t RequestInput::read(char* buffer, std::size_t capacity) {

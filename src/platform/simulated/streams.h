@@ -32,13 +32,10 @@ class MemoryOutput : public OutputStream {
     std::string text() const;
     /// The lines written so far, without their terminators.
     std::vector<std::string> lines() const;
-    /// How often something was written.
-    int writes() const;
 
   private:
     mutable std::mutex mutex_;
     std::string text_;
-    int writes_ = 0;
 };
 
 /// Hands standard input on one line at a time, and tells so before each.

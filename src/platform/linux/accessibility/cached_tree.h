@@ -14,9 +14,8 @@ namespace quil::linux_platform {
 class CachedTree {
   public:
     /// Asks the program. Bounded; empty when it does not give such answers.
-    explicit CachedTree(AccessibilityBus& bus, AtspiProgram& program);
+    CachedTree(AccessibilityBus& bus, AtspiProgram& program);
 
-    bool isEmpty() const { return facts_.empty(); }
     /// Elements in the answer.
     std::int64_t size() const { return static_cast<std::int64_t>(facts_.size()); }
     /// Role, name, description, states and interfaces of the element and, when the answer has all

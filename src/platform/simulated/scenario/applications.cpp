@@ -134,6 +134,34 @@ Setting readWindows(const Node& node, Names& names) {
     };
 }
 
+/// The members that only windows have.
+const std::vector<Member>& windowMembers() {
+    static const std::vector<Member> members = {
+        {"layer", Kind::window, readLayer},
+        {"onScreen", Kind::window, readOnScreen},
+        {"desktopElement", Kind::window, readDesktopElement},
+        {"colour", Kind::window, readColour},
+        {"info", Kind::window, readInfo},
+    };
+    return members;
+}
+
+/// The members that only applications have.
+const std::vector<Member>& applicationMembers() {
+    static const std::vector<Member> members = {
+        {"bundleIdentifier", Kind::application, readBundleIdentifier},
+        {"executablePath", Kind::application, readExecutablePath},
+        {"localizedName", Kind::application, readLocalizedName},
+        {"policy", Kind::application, readPolicy},
+        {"signing", Kind::application, readSigning},
+        {"signingInformation", Kind::application, readSigningInformation},
+        {"windows", Kind::application, readWindows},
+        {"focusedWindow", Kind::application, readFocus<&Application::focusWindow>},
+        {"focusedElement", Kind::application, readFocus<&Application::focusElement>},
+    };
+    return members;
+}
+
 std::vector<std::string_view> namesOf(const std::vector<const std::vector<Member>*>& tables,
                                       std::vector<std::string_view> others) {
     for (const auto* table : tables) {
@@ -156,32 +184,6 @@ std::vector<Setting> readTables(const Node& node, Names& names,
 }
 
 }  // namespace
-
-const std::vector<Member>& windowMembers() {
-    static const std::vector<Member> members = {
-        {"layer", Kind::window, readLayer},
-        {"onScreen", Kind::window, readOnScreen},
-        {"desktopElement", Kind::window, readDesktopElement},
-        {"colour", Kind::window, readColour},
-        {"info", Kind::window, readInfo},
-    };
-    return members;
-}
-
-const std::vector<Member>& applicationMembers() {
-    static const std::vector<Member> members = {
-        {"bundleIdentifier", Kind::application, readBundleIdentifier},
-        {"executablePath", Kind::application, readExecutablePath},
-        {"localizedName", Kind::application, readLocalizedName},
-        {"policy", Kind::application, readPolicy},
-        {"signing", Kind::application, readSigning},
-        {"signingInformation", Kind::application, readSigningInformation},
-        {"windows", Kind::application, readWindows},
-        {"focusedWindow", Kind::application, readFocus<&Application::focusWindow>},
-        {"focusedElement", Kind::application, readFocus<&Application::focusElement>},
-    };
-    return members;
-}
 
 std::vector<Setting> readMembers(const Node& node, Kind kind, Names& names,
                                  std::vector<std::string_view> others) {

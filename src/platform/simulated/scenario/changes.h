@@ -10,7 +10,4 @@ namespace quil::simulated {
 /// and, for some, further ones that say how.
 Change readChange(const Node& node, Names& names);
 
-/// A rule about a call; what makes it on a desktop.
-Change readRule(const Node& node, Names& names);
-
 }  // namespace quil::simulated

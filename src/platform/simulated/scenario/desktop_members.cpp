@@ -165,14 +165,6 @@ Step readPostedInputActs(const Node& node, Names&) {
     return [acts = node.boolean()](Building& building) { building.desktop.postedInputActs = acts; };
 }
 
-Step readRules(const Node& node, Names& names) {
-    std::vector<Change> rules;
-    for (const Node& entry : node.list()) rules.push_back(readRule(entry, names));
-    return [rules](Building& building) {
-        for (const Change& make : rules) make(building.desktop);
-    };
-}
-
 }  // namespace
 
 const std::vector<DesktopMember>& desktopMembers() {

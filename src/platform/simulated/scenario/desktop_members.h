@@ -25,4 +25,7 @@ Step readPerson(const Node& node, Names& names);
 /// Applications on disk.
 Step readBundles(const Node& node, Names& names);
 
+/// Rules about the runtime's calls.
+Step readRules(const Node& node, Names& names);
+
 }  // namespace quil::simulated

@@ -13,7 +13,9 @@ class Building {
   public:
     explicit Building(SimulatedDesktop& desktopToUse) : desktop(desktopToUse) {}
 
+    /// Puts a step off until all elements exist.
     void later(std::function<void()> step) { steps_.push_back(std::move(step)); }
+    /// Does what was put off, in order: all elements exist now.
     void finish();
 
     SimulatedDesktop& desktop;
@@ -35,9 +37,6 @@ struct Member {
 
 /// The members that all elements have, in the order in which they take effect.
 const std::vector<Member>& elementMembers();
-/// The members that only windows or only applications have.
-const std::vector<Member>& windowMembers();
-const std::vector<Member>& applicationMembers();
 
 /// Reads the members of an element, a window or an application, and knows `others` to be read
 /// elsewhere.
@@ -46,6 +45,7 @@ std::vector<Setting> readMembers(const Node& node, Kind kind, Names& names,
 /// Reads the members with which the thing of that id is to be changed.
 std::vector<Setting> readUpdate(const Node& node, const Node& id, Names& names);
 
+/// Gives the element what these members say, in order.
 void apply(const std::vector<Setting>& settings, Building& building, Element& element);
 
 /// A new element, window or application. Made once, it can be built any number of times.

@@ -44,17 +44,20 @@ double Node::seconds() const {
     return value;
 }
 
+std::optional<std::int64_t> Node::asInteger() const {
+    constexpr auto kLimit = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    const bool fits = json_->is_number_unsigned() ? json_->get<std::uint64_t>() <= kLimit
+                                                  : json_->is_number_integer();
+    return fits ? std::optional(json_->get<std::int64_t>()) : std::nullopt;
+}
+
 std::int64_t Node::integer(std::int64_t minimum, std::int64_t maximum) const {
-    const bool fits = json_->is_number_unsigned()
-                          ? json_->get<std::uint64_t>() <=
-                                static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())
-                          : json_->is_number_integer();
-    const std::int64_t value = fits ? json_->get<std::int64_t>() : 0;
-    if (!fits || value < minimum || value > maximum) {
+    const auto value = asInteger();
+    if (!value || *value < minimum || *value > maximum) {
         fail("must be an integer from " + std::to_string(minimum) + " to " +
              std::to_string(maximum));
     }
-    return value;
+    return *value;
 }
 
 std::int32_t Node::integer32() const {

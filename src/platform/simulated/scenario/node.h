@@ -18,8 +18,8 @@ class Node {
   public:
     explicit Node(const Json& root) : json_(&root) {}
 
+    /// Throws a `ScenarioError` that says where the value is and what is wrong with it.
     [[noreturn]] void fail(const std::string& what) const;
-    const std::string& path() const { return path_; }
     bool isNull() const { return json_->is_null(); }
     bool isString() const { return json_->is_string(); }
     bool isObject() const { return json_->is_object(); }
@@ -32,6 +32,10 @@ class Node {
     double number() const;
     /// A number that is not negative.
     double seconds() const;
+    /// The number when it is written as an integer and fits into 64 bits; nothing for any other
+    /// value.
+    std::optional<std::int64_t> asInteger() const;
+    /// An integer within these bounds.
     std::int64_t integer(std::int64_t minimum, std::int64_t maximum) const;
     std::int32_t integer32() const;
     std::uint32_t unsigned32() const;
@@ -46,11 +50,13 @@ class Node {
     std::vector<Node> list() const;
     /// The entries of a list, or the value itself when it is none.
     std::vector<Node> oneOrMore() const;
+    /// The strings of a list.
     std::vector<std::string> strings() const;
     /// The members of an object whose names are the author's own, by name.
     std::vector<std::pair<std::string, Node>> members() const;
     /// The member of that name of an object; nothing when there is none.
     std::optional<Node> find(std::string_view name) const;
+    /// The same; fails when there is none.
     Node require(std::string_view name) const;
     /// Fails when the value is no object or has a member of another name than these.
     void allowOnly(const std::vector<std::string_view>& names) const;

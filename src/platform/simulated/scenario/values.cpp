@@ -1,7 +1,6 @@
 #include "platform/simulated/scenario/values.h"
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 #include <utility>
 
@@ -36,13 +35,8 @@ ValueSource constant(Value value) {
 }
 
 ValueSource readNumber(const Node& node) {
-    const auto& json = node.json();
-    using Limits = std::numeric_limits<std::int64_t>;
-    const bool fits = json.is_number_unsigned()
-                          ? json.get<std::uint64_t>() <= std::uint64_t{Limits::max()}
-                          : json.is_number_integer();
-    if (!fits) return constant(node.number());
-    return constant(json.get<std::int64_t>());
+    if (const auto integer = node.asInteger()) return constant(*integer);
+    return constant(node.number());
 }
 
 ValueSource readList(const Node& node, Names& names) {

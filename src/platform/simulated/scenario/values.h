@@ -12,8 +12,8 @@ class SimulatedDesktop;
 
 namespace quil::simulated {
 
-/// A value as a scenario writes it: a string, a boolean, a number (an integer, if
-/// it is written as one and fits into 64 bits), a list of values, or an object with one member:
+/// A value as a scenario writes it: a string, a boolean, a number (an integer if it is written as
+/// one and fits into 64 bits), a list of values, or an object with one member:
 ///
 ///     {"point": [x, y]}   {"size": [width, height]}   {"element": "id"}
 ///     {"dictionary": {"name": value}}   {"opaque": "a type's name"}
@@ -25,6 +25,7 @@ struct ValueSource {
     bool mentionsElements = false;
 };
 
+/// Reads a value; fails when it has none of these forms.
 ValueSource readValue(const Node& node, Names& names);
 
 /// A result code of the accessibility calls: a number, or a name such as "cannotComplete".

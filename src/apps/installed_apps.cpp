@@ -14,12 +14,6 @@ namespace {
 /// Records by "appId": each application once.
 using Catalogue = std::map<std::string, Json>;
 
-std::optional<std::string> stringMember(const Value::Dictionary& dictionary, std::string_view key) {
-    const Value* member = findMember(dictionary, key);
-    if (!member || !member->string()) return {};
-    return *member->string();
-}
-
 std::string without(std::string text, std::string_view part) {
     if (part.empty()) return text;
     for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at)) {
@@ -61,11 +55,13 @@ void addBundle(Catalogue& catalogue, Bundles& bundles, const std::string& path,
     const std::string appId = identifier.value_or(path);
     if (catalogue.contains(appId)) return;
 
-    std::optional<std::string> name;
-    if (bundle) name = stringMember(bundle->infoDictionary, "CFBundleDisplayName");
-    if (bundle && !name) name = stringMember(bundle->infoDictionary, "CFBundleName");
-    if (!name) name = without(entryName, suffix);
-    Json record = {{"appId", appId}, {"name", *name}, {"executablePath", path}, {"running", false}};
+    const std::string* name = nullptr;
+    if (bundle) name = findString(bundle->infoDictionary, "CFBundleDisplayName");
+    if (bundle && !name) name = findString(bundle->infoDictionary, "CFBundleName");
+    Json record = {{"appId", appId},
+                   {"name", name ? *name : without(entryName, suffix)},
+                   {"executablePath", path},
+                   {"running", false}};
     setOptional(record, "bundleIdentifier", identifier);
     catalogue.emplace(appId, std::move(record));
 }

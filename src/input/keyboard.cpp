@@ -13,13 +13,6 @@ namespace {
 constexpr std::size_t kChunkUnits = 20;
 constexpr std::uint32_t kPasteMicroseconds = 250'000;
 
-bool isHighSurrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-bool isSurrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDFFF;
-}
-
 void postText(EventPosting& events, EventSource* source, std::u16string_view chunk, bool keyDown) {
     const auto event = events.createKeyboardEvent(source, 0, keyDown);
     if (!event) return;
@@ -51,10 +44,10 @@ void typeText(Platform& platform, std::string_view text) {
     const auto source = events.createSource(kEventSourceStateHidSystemState);
     std::u16string_view rest = units;
     while (!rest.empty()) {
+        // Pairs stay whole. Half of one never comes alone: `toUtf16` makes U+FFFD of it.
         std::size_t length = std::min(kChunkUnits, rest.size());
         if (length < rest.size() && isHighSurrogate(rest[length - 1])) --length;
-        std::u16string_view chunk = rest.substr(0, length);
-        if (chunk.size() == 1 && isSurrogate(chunk.front())) chunk = u"\uFFFD";
+        const std::u16string_view chunk = rest.substr(0, length);
         postText(events, source.get(), chunk, true);
         postText(events, source.get(), chunk, false);
         rest.remove_prefix(length);

@@ -2,7 +2,10 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
+
+#include "text/characters.h"
 
 namespace quil {
 namespace {
@@ -45,20 +48,13 @@ Literal readLiteral(std::string_view text) {
 }
 
 /// The UTF-16 unit that an escape at the head of the text stands for; nothing when there is none.
-std::optional<unsigned> escapedUnit(std::string_view text) {
+std::optional<char16_t> escapedUnit(std::string_view text) {
     constexpr std::size_t kLength = 6;
     if (text.size() < kLength || !text.starts_with("\\u")) return {};
-    unsigned unit = 0;
+    std::uint16_t unit = 0;
     const char* const end = text.data() + kLength;
     if (std::from_chars(text.data() + 2, end, unit, 16).ptr != end) return {};
-    return unit;
-}
-
-bool isHighSurrogate(unsigned unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-bool isLowSurrogate(unsigned unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
+    return static_cast<char16_t>(unit);
 }
 
 /// How a piece of the text is to be written.

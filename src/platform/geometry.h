@@ -2,9 +2,10 @@
 
 namespace quil {
 
-/// A place in global screen coordinates: points (not pixels), origin at the top-left corner of the
-/// main display, x growing to the right and y downward. Displays left of or above the main one have
-/// negative coordinates.
+/// A place in global screen coordinates: points (not pixels), x growing to the right and y
+/// downward. The origin is the top-left corner of the main display, so that displays left of or
+/// above it have negative coordinates; on an X server it is that of the whole screen, and a point
+/// is a pixel.
 struct Point {
     double x = 0;
     double y = 0;
@@ -29,6 +30,10 @@ struct Rect {
     double minY() const { return y; }
     double maxX() const { return x + width; }
     double maxY() const { return y + height; }
+    /// Whether the point lies in it, on its left or its top edge.
+    bool contains(Point point) const {
+        return minX() <= point.x && point.x < maxX() && minY() <= point.y && point.y < maxY();
+    }
     bool operator==(const Rect&) const = default;
 };
 

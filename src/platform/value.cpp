@@ -45,4 +45,9 @@ const Value* findMember(const Value::Dictionary& dictionary, std::string_view ke
     return entry == dictionary.end() ? nullptr : &entry->second;
 }
 
+const std::string* findString(const Value::Dictionary& dictionary, std::string_view key) {
+    const Value* member = findMember(dictionary, key);
+    return member ? member->string() : nullptr;
+}
+
 }  // namespace quil

@@ -86,7 +86,10 @@ class Value {
         data_;
 };
 
-/// The member of that name, or nothing.
+/// The member of that name; null when there is none. Belongs to the dictionary.
 const Value* findMember(const Value::Dictionary& dictionary, std::string_view key);
+
+/// The same, when it is a string; null for any other value.
+const std::string* findString(const Value::Dictionary& dictionary, std::string_view key);
 
 }  // namespace quil

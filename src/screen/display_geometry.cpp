@@ -5,11 +5,6 @@
 namespace quil {
 namespace {
 
-bool contains(const Rect& rect, Point point) {
-    return rect.minX() <= point.x && point.x < rect.maxX() && rect.minY() <= point.y &&
-           point.y < rect.maxY();
-}
-
 Rect unite(const Rect& a, const Rect& b) {
     const double minX = std::min(a.minX(), b.minX());
     const double minY = std::min(a.minY(), b.minY());
@@ -75,7 +70,7 @@ Rect virtualScreenBounds(Displays& displays, const std::vector<DisplayGeometry>&
 std::optional<DisplayGeometry> displayContaining(Point point,
                                                  const std::vector<DisplayGeometry>& active) {
     for (const DisplayGeometry& display : active) {
-        if (contains(display.bounds, point)) return display;
+        if (display.bounds.contains(point)) return display;
     }
     if (active.empty()) return {};
     return active.front();

@@ -11,8 +11,8 @@ std::optional<std::int64_t> integerMember(const Value::Dictionary& window, std::
 }
 
 std::string stringMember(const Value::Dictionary& window, std::string_view key) {
-    const Value* member = findMember(window, key);
-    return member && member->string() ? *member->string() : std::string();
+    const std::string* member = findString(window, key);
+    return member ? *member : std::string();
 }
 
 std::optional<RunningApplication> applicationOf(Workspace& workspace, std::int64_t pid) {

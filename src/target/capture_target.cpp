@@ -12,11 +12,6 @@ std::optional<std::string> focusedWindowTitle(Accessibility& accessibility, std:
     return axString(accessibility, window->element(), "AXTitle");
 }
 
-const std::string* stringMember(const Value::Dictionary& dictionary, std::string_view key) {
-    const Value* member = findMember(dictionary, key);
-    return member ? member->string() : nullptr;
-}
-
 }  // namespace
 
 CaptureTarget frontmostTarget(Platform& platform) {
@@ -60,9 +55,9 @@ std::optional<std::string> signingIdentity(CodeSigning& codeSigning, std::int32_
     }
     if (!information || !information->dictionary()) return {};
     const Value::Dictionary& members = *information->dictionary();
-    const std::string* team = stringMember(members, kCodeInfoTeamIdentifier);
+    const std::string* team = findString(members, kCodeInfoTeamIdentifier);
     if (team && !team->empty()) return *team;
-    const std::string* identifier = stringMember(members, kCodeInfoIdentifier);
+    const std::string* identifier = findString(members, kCodeInfoIdentifier);
     return identifier ? std::optional(*identifier) : std::nullopt;
 }
 

@@ -75,13 +75,6 @@ void appendUtf8(std::string& text, char32_t value) {
     text.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
 }
 
-bool isHighSurrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-bool isLowSurrogate(char16_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
 }  // namespace
 
 std::int64_t characterCount(std::string_view text) {
@@ -150,6 +143,13 @@ std::string toUtf8(std::u16string_view units) {
             appendUtf8(text, isHighSurrogate(unit) || isLowSurrogate(unit) ? kReplacement : unit);
         }
     }
+    return text;
+}
+
+std::string latin1ToUtf8(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    for (const char byte : bytes) appendUtf8(text, static_cast<unsigned char>(byte));
     return text;
 }
 

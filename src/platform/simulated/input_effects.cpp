@@ -13,15 +13,10 @@ namespace {
 constexpr std::uint16_t kKeyV = 9;
 constexpr std::uint16_t kKeyDelete = 51;
 
-bool contains(const Rect& rect, Point point) {
-    return point.x >= rect.minX() && point.x < rect.maxX() && point.y >= rect.minY() &&
-           point.y < rect.maxY();
-}
-
 /// Elements without bounds are looked into: groups often have none.
 Element* elementAt(Element& element, Point point) {
     const auto rectangle = element.rectangle();
-    if (rectangle && !contains(*rectangle, point)) return nullptr;
+    if (rectangle && !rectangle->contains(point)) return nullptr;
     for (const auto& child : element.children() | std::views::reverse) {
         if (Element* found = elementAt(*child, point)) return found;
     }

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/linux/input/key_symbols.h"
+#include "text/characters.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -20,18 +21,12 @@ using Strokes = std::unordered_map<std::uint32_t, Stroke>;
 constexpr std::size_t kFirstSpareKeyCode = 95;
 constexpr char32_t kReplacement = 0xFFFD;
 
-bool isSurrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDFFF;
-}
-
 /// Takes the first character off the text.
 char32_t takeCharacter(std::u16string_view& text) {
     const char16_t first = text.front();
     text.remove_prefix(1);
-    if (!isSurrogate(first)) return first;
-    const bool isPair =
-        first < 0xDC00 && !text.empty() && isSurrogate(text[0]) && text[0] >= 0xDC00;
-    if (!isPair) return kReplacement;
+    if (!isHighSurrogate(first)) return isLowSurrogate(first) ? kReplacement : char32_t{first};
+    if (text.empty() || !isLowSurrogate(text.front())) return kReplacement;
     const char16_t second = text.front();
     text.remove_prefix(1);
     return 0x10000 + ((char32_t{first} - 0xD800) << 10) + (char32_t{second} - 0xDC00);

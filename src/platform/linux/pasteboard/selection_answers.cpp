@@ -29,8 +29,7 @@ constexpr Form kForms[] = {
 SharedText latin1(std::string_view text) {
     std::string bytes;
     for (const char16_t unit : toUtf16(text)) {
-        const bool isSecondHalf = unit >= 0xDC00 && unit <= 0xDFFF;
-        if (!isSecondHalf) bytes.push_back(unit < 0x100 ? static_cast<char>(unit) : '?');
+        if (!isLowSurrogate(unit)) bytes.push_back(unit < 0x100 ? static_cast<char>(unit) : '?');
     }
     return std::make_shared<const std::string>(std::move(bytes));
 }

@@ -19,13 +19,6 @@ struct Part {
     std::string bytes;
 };
 
-std::string latin1ToUtf8(std::string_view bytes) {
-    std::u16string units;
-    units.reserve(bytes.size());
-    for (const char byte : bytes) units.push_back(static_cast<unsigned char>(byte));
-    return toUtf8(units);
-}
-
 class Reading {
   public:
     Reading(SelectionWindow& window, xcb_atom_t selection)

@@ -12,12 +12,6 @@ namespace {
 /// The most that is read of one property, in units of four bytes: a megabyte.
 constexpr std::uint32_t kMaximumUnits = 1 << 18;
 
-std::string latin1ToUtf8(std::string_view bytes) {
-    std::u16string units;
-    for (const char byte : bytes) units.push_back(static_cast<unsigned char>(byte));
-    return toUtf8(units);
-}
-
 std::string compoundTextToUtf8(std::string_view bytes) {
     [[maybe_unused]] static const bool isReady = (xcb_compound_text_init(), true);
     std::size_t length = 0;

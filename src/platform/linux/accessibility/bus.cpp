@@ -4,8 +4,6 @@
 #include <iterator>
 #include <utility>
 
-#include "platform/accessibility.h"
-
 namespace quil::linux_platform {
 namespace {
 

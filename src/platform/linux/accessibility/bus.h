@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/accessibility.h"
+
 namespace quil::linux_platform {
 
 using BusClock = std::chrono::steady_clock;
@@ -62,13 +64,12 @@ class Peer {
             send(Message(message), std::move(handler));
         } else {
             sd_bus_message_unref(message);
-            handler({kCannotSend, nullptr});
+            handler({kAxCannotComplete, nullptr});
         }
     }
 
   private:
     friend class Bus;
-    static constexpr std::int32_t kCannotSend = -25204;
 
     sd_bus_message* create(const char* path, const char* interface, const char* member);
     void send(Message message, AnswerHandler handler);

@@ -19,8 +19,8 @@ struct Questioned {
 
 /// Asks an element for facts, without waiting. The answers go to `facts`; `done` is called once,
 /// when all of them are there. Some facts lean on others that have to be known before: children on
-/// childCount, extents on states, and so on as `missingFacts` has it. Both `facts` and the path
-/// live until then.
+/// childCount, extents on states, and so on; what an attribute `needs` comes in that order. Both
+/// `facts` and the path live until then.
 void askFacts(const Questioned& whom, FactSet wanted, Facts& facts, std::function<void()> done);
 
 }  // namespace quil::linux_platform

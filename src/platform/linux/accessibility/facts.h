@@ -103,7 +103,7 @@ enum class Fact : unsigned {
     editableChild,
     scrollBar,
 };
-inline constexpr std::size_t kFactCount = 16;
+inline constexpr std::size_t kFactCount = static_cast<std::size_t>(Fact::scrollBar) + 1;
 using FactSet = Flags<Fact>;
 
 /// What is known of an element. A fact that was asked for has a code: 0, or why it is not known.

@@ -2,7 +2,7 @@
 
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/messages.h"
-#include "platform/linux/x11/window_geometry.h"
+#include "platform/linux/x11/window_search.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -33,7 +33,8 @@ std::optional<Point> ScreenPlaces::origin(const Reference& window) {
     };
     if (!pid || readFacts(bus_, window, needs, facts) != 0) return {};
     const Size size{facts.extents.width, facts.extents.height};
-    const auto found = WindowGeometry(display_).find(*pid, facts.name, size);
+    const auto connection = display_.connection();
+    const auto found = connection ? findWindow(*connection, *pid, facts.name, size) : std::nullopt;
     if (!found) return {};
     const Rect outer = found->windowRect();
     const bool hasShadows = outer.width == size.width && outer.height == size.height;

@@ -1,4 +1,6 @@
-#include "platform/linux/x11/window_geometry.h"
+#include "platform/linux/x11/window_search.h"
+
+#include <utility>
 
 #include "platform/linux/x11/window_stack.h"
 
@@ -21,12 +23,11 @@ int fit(const X11Window& window, std::int32_t pid, std::string_view title, Size 
 
 }  // namespace
 
-std::optional<X11Window> WindowGeometry::find(std::int32_t pid, std::string_view title, Size size) {
-    const auto connection = display_.connection();
-    if (!connection) return {};
+std::optional<X11Window> findWindow(X11Connection& connection, std::int32_t pid,
+                                    std::string_view title, Size size) {
     std::optional<X11Window> best;
     int bestFit = 0;
-    for (X11Window& window : topLevelWindows(*connection)) {
+    for (X11Window& window : topLevelWindows(connection)) {
         const int thisFit = fit(window, pid, title, size);
         if (thisFit <= bestFit) continue;
         bestFit = thisFit;

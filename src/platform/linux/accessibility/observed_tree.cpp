@@ -7,6 +7,7 @@
 #include "platform/linux/accessibility/fact_questions.h"
 #include "platform/linux/accessibility/messages.h"
 #include "platform/linux/accessibility/scroll_bars.h"
+#include "platform/linux/accessibility/tree_size.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -19,17 +20,9 @@ constexpr std::chrono::seconds kLongestObservation{20};
 constexpr std::chrono::milliseconds kDocumentPatience{2000};
 constexpr std::chrono::milliseconds kDocumentPause{40};
 
-/// Who cannot list their elements in this time is slow in telling about all of them, too.
-constexpr std::chrono::milliseconds kCountingPatience{1000};
-
 /// Elements that are asked at a time: enough for the application never to wait for us, few enough
 /// that little is asked in vain when the elements before them turn out to fill the walk.
 constexpr int kMostActive = 128;
-
-/// Trees up to this size can be told about in a single answer that does not take long, when no list
-/// in them is longer: each entry's place in its list is looked up for it.
-constexpr std::int64_t kSmall = 5000;
-constexpr std::int32_t kLongestList = 1000;
 
 /// Answers between two looks at which elements come first.
 constexpr int kAnswersBetweenLooks = 32;
@@ -66,7 +59,7 @@ void ObservedTree::useCache(const Reference& root) {
     // The answer covers the whole program.
     if (application.children != std::vector{root}) return;
     if (!program.isSmall(root.path)) {
-        const bool isSmall = isCountedAndSmall(root);
+        const bool isSmall = isSmallTree(bus_, root);
         // What could not be counted because the program hangs is counted another time.
         if (program.peer().hangs()) return;
         program.noteSize(root.path, isSmall);
@@ -81,21 +74,8 @@ void ObservedTree::useCache(const Reference& root) {
     const bool agrees = cached && cached->role == live.role && cached->name == live.name &&
                         cached->states == live.states && cached->childCount == live.childCount;
     const bool isAnswered = !program.peer().hangs();
-    if (isAnswered && (!cached || cache_->size() > kSmall)) program.noteSize(root.path, false);
+    if (isAnswered && (!cached || cache_->size() > kSmallTree)) program.noteSize(root.path, false);
     if (!agrees) cache_ = nullptr;
-}
-
-/// Goes through the tree by its lists of children alone, as far as a small tree reaches.
-bool ObservedTree::isCountedAndSmall(const Reference& root) {
-    isCounting_ = true;
-    deadline_ = BusClock::now() + kCountingPatience;
-    fetch(root);
-    const bool isInTime = !isOverdue();
-    isCounting_ = false;
-    deadline_ = end_;
-    return isInTime && expected_ <= kSmall &&
-           std::all_of(elements_.begin(), elements_.end(),
-                       [](auto& entry) { return entry.second.facts.knows(Fact::children); });
 }
 
 ObservedElement& ObservedTree::element(const Reference& reference) {
@@ -110,15 +90,10 @@ ObservedElement* ObservedTree::find(const Reference& reference) {
 }
 
 bool ObservedTree::isOverdue() const {
-    return BusClock::now() >= deadline_;
-}
-
-std::int64_t ObservedTree::mostElements() const {
-    return isCounting_ ? kSmall : maximumElements_;
+    return BusClock::now() >= end_;
 }
 
 FactSet ObservedTree::needs(const Facts& facts) const {
-    if (isCounting_) return findAttribute("AXChildren")->needs(facts);
     FactSet needs;
     for (const Attribute* attribute : attributes_) needs.add(attribute->needs(facts));
     if (wantsActions_) needs.add(needsForActions(facts));
@@ -132,10 +107,10 @@ void ObservedTree::fetch(const Reference& root) {
     expected_ = 1;
     do {
         schedule();
-        bus_.waitForAnswers(deadline_);
+        bus_.waitForAnswers(end_);
         schedule();
     } while (active_ > 0);
-    if (BusClock::now() >= end_) bus_.program(root.busName).peer().giveUp();
+    if (isOverdue()) bus_.program(root.busName).peer().giveUp();
 }
 
 void ObservedTree::awaitDocuments() {
@@ -167,9 +142,9 @@ void ObservedTree::awaitDocuments() {
 void ObservedTree::schedule() {
     if (isScheduling_ || isOverdue()) return;
     isScheduling_ = true;
-    if (expected_ <= mostElements()) {
+    if (expected_ <= maximumElements_) {
         scheduleAll();
-    } else if (!isCounting_ && (active_ == 0 || ++answersSinceScheduled_ >= kAnswersBetweenLooks)) {
+    } else if (active_ == 0 || ++answersSinceScheduled_ >= kAnswersBetweenLooks) {
         answersSinceScheduled_ = 0;
         scheduleFirst();
     }
@@ -184,24 +159,13 @@ void ObservedTree::work(ObservedElement& element, std::int64_t maximumChildren) 
     ask(element, {Fact::children}, maximumChildren);
 }
 
-bool ObservedTree::fits(const ObservedElement& element) const {
-    if (!element.wantsChildren) return true;
-    const std::int32_t count = element.facts.childCount;
-    return expected_ + count <= mostElements() && !(isCounting_ && count > kLongestList);
-}
-
-void ObservedTree::stopCounting() {
-    expected_ = kSmall + 1;
-    work_.clear();
-}
-
 /// The walk comes to everything that is known of the tree.
 void ObservedTree::scheduleAll() {
     while (active_ < kMostActive && !work_.empty()) {
         ObservedElement& element = *work_.front();
-        if (!fits(element)) {
+        if (element.wantsChildren && expected_ + element.facts.childCount > maximumElements_) {
             expected_ += element.facts.childCount;
-            return isCounting_ ? stopCounting() : scheduleFirst();
+            return scheduleFirst();
         }
         work_.pop_front();
         work(element, maximumElements_);
@@ -317,7 +281,7 @@ void ObservedTree::findScrollBar(ObservedElement& element) {
             }
             Facts& facts = beyond_[reference];
             if (isOverdue()) return nullptr;
-            const ReadingLimits limits{kScrollBarPlaces, deadline_};
+            const ReadingLimits limits{kScrollBarPlaces, end_};
             const auto code = readFacts(bus_, reference, needsForScrollBarSearch, facts, limits);
             return code == 0 ? &facts : nullptr;
         });

@@ -48,17 +48,12 @@ class ObservedTree {
 
   private:
     ObservedElement& element(const Reference& reference);
-    /// How many elements are looked at.
-    std::int64_t mostElements() const;
     FactSet needs(const Facts& facts) const;
     void useCache(const Reference& root);
-    bool isCountedAndSmall(const Reference& root);
     void fetch(const Reference& root);
     /// Looks again at documents that are empty because their browser has only just been asked.
     void awaitDocuments();
     void schedule();
-    bool fits(const ObservedElement& element) const;
-    void stopCounting();
     void scheduleAll();
     void scheduleFirst();
     void work(ObservedElement& element, std::int64_t maximumChildren);
@@ -73,9 +68,8 @@ class ObservedTree {
     AccessibilityBus& bus_;
     const std::int64_t maximumElements_;
     const int maximumDepth_;
-    /// When the whole observation has to end, and when what it is at now has to.
+    /// When the whole observation has to end.
     const BusDeadline end_;
-    BusDeadline deadline_ = end_;
     std::vector<const Attribute*> attributes_;
     const bool wantsActions_;
 
@@ -88,8 +82,6 @@ class ObservedTree {
     /// Elements that are being asked.
     int active_ = 0;
     bool isScheduling_ = false;
-    /// Nothing but lists of children is asked for.
-    bool isCounting_ = false;
     /// Elements that may be asked more, in the order in which they were found.
     std::deque<ObservedElement*> work_;
     /// How many elements the tree has at least. While they all fit into the walk, their order does

@@ -25,6 +25,7 @@ struct AxBounds {
 /// The most characters that a text field of a recorded element keeps.
 inline constexpr std::int64_t AX_FIELD_LIMIT = 500;
 
+/// Any attribute, of whatever type it is.
 std::optional<Value> axAttribute(Accessibility& accessibility, const ElementRef& element,
                                  std::string_view attribute);
 
@@ -38,6 +39,7 @@ std::vector<ElementRef> axChildren(Accessibility& accessibility, const ElementRe
 /// The application's focused window; its application element when it has none. Never null.
 ElementRef axFocusedWindow(Accessibility& accessibility, std::int32_t pid);
 
+/// An attribute that is a point (global screen coordinates) or a size (in points).
 std::optional<Point> axPointAttribute(Accessibility& accessibility, const ElementRef& element,
                                       std::string_view attribute);
 std::optional<Size> axSizeAttribute(Accessibility& accessibility, const ElementRef& element,
@@ -53,6 +55,7 @@ std::optional<std::string> axValueString(Accessibility& accessibility, const Ele
 /// The first AX_FIELD_LIMIT characters; absent for an absent or an empty text.
 std::optional<std::string> clipAxField(const std::optional<std::string>& text);
 
+/// "AXEnabled".
 std::optional<bool> axEnabled(Accessibility& accessibility, const ElementRef& element);
 
 /// The names of the element's actions in the platform's order.

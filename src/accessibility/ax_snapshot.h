@@ -13,18 +13,26 @@
 
 namespace quil {
 
+/// The most elements of a tree that a walk records.
 inline constexpr std::int64_t kAxMaximumNodes = 4000;
+/// The most characters of its text lines, line feeds included.
 inline constexpr std::int64_t kAxMaximumChars = 100000;
 /// Levels of a tree that a walk descends: the root has depth 0, the last level 39.
 inline constexpr int kAxMaximumDepth = 40;
 
-/// One recorded element. Texts are clipped to AX_FIELD_LIMIT characters and never empty.
+/// One recorded element. Optional texts are clipped to AX_FIELD_LIMIT characters and never empty;
+/// what the element does not say is absent.
 struct AxNode {
+    /// The element's place in the tree: "e0" for the root, "e0.3" for its fourth child.
     std::string token;
+    /// "AXRole", else "AXUnknown".
     std::string role;
+    /// "AXTitle".
     std::optional<std::string> name;
     std::optional<std::string> description;
+    /// "AXValue" as `axValueString` reads it.
     std::optional<std::string> value;
+    /// "AXIdentifier".
     std::optional<std::string> automationId;
     std::optional<bool> enabled;
     std::optional<AxBounds> bounds;

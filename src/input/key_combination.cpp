@@ -15,6 +15,7 @@ constexpr std::string_view kKeyCodePrefix = "keycode-";
 
 using KeyCodes = std::unordered_map<std::string_view, std::uint16_t>;
 
+/// Virtual key codes as numbered by the Carbon event manager (kVK_…, Events.h).
 const KeyCodes& keyCodes() {
     // clang-format off
     static const KeyCodes table = {

@@ -9,7 +9,7 @@
 namespace quil {
 namespace {
 
-/// What one keyboard event carries.
+/// UTF-16 units that one keyboard event carries.
 constexpr std::size_t kChunkUnits = 20;
 constexpr std::uint32_t kPasteMicroseconds = 250'000;
 

@@ -10,7 +10,7 @@
 
 namespace quil {
 
-/// Result codes of the accessibility calls (AXError in the platform's documentation).
+/// Result codes of the accessibility calls (AXError, AXError.h).
 inline constexpr std::int32_t kAxSuccess = 0;
 inline constexpr std::int32_t kAxFailure = -25200;
 inline constexpr std::int32_t kAxIllegalArgument = -25201;
@@ -47,7 +47,7 @@ class Observation {
 
 /// Other applications' element trees. Each call is a round trip to the application unless an
 /// observation is in progress; a backend bounds the wait. A call that succeeds may still give no
-/// value.
+/// value; one that fails leaves its result alone.
 class Accessibility {
   public:
     virtual ~Accessibility() = default;

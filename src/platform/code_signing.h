@@ -10,7 +10,7 @@
 namespace quil {
 
 /// Request the signing information proper (identifier, team) from `copySigningInformation`.
-inline constexpr std::uint32_t kSigningInformation = 2;  // kSecCSSigningInformation
+inline constexpr std::uint32_t kSigningInformation = 2;  // kSecCSSigningInformation, SecCode.h
 /// Members of the information dictionary; both strings.
 inline constexpr std::string_view kCodeInfoTeamIdentifier = "teamid";
 inline constexpr std::string_view kCodeInfoIdentifier = "identifier";
@@ -36,6 +36,7 @@ class CodeSigning {
     /// The code on disk from which the running `guest` came.
     virtual std::int32_t copyStaticCode(const SigningCodeRef& guest, std::uint32_t flags,
                                         SigningCodeRef& staticCode) = 0;
+    /// What the signature of code on disk says, a dictionary; `flags` select how much of it.
     virtual std::int32_t copySigningInformation(const SigningCodeRef& staticCode,
                                                 std::uint32_t flags,
                                                 std::optional<Value>& information) = 0;

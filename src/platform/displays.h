@@ -31,6 +31,7 @@ class Displays {
     virtual Rect displayBounds(std::uint32_t display) = 0;
     /// The main display's id.
     virtual std::uint32_t mainDisplayId() = 0;
+    /// The platform's list of screens; displays without a name may be missing.
     virtual std::vector<Screen> screens() = 0;
 };
 

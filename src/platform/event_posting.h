@@ -8,7 +8,7 @@
 
 namespace quil {
 
-/// Event types, mouse buttons and other numbers of the Quartz event services.
+/// Event types, mouse buttons and other numbers of the Quartz event services (CGEventTypes.h).
 inline constexpr std::uint32_t kEventLeftMouseDown = 1;
 inline constexpr std::uint32_t kEventLeftMouseUp = 2;
 inline constexpr std::uint32_t kEventMouseMoved = 5;
@@ -22,7 +22,7 @@ inline constexpr std::uint32_t kScrollEventUnitLine = 1;
 inline constexpr std::int32_t kEventSourceStateHidSystemState = 1;
 inline constexpr std::uint32_t kHidEventTap = 0;
 
-/// Modifier flags of keyboard events.
+/// Modifier flags of events: Caps Lock, Shift, Control, Option and Command.
 inline constexpr std::uint64_t kEventFlagMaskAlphaShift = 0x10000;
 inline constexpr std::uint64_t kEventFlagMaskShift = 0x20000;
 inline constexpr std::uint64_t kEventFlagMaskControl = 0x40000;
@@ -50,13 +50,15 @@ class EventPosting {
   public:
     virtual ~EventPosting() = default;
 
+    /// A source in that state (`kEventSourceState…`).
     virtual std::unique_ptr<EventSource> createSource(std::int32_t state) = 0;
 
-    /// `point` is in global screen coordinates.
+    /// An event of that type, of that button for presses, releases and drags. `point` is in global
+    /// screen coordinates.
     virtual PostableEventRef createMouseEvent(EventSource* source, std::uint32_t type, Point point,
                                               std::uint32_t button) = 0;
     /// A turn of the wheel by `wheel1` (vertical, up positive) and `wheel2` (horizontal, left
-    /// positive) of the unit; `wheel3` is ignored when `wheelCount` is 2.
+    /// positive) of the unit (`kScrollEventUnit…`); `wheel3` is ignored when `wheelCount` is 2.
     virtual PostableEventRef createScrollWheelEvent(EventSource* source, std::uint32_t units,
                                                     std::uint32_t wheelCount, std::int32_t wheel1,
                                                     std::int32_t wheel2, std::int32_t wheel3) = 0;
@@ -71,6 +73,8 @@ class EventPosting {
     /// Makes a keyboard event type this text instead of its key.
     virtual void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) = 0;
 
+    /// Puts the event into the input stream at that place (`kHidEventTap`). Nothing tells whether
+    /// it arrives.
     virtual void post(std::uint32_t tapLocation, const PostableEvent& event) = 0;
 };
 

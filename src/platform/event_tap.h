@@ -10,8 +10,8 @@
 
 namespace quil {
 
-/// Numbers of the Quartz event services for taps. Event types and flags are those of
-/// event_posting.h.
+/// Numbers of the Quartz event services for taps (CGEventTypes.h). Event types and flags are those
+/// of event_posting.h.
 inline constexpr std::uint32_t kSessionEventTap = 1;
 inline constexpr std::uint32_t kHeadInsertEventTap = 0;
 inline constexpr std::uint32_t kEventTapOptionListenOnly = 1;
@@ -29,6 +29,7 @@ class TappedEvent {
     virtual Point location() const = 0;
     /// Nanoseconds since the system started (the base of `Clock::systemUptime`).
     virtual std::uint64_t timestamp() const = 0;
+    /// `kEventFlagMask…` of the modifiers that are held or locked.
     virtual std::uint64_t flags() const = 0;
     /// `kKeyboardEventKeycode`: the virtual key code. `kScrollWheelEventDeltaAxis1`: lines
     /// scrolled vertically, up positive. 0 for any other field.
@@ -39,8 +40,8 @@ class TappedEvent {
 };
 
 /// Called on the thread whose run loop holds the tap's source; that thread keeps a reference to the
-/// tap for as long as it runs the loop. `type` is an event type, or one of
-/// the two "disabled" notifications, for which the event has no content.
+/// tap for as long as it runs the loop. `type` is an event type, or one of the two "disabled"
+/// notifications, for which the event has no content.
 using EventTapCallback = std::function<void(std::uint32_t type, const TappedEvent& event)>;
 
 /// A tap, opaque above the backends.
@@ -71,16 +72,19 @@ class EventTaps {
     virtual ~EventTaps() = default;
 
     /// A new tap, enabled but delivering only once its source is in a running run loop. `mask` has
-    /// the bit `1 << type` for every event type wanted. Null when the tap cannot be made.
+    /// the bit `1 << type` for every event type wanted; the other numbers are those above. Null
+    /// when the tap cannot be made.
     virtual EventTapRef createTap(std::uint32_t location, std::uint32_t placement,
                                   std::uint32_t options, std::uint64_t mask,
                                   EventTapCallback callback) = 0;
+    /// Lets the tap deliver events, or has it drop them.
     virtual void enableTap(const EventTapRef& tap, bool enable) = 0;
     /// Ends the tap: once this has returned no callback begins.
     virtual void invalidateTap(const EventTapRef& tap) = 0;
     /// Waits, bounded, until the events of before have been delivered, which a backend may hold
     /// back until it knows whether a secret is typed. Does nothing where none are held back.
     virtual void flushTap(const EventTapRef&) {}
+    /// A new source for the tap's events; null when it cannot be made.
     virtual RunLoopSourceRef createRunLoopSource(const EventTapRef& tap) = 0;
 
     /// The calling thread's run loop.
@@ -88,6 +92,7 @@ class EventTaps {
     /// Adds a source in the common modes.
     virtual void addSource(const RunLoopRef& runLoop, const RunLoopSourceRef& source) = 0;
     virtual void removeSource(const RunLoopRef& runLoop, const RunLoopSourceRef& source) = 0;
+    /// Ends the source, also where it has not been added yet.
     virtual void invalidateSource(const RunLoopSourceRef& source) = 0;
     /// Runs the calling thread's run loop until it is stopped or has no valid source (any more).
     virtual void runCurrentRunLoop() = 0;

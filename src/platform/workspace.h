@@ -19,6 +19,7 @@ struct RunningApplication {
     std::optional<std::string> localizedName;
     /// File system path of the executable.
     std::optional<std::string> executablePath;
+    /// `kActivationPolicyRegular`, or another number.
     int activationPolicy = kActivationPolicyRegular;
 };
 
@@ -32,6 +33,7 @@ class Workspace {
     /// The running application with that process id; nothing when that process is no application.
     virtual std::optional<RunningApplication> runningApplicationWithProcessIdentifier(
         std::int32_t pid) = 0;
+    /// All running applications, in the platform's order; empty when they cannot be listed.
     virtual std::vector<RunningApplication> runningApplications() = 0;
 
     /// The path of the bundle installed under that identifier; nothing when there is none.

@@ -14,7 +14,11 @@
 namespace quil {
 
 /// The outcome of starting a recording.
-enum class InputRecorderStart { started, permissionDenied, tapUnavailable };
+enum class InputRecorderStart {
+    started,           ///< A recording runs, begun now or before.
+    permissionDenied,  ///< Input Monitoring is not granted.
+    tapUnavailable,    ///< The system makes no tap.
+};
 
 /// Records what the person does with mouse and keyboard, by a tap that only listens and runs on a
 /// thread of its own. The records wait here until they are taken; of more than 10,000 the newest
@@ -38,6 +42,7 @@ class InputRecorder : public std::enable_shared_from_this<InputRecorder> {
     /// Lets what has been done until now be recorded, ends the recording, if there is one, without
     /// waiting for the end of the tap thread, and takes all records, oldest first.
     std::vector<RecordedInput> stopAndDrain();
+    /// The same; the records are given up.
     void stop() { stopAndDrain(); }
 
   private:

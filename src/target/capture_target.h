@@ -32,6 +32,7 @@ CaptureTarget frontmostTarget(Platform& platform);
 /// The target as the protocol writes it; absent fields are left out.
 Json targetDictionary(const CaptureTarget& target);
 
+/// File system path of the application's executable; absent when it is not known.
 std::optional<std::string> executablePath(const RunningApplication& application);
 
 /// Team identifier, or else signing identifier, of a running process; absent when it has no

@@ -72,6 +72,7 @@ class SimulatedDesktop {
     Display sleepingMainDisplay;
 
     // Applications and windows.
+    /// Starts an application; it belongs to the desktop.
     simulated::Application& application(std::int32_t pid, std::string name);
     /// The running application with that process id, or null.
     simulated::Application* findApplication(std::int32_t pid);
@@ -150,6 +151,7 @@ class SimulatedDesktop {
     /// The element with an action "AXPress" on which the left button was last pressed.
     simulated::Element* pressedButton = nullptr;
 
+    /// Runs `body` while no runtime can look at the desktop or change it.
     void locked(const std::function<void()>& body) const;
 
     // For the services.
@@ -157,9 +159,12 @@ class SimulatedDesktop {
     /// Counts a call and applies its rules. How it is to fail, if it is.
     std::optional<simulated::Failure> enter(std::string_view call,
                                             std::initializer_list<std::string_view> subjects = {});
+    /// Tells the log's observer of something that is done.
     void record(decltype(simulated::LogEntry::what) what);
+    /// A line of standard input is about to reach the runtime.
     void requestArrives();
     std::uint32_t nextWindowNumber() { return nextWindowNumber_++; }
+    /// Puts a window behind all others.
     void addWindow(std::shared_ptr<simulated::Window> window);
     void applicationEnded(simulated::Application& application);
 

@@ -27,7 +27,7 @@ struct ReferenceHash {
     }
 };
 
-/// States of an element: bit numbers.
+/// States of an element: bit numbers (AtspiStateType, atspi-constants.h).
 enum class AtspiState : unsigned {
     active = 1,
     checked = 4,
@@ -46,7 +46,7 @@ enum class AtspiState : unsigned {
     indeterminate = 32,
 };
 
-/// Interfaces that are looked for: bit numbers.
+/// Interfaces that are looked for: bit numbers, our own.
 enum class AtspiInterface : unsigned { action, component, editableText, text, value };
 
 /// A set of flags, named by the values of an enumeration of bit numbers.

@@ -6,7 +6,7 @@ namespace quil::linux_platform {
 namespace {
 
 struct Row {
-    /// The constant's name in the platform's documentation, without its prefix.
+    /// The constant's name in atspi-constants.h, without its prefix ATSPI_ROLE_.
     std::string_view name;
     std::string_view role;
     std::string_view subrole;

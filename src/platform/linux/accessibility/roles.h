@@ -5,7 +5,8 @@
 
 namespace quil::linux_platform {
 
-/// Roles of the accessibility bus, by number; those that the code treats specially have names here.
+/// Roles of the accessibility bus, by number (AtspiRole, atspi-constants.h); those that the code
+/// treats specially have names here.
 enum class AtspiRole : std::uint32_t {
     alert = 2,
     checkBox = 7,

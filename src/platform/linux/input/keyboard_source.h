@@ -19,6 +19,7 @@ class KeyboardSource : public EventSource {
     explicit KeyboardSource(std::shared_ptr<X11Connection> connection);
     ~KeyboardSource() override;
 
+    /// Takes a key event: sends its key, or keeps its text until a key or the end comes.
     void post(const PostedEvent& event);
 
   private:

@@ -23,7 +23,7 @@ class KeyboardTurn {
     using Clock = std::chrono::steady_clock;
 
     xcb_window_t owner() const;
-    bool takeIf(xcb_window_t owner);
+    bool takeIf(xcb_window_t expected);
     void take();
 
     X11Connection& connection_;

@@ -17,6 +17,7 @@ inline constexpr std::int32_t kMostWheelClicks = 1000;
 /// the buttons (left-handed, natural scrolling) is taken into account: a left click stays one.
 class PointerOutput {
   public:
+    /// Sends one event of a mouse button, the pointer or the wheel, without waiting for the server.
     void send(X11Connection& connection, const PostedEvent& event);
 
   private:

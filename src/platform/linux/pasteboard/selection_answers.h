@@ -15,6 +15,7 @@ class SelectionAnswers {
     SelectionAnswers(SelectionWindow& window, const SelectionContents& contents)
         : window_(window), connection_(window.connection()), contents_(contents) {}
 
+    /// Answers a client, also that there is nothing for it.
     void answer(const xcb_selection_request_event_t& request);
     /// A client has taken a part of a text (or changed some other property).
     void propertyChanged(const xcb_property_notify_event_t& event);
@@ -22,6 +23,7 @@ class SelectionAnswers {
     void windowDestroyed(xcb_window_t window);
     /// When the next transfer that makes no progress is given up; far away when there is none.
     SelectionWindow::Clock::time_point nextDeadline() const;
+    /// Gives up the transfers whose time has come.
     void giveUpStalled();
 
   private:

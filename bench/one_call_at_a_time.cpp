@@ -123,8 +123,15 @@ sd_bus* accessibilityBus() {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
+    if (argumentCount != 2) {
+        std::fputs("usage: one_call_at_a_time PID\n", stderr);
+        return 2;
+    }
     sd_bus* bus = accessibilityBus();
-    if (argumentCount != 2 || !bus) return 2;
+    if (!bus) {
+        std::fputs("one_call_at_a_time: there is no accessibility bus\n", stderr);
+        return 1;
+    }
     const auto pid = static_cast<std::uint32_t>(std::strtoul(arguments[1], nullptr, 10));
     Walk walk(bus);
     for (const Element& application : walk.children({"org.a11y.atspi.Registry", kRoot})) {
@@ -142,5 +149,6 @@ int main(int argumentCount, char** arguments) {
             return 0;
         }
     }
+    std::fprintf(stderr, "one_call_at_a_time: process %u has no active window there\n", pid);
     return 1;
 }

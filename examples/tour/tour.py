@@ -24,8 +24,11 @@ class Runtime:
     """The runtime as a child process; one JSON line each way."""
 
     def __init__(self, executable):
-        self.process = subprocess.Popen([executable], stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE)
+        try:
+            self.process = subprocess.Popen([executable], stdin=subprocess.PIPE,
+                                            stdout=subprocess.PIPE)
+        except OSError as error:
+            sys.exit(f"tour: {executable} cannot be started: {error.strerror}")
         self.id = 0
 
     def request(self, method, quiet=False, **params):

@@ -19,7 +19,7 @@ import time
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 os.environ.setdefault("QUIL_BUILD_DIR", os.path.join(ROOT, "build", "release"))
 sys.path.insert(0, os.path.join(ROOT, "tests", "support"))
-from desktop_tools import Cleanups, Program, geometry, output, until  # noqa: E402
+from desktop_tools import CHROMIUM, Cleanups, Program, geometry, output, until  # noqa: E402
 from quil_host import Host  # noqa: E402
 
 PAGE = """<html><body style='margin:0;font:15px sans-serif;
@@ -63,9 +63,7 @@ def main(rounds):
         with open(page, "w") as file:
             file.write(PAGE % ("Words of a page that goes on for a while. " * 120))
         editor = ("featherpad", "--standalone", text)
-        browser = ("chromium", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-                   "--disable-background-networking", "--disable-component-update",
-                   "--disable-sync", f"--user-data-dir={folder}/profile", f"--app=file://{page}")
+        browser = (*CHROMIUM, f"--user-data-dir={folder}/profile", f"--app=file://{page}")
         print(f"{'window':28}{'quil':>16}{'maim':>16}{'import':>16}   ms, bytes")
         try:
             for name, command, size in (("editor", editor, (400, 300)),

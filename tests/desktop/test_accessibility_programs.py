@@ -1,6 +1,5 @@
 """Trees of programs that we did not write; programs and buses that hang, die and come back."""
 import os
-import shutil
 import signal
 import tempfile
 import threading
@@ -8,7 +7,7 @@ import time
 import unittest
 
 from ax_tools import Form, bounds, find, observe, request_on, walk, window_of
-from desktop_tools import Program, output, until
+from desktop_tools import CHROMIUM, Program, needs_chromium, output, until
 from quil_host import Host
 
 PAGE = """<title>Page</title><h1>Heading</h1><button onclick="this.textContent = 'Pressed'">Press me
@@ -54,15 +53,13 @@ class ProgramsTest(unittest.TestCase):
                 self.assertIn("*", find(state, state["nodes"][0]["role"])["name"])
                 program.end()
 
-    @unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
+    @needs_chromium
     def test_a_page_in_a_browser(self):
         folder = self.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
         with open(f"{folder}/page.html", "w") as page:
             page.write(PAGE)
-        program = Program(
-            self, "chromium", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-            "--disable-background-networking", "--disable-component-update", "--disable-sync",
-            f"--user-data-dir={folder}/data", f"file://{folder}/page.html")
+        program = Program(self, *CHROMIUM, f"--user-data-dir={folder}/data",
+                          f"file://{folder}/page.html")
         until(lambda: "Page" in self.host.result("desktop_target")["target"].get("windowTitle", ""),
               "the page")
         # Nobody has asked for the page before: the first answer is no empty shell, however long the

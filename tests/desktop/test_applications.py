@@ -3,27 +3,14 @@ import os
 import shutil
 import unittest
 
+from desktop_entries import FOLDER, EntriesTest
 from desktop_tools import PYTHON, SUPPORT, Program, change, output, until, window_app
-from quil_host import Host
-
-FOLDER = os.path.join(os.environ["XDG_DATA_HOME"], "applications")
 
 
-class ApplicationsTest(unittest.TestCase):
-    def setUp(self):
-        # A locale that the system lacks; the names of entries need none.
-        self.host = self.enterContext(Host(env=dict(os.environ, LANG="de_DE.UTF-8")))
-        os.makedirs(FOLDER)
-        self.addCleanup(shutil.rmtree, FOLDER)
-
+class ApplicationsTest(EntriesTest):
     def install(self, name, **keys):
-        path = os.path.join(FOLDER, name)
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        with open(path, "w") as file:
-            file.write("[Desktop Entry]\nType=Application\nName=Any\n")
-            file.writelines(f"{key.replace('_', '-')}={value}\n" for key, value in keys.items())
-        self.addCleanup(lambda: os.path.exists(path) and os.remove(path))
-        return path
+        return super().install(name, "".join(f"{key}={value}\n" for key, value in
+                                             {"Name": "Any", **keys}.items()))
 
     def entry(self, window):
         return next(e for e in self.host.result("desktop_windows_list")["windows"]

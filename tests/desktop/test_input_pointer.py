@@ -34,7 +34,6 @@ class InputTest(unittest.TestCase):
         x, y, width, height = self.places[name]
         return x + width // 2, y + height // 2
 
-
     def events(self, count, is_wanted):
         """So many events of a kind. The window manager, which looks at clicks first, may delay them."""
         found = []

@@ -1,7 +1,6 @@
 """Typed text arrives as it was asked for, in every toolkit and keyboard layout."""
 import http.server
 import os
-import shutil
 import signal
 import subprocess
 import tempfile
@@ -10,7 +9,7 @@ import time
 import unittest
 import unittest.mock
 
-from desktop_tools import Program, output, until
+from desktop_tools import CHROMIUM, Program, needs_chromium, output, until
 from input_program import InputProgram
 from quil_host import Host
 
@@ -133,14 +132,11 @@ class Toolkits(TextTest):
 
 
 class Applications(TextTest):
+    @needs_chromium
     def test_browser(self):
-        if not shutil.which("chromium"):
-            self.skipTest("there is no Chromium here")
         page = self.enterContext(Page())
         profile = self.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
-        Program(self, "chromium", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-                "--disable-background-networking", "--disable-component-update", "--disable-sync",
-                f"--user-data-dir={profile}", f"--app={page.address}")
+        Program(self, *CHROMIUM, f"--user-data-dir={profile}", f"--app={page.address}")
         until(lambda: page.text == "", "the page", 60)
         for text in (mixed(500), "Hello, World\n", mixed(2000)):
             page.text = None
@@ -165,7 +161,6 @@ class Applications(TextTest):
                 with open(path, encoding="utf-8") as file:
                     self.assertEqual(file.read().removesuffix("\n"), text)
                 editor.end()
-
 
     def test_a_megabyte_is_pasted_whole(self):
         text = "0123456789 日本語 é\n" * 50_000

@@ -1,13 +1,11 @@
 """The catalogue of installed applications, and launching them."""
 import os
-import shutil
 import signal
 import unittest
 
+from desktop_entries import FOLDER, EntriesTest
 from desktop_tools import output, until, window_app
 from quil_host import Failure, Host
-
-FOLDER = os.path.join(os.environ["XDG_DATA_HOME"], "applications")
 
 
 def children(pid):
@@ -15,19 +13,7 @@ def children(pid):
     return output("ps", "--no-headers", "-o", "pid", "--ppid", str(pid), check=False).split()
 
 
-class LaunchingTest(unittest.TestCase):
-    def setUp(self):
-        self.host = self.enterContext(Host(env=dict(os.environ, LANG="de_DE.UTF-8")))
-        os.makedirs(FOLDER)
-        self.addCleanup(shutil.rmtree, FOLDER)
-
-    def install(self, name, text):
-        path = os.path.join(FOLDER, name)
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        with open(path, "w") as file:
-            file.write("[Desktop Entry]\nType=Application\n" + text)
-        return path
-
+class LaunchingTest(EntriesTest):
     def apps(self, *identifiers):
         """The records of those applications, as far as the catalogue has them."""
         return [app for app in self.host.result("desktop_apps_list")["apps"]

@@ -2,11 +2,17 @@
 import contextlib
 import os
 import re
+import shutil
 import subprocess
 import time
+import unittest
 
 SUPPORT = os.path.dirname(os.path.abspath(__file__))
 PYTHON = "/usr/bin/python3"
+# As it runs on a private desktop; to be followed by the folder for its profile (--user-data-dir).
+CHROMIUM = ("chromium", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+            "--disable-background-networking", "--disable-component-update", "--disable-sync")
+needs_chromium = unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
 
 
 def output(*command, check=True, **options):

@@ -92,6 +92,31 @@ std::optional<std::int32_t> parentOf(std::int32_t pid) {
     return parent && *parent > 0 ? std::optional(static_cast<std::int32_t>(*parent)) : std::nullopt;
 }
 
+bool hasMapped(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant) {
+    std::ifstream maps(pathOf(pid, "maps"));
+    for (std::string line; std::getline(maps, line);) {
+        // The path is the last field, and the only one with slashes.
+        const std::size_t path = line.find('/');
+        if (path != std::string::npos && isMeant(std::string_view(line).substr(path))) return true;
+    }
+    return false;
+}
+
+std::optional<std::uint64_t> timeRunAtRest(std::int32_t pid) {
+    std::uint64_t sum = 0;
+    std::error_code error;
+    for (const auto& task : std::filesystem::directory_iterator(pathOf(pid, "task"), error)) {
+        std::string status;
+        std::getline(std::ifstream(task.path() / "stat"), status);
+        const std::size_t name = status.rfind(") ");
+        if (name != std::string::npos && status.compare(name + 2, 1, "S") != 0) return {};
+        std::uint64_t run = 0;
+        std::ifstream(task.path() / "schedstat") >> run;
+        sum += run;
+    }
+    return sum;
+}
+
 std::string flatpakIdOf(std::int32_t pid) {
     // flatpak-metadata(5): the sandbox's own description of itself.
     std::ifstream stream(pathOf(pid, "root/.flatpak-info"));

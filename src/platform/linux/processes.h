@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,6 +29,13 @@ std::optional<std::uint64_t> startTimeOf(std::int32_t pid);
 
 /// The process that started it, or has adopted it.
 std::optional<std::int32_t> parentOf(std::int32_t pid);
+
+/// Whether a file with such a path is mapped into its memory, as libraries and modules are.
+bool hasMapped(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant);
+
+/// What its threads have run so far, in nanoseconds; nothing while one of them runs or wants to. 0
+/// for a process that has ended.
+std::optional<std::uint64_t> timeRunAtRest(std::int32_t pid);
 
 /// The id of the Flatpak application in whose sandbox it runs; empty for any other process.
 std::string flatpakIdOf(std::int32_t pid);

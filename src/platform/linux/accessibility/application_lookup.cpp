@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <fstream>
+#include <iterator>
 #include <thread>
 
 #include "platform/linux/accessibility/application_windows.h"
@@ -27,13 +27,10 @@ constexpr std::string_view kToolkits[] = {"/libatk-bridge-2.0.", "/libgtk-4.", "
                                           "/libQt6Gui."};
 
 bool usesToolkit(std::int32_t pid) {
-    std::ifstream maps("/proc/" + std::to_string(pid) + "/maps");
-    for (std::string line; std::getline(maps, line);) {
-        for (const std::string_view library : kToolkits) {
-            if (line.find(library) != std::string::npos) return true;
-        }
-    }
-    return false;
+    return hasMapped(pid, [](std::string_view path) {
+        return std::any_of(std::begin(kToolkits), std::end(kToolkits),
+                           [&](std::string_view name) { return path.find(name) != path.npos; });
+    });
 }
 
 milliseconds ageOf(std::uint64_t startTime) {

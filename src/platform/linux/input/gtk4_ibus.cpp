@@ -2,12 +2,11 @@
 
 #include <charconv>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <thread>
 
-#include "platform/linux/input/process_rest.h"
+#include "platform/linux/processes.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -18,12 +17,10 @@ constexpr std::chrono::milliseconds kPatienceWithRestless{20};
 
 /// Whether the module is in the process: `im-ibus` below `gtk-4.0/`.
 bool hasModule(std::int32_t pid) {
-    std::ifstream maps("/proc/" + std::to_string(pid) + "/maps");
-    for (std::string line; std::getline(maps, line);) {
-        const std::size_t gtk = line.find("/gtk-4.0/");
-        if (gtk != std::string::npos && line.find("im-ibus", gtk) != std::string::npos) return true;
-    }
-    return false;
+    return hasMapped(pid, [](std::string_view path) {
+        const std::size_t gtk = path.find("/gtk-4.0/");
+        return gtk != path.npos && path.find("im-ibus", gtk) != path.npos;
+    });
 }
 
 bool isIbus(std::string_view name) {
@@ -41,9 +38,7 @@ std::optional<Gtk4Ibus> Gtk4Ibus::find(std::int32_t pid) {
         std::int32_t process = 0;
         const char* const end = number.data() + number.size();
         if (std::from_chars(number.data(), end, process).ptr != end) continue;
-        std::string name;
-        std::getline(std::ifstream(entry.path() / "comm"), name);
-        if (isIbus(name)) processes.push_back(process);
+        if (isIbus(processName(process))) processes.push_back(process);
     }
     if (processes.size() == 1) return {};
     return Gtk4Ibus(std::move(processes));

@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-#include "platform/linux/input/process_rest.h"
+#include "platform/linux/processes.h"
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/window_owners.h"
 #include "platform/linux/x11/window_stack.h"

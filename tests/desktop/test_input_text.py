@@ -1,6 +1,7 @@
 """Typed text arrives as it was asked for, in every toolkit and keyboard layout."""
 import http.server
 import os
+import shutil
 import signal
 import subprocess
 import tempfile

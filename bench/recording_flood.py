@@ -12,7 +12,6 @@ client makes meanwhile; "window" is when the window's text has changed for the l
 """
 import ctypes
 import os
-import statistics
 import subprocess
 import sys
 import threading

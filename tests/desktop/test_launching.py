@@ -19,6 +19,12 @@ class LaunchingTest(EntriesTest):
         return [app for app in self.host.result("desktop_apps_list")["apps"]
                 if app["appId"] in identifiers]
 
+    def window_of_calculator(self):
+        """Waits for it: a program runs before its window shows."""
+        return until(lambda: next((w for w in self.host.result("desktop_windows_list")["windows"]
+                                   if w.get("bundleIdentifier") == "galculator.desktop"), None),
+                     "its window")
+
     def test_a_packaged_application_from_start_to_end(self):
         path = "/usr/share/applications/galculator.desktop"
         installed = {"appId": "galculator.desktop", "name": "Galculator", "running": False,
@@ -28,8 +34,7 @@ class LaunchingTest(EntriesTest):
         for app in ("galculator.desktop", path):
             self.assertTrue(self.host.result("desktop_launch_app", appId=app)["ok"])
             until(lambda: self.apps("galculator.desktop") == [running], "running")
-            window, = (w for w in self.host.result("desktop_windows_list")["windows"]
-                       if w.get("bundleIdentifier") == "galculator.desktop")
+            window = self.window_of_calculator()
             pid = window["pid"]
             self.assertEqual(children(self.host.process.pid), [])
             self.assertNotEqual(os.getsid(pid), os.getsid(self.host.process.pid))
@@ -44,9 +49,7 @@ class LaunchingTest(EntriesTest):
 
     def test_an_application_outlives_the_host(self):
         self.host.result("desktop_launch_app", appId="galculator.desktop")
-        until(lambda: self.apps("galculator.desktop")[0]["running"], "running")
-        pid, = (w["pid"] for w in self.host.result("desktop_windows_list")["windows"]
-                if w.get("bundleIdentifier") == "galculator.desktop")
+        pid = self.window_of_calculator()["pid"]
         self.addCleanup(os.kill, pid, signal.SIGTERM)
         self.host.process.kill()
         self.host.process.wait(10)

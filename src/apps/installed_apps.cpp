@@ -46,10 +46,10 @@ void addRunning(Catalogue& catalogue, Platform& platform) {
     }
 }
 
-/// `path` is the bundle's, `entryName` its last component. Leaves an application that the
-/// catalogue already holds as it is.
-void addBundle(Catalogue& catalogue, Bundles& bundles, const std::string& path,
+/// Leaves an application that the catalogue already holds as it is.
+void addBundle(Catalogue& catalogue, Bundles& bundles, const std::string& folder,
                const std::string& entryName, std::string_view suffix) {
+    const std::string path = folder + '/' + entryName;
     const auto bundle = bundles.openBundle(path);
     const auto identifier = bundle ? bundle->bundleIdentifier : std::nullopt;
     const std::string appId = identifier.value_or(path);
@@ -72,8 +72,7 @@ void addInstalled(Catalogue& catalogue, Bundles& bundles) {
         const auto entries = bundles.contentsOfDirectory(folder);
         if (!entries) continue;
         for (const std::string& entry : *entries) {
-            if (!entry.ends_with(suffix)) continue;
-            addBundle(catalogue, bundles, folder + '/' + entry, entry, suffix);
+            if (entry.ends_with(suffix)) addBundle(catalogue, bundles, folder, entry, suffix);
         }
     }
 }

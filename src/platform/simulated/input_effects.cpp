@@ -1,6 +1,5 @@
 #include "platform/simulated/input_effects.h"
 
-#include <ranges>
 #include <utility>
 
 #include "platform/event_posting.h"
@@ -17,8 +16,9 @@ constexpr std::uint16_t kKeyDelete = 51;
 Element* elementAt(Element& element, Point point) {
     const auto rectangle = element.rectangle();
     if (rectangle && !rectangle->contains(point)) return nullptr;
-    for (const auto& child : element.children() | std::views::reverse) {
-        if (Element* found = elementAt(*child, point)) return found;
+    const auto& children = element.children();
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+        if (Element* found = elementAt(**child, point)) return found;
     }
     return rectangle ? &element : nullptr;
 }

@@ -78,6 +78,7 @@ std::size_t pressRank(std::string_view name, AtspiRole role) {
 std::vector<std::string> protocolNames(const std::vector<std::string>& toolkitNames,
                                        AtspiRole role) {
     std::vector<std::string> names;
+    names.reserve(toolkitNames.size());
     for (const std::string& name : toolkitNames) names.push_back(camelCased(name));
     const auto press = std::min_element(
         toolkitNames.begin(), toolkitNames.end(),

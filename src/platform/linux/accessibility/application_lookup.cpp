@@ -75,6 +75,7 @@ std::vector<std::string> ApplicationLookup::relativesOf(std::int32_t pid) {
     auto onScreen = topLevelWindows(*connection);
     std::erase_if(onScreen, [&](const X11Window& window) { return window.pid != pid; });
     std::vector<std::string> names;
+    names.reserve(programs.size());
     for (auto& program : programs) names.push_back(std::move(program.busName));
     for (const ApplicationWindow& window : applicationWindows(bus_, names)) {
         const bool isShown =

@@ -196,9 +196,8 @@ bool Bus::isAwaited() const {
 void Bus::poll(const std::vector<Bus*>& buses, BusDeadline deadline) {
     using std::chrono::milliseconds;
     std::vector<pollfd> sockets;
-    for (Bus* bus : buses) {
-        sockets.push_back(bus->waiting());
-    }
+    sockets.reserve(buses.size());
+    for (const Bus* bus : buses) sockets.push_back(bus->waiting());
     const auto left = std::chrono::ceil<milliseconds>(deadline - BusClock::now());
     const auto bounded = std::clamp(left, milliseconds::zero(), milliseconds(kBusPatience));
     ::poll(sockets.data(), sockets.size(), static_cast<int>(bounded.count()));

@@ -32,6 +32,7 @@ std::vector<xcb_window_t> childrenFrom(const xcb_query_tree_reply_t* tree) {
 /// (ICCCM 4.1.3.1) and not on their own frames.
 std::vector<bool> areClients(X11Connection& connection, const std::vector<xcb_window_t>& windows) {
     std::vector<PropertyRequest> states;
+    states.reserve(windows.size());
     for (const xcb_window_t window : windows) states.emplace_back(connection, window, "WM_STATE");
     std::vector<bool> answers;
     for (PropertyRequest& state : states) {
@@ -51,6 +52,7 @@ std::optional<xcb_window_t> clientInside(X11Connection& connection, xcb_window_t
         if (found != isClient.end())
             return level[static_cast<std::size_t>(found - isClient.begin())];
         std::vector<xcb_query_tree_cookie_t> cookies;
+        cookies.reserve(level.size());
         for (const xcb_window_t window : level) {
             cookies.push_back(xcb_query_tree(connection.get(), window));
         }
@@ -70,6 +72,7 @@ std::vector<xcb_window_t> windowsOnRoot(X11Connection& connection, bool isManage
         connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.get(), connection.root()))
             .get());
     std::vector<xcb_get_window_attributes_cookie_t> cookies;
+    cookies.reserve(children.size());
     for (const xcb_window_t child : children) {
         cookies.push_back(xcb_get_window_attributes(connection.get(), child));
     }

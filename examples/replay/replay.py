@@ -14,9 +14,10 @@ play    does what FILE says, with the pauses that the person made, times FACTOR 
 
 A click goes through desktop_click, a turn of the wheel through desktop_scroll, text through
 desktop_type, other keys through desktop_keypress. Exit status: 0 when all went well, 1 when the
-runtime refused something, 2 when the command line or FILE is wrong.
+runtime refused something, 2 when the command line or FILE is wrong, 130 after Ctrl+C in a play.
 """
 import argparse
+import contextlib
 import json
 import shlex
 import signal
@@ -26,6 +27,7 @@ import time
 
 WAIT_MS = 250  # for one record; so long a recording goes on after Ctrl+C at most
 STOP_COMBO = "ctrl+keycode-8"  # Ctrl+C, as it is recorded
+LONGEST_PAUSE = 24 * 60 * 60  # in seconds
 
 
 class Refused(Exception):
@@ -52,7 +54,8 @@ class Runtime:
         return self
 
     def __exit__(self, *_):
-        self.process.stdin.close()
+        with contextlib.suppress(OSError):
+            self.process.stdin.close()
         self.process.wait()
 
     def result(self, method, **params):
@@ -63,11 +66,12 @@ class Runtime:
             self.process.stdin.write(line.encode() + b"\n")
             self.process.stdin.flush()
             answer = json.loads(self.process.stdout.readline())
-        except (OSError, ValueError) as error:
-            raise Refused(f"{method}: the runtime ended") from error
-        if "error" in answer:
-            raise Refused(f"{method}: {answer['error']['message']}")
-        return answer["result"]
+            if "error" not in answer:
+                return answer["result"]
+            message = answer["error"]["message"]
+        except (OSError, ValueError, KeyError, TypeError) as error:
+            raise Refused(f"{method}: the runtime gave no answer") from error
+        raise Refused(f"{method}: {message}")
 
 
 def record(runtime, path, seconds):
@@ -104,6 +108,13 @@ def record(runtime, path, seconds):
     return count
 
 
+def of(kind, value):
+    """The value, which has to be of that type."""
+    if type(value) is not kind:
+        raise Wrong(f"{value!r} is not of the type {kind.__name__}")
+    return value
+
+
 def request_for(event):
     """The method and parameters that do again what was recorded; nothing when there is nothing to
     do (a sideways turn of the wheel, of which only the place is known)."""
@@ -111,26 +122,28 @@ def request_for(event):
     if action == "click":
         return "desktop_click", {"point": event["target"]["point"]}
     if action == "scroll":
-        return params["amount"] and ("desktop_scroll", {"amount": params["amount"],
-                                                        "point": event["target"]["point"]})
+        return of(int, params["amount"]) and ("desktop_scroll", {
+            "amount": params["amount"], "point": event["target"]["point"]})
     if action == "type":
-        return "desktop_type", {"text": params["text"]}
+        return "desktop_type", {"text": of(str, params["text"])}
     if action == "keypress":
-        return "desktop_keypress", {"combo": params["combo"]}
+        return "desktop_keypress", {"combo": of(str, params["combo"])}
     raise Wrong(f"unknown action {action!r}")
 
 
 def read(path):
     """The file's steps, each the number of its line, its time in ms and its request."""
     steps = []
-    with open(path, encoding="utf-8") as file:
+    with open(path, "rb") as file:
         for number, line in enumerate(file, 1):
             if not line.strip():
                 continue
             try:
                 event = json.loads(line)
-                request, at = request_for(event), float(event["at"])
-            except (ValueError, KeyError, TypeError, Wrong) as error:
+                request, at = request_for(event), float(of(int, event["at"]))
+                json.dumps(request, allow_nan=False)  # the runtime reads no such numbers
+            except (ValueError, KeyError, TypeError, OverflowError, RecursionError,
+                    Wrong) as error:
                 raise Wrong(f"{path}, line {number}: not a record "
                             f"({type(error).__name__}: {error})") from error
             if request:
@@ -155,7 +168,7 @@ def play(runtime, path, pauses):
     begin = time.monotonic()
     for number, at, (method, params) in joined(steps) if pauses == 0 else steps:
         due = begin + (at - steps[0][1]) / 1000 * pauses
-        time.sleep(max(0, due - time.monotonic()))
+        time.sleep(min(max(0, due - time.monotonic()), LONGEST_PAUSE))
         try:
             runtime.result(method, **params)
         except Refused as error:
@@ -198,6 +211,8 @@ def main():
     except (OSError, Wrong) as error:
         print(f"replay: {error}", file=sys.stderr)
         return 2
+    except KeyboardInterrupt:
+        return 130
     return 0
 
 

@@ -60,8 +60,12 @@ class ReplayTest(unittest.TestCase):
         status, message = self.replay("play", {})
         self.assertEqual((status, "No such file" in message), (2, True))
         for line in ('{"action": "dance", "params": {}, "at": 1}', "click", "[]",
-                     '{"action": "click", "params": {}, "at": 1}'):
-            with open(self.file, "w", encoding="utf-8") as file:
+                     '{"action": "click", "params": {}, "at": 1}',
+                     '{"action": "type", "params": {"text": 5}, "at": 1}',
+                     '{"action": "type", "params": {"text": "\udcff"}, "at": 1}',
+                     '{"action": "keypress", "params": {"combo": "a"}, "at": 1e999}',
+                     '{"action": "click", "params": {}, "at": 1, "target": {"point": {"x": NaN}}}'):
+            with open(self.file, "w", encoding="utf-8", errors="surrogateescape") as file:
                 file.write("\n" + line + "\n")
             status, message = self.replay("play", {})
             self.assertEqual(status, 2)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/accessibility/accessibility_bus.h"
+#include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/permissions.h"
 

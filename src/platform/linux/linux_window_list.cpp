@@ -1,6 +1,6 @@
 #include "platform/linux/linux_window_list.h"
 
-#include "platform/linux/x11/window_stack.h"
+#include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
 namespace {

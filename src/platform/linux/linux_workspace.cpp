@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "platform/linux/apps/application_launch.h"
-#include "platform/linux/apps/desktop_entries.h"
-#include "platform/linux/x11/window_stack.h"
+#include "platform/linux/applications/application_launch.h"
+#include "platform/linux/applications/desktop_entries.h"
+#include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
 

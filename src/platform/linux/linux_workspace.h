@@ -2,8 +2,8 @@
 
 #include <map>
 
-#include "platform/linux/application_identities.h"
-#include "platform/linux/x11/windows.h"
+#include "platform/linux/applications/application_identities.h"
+#include "platform/linux/x11/windows/windows.h"
 #include "platform/workspace.h"
 
 namespace quil::linux_platform {

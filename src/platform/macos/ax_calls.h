@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ax_observation.h"
+#include "platform/macos/ax_observation.h"
 
 namespace quil::macos {
 

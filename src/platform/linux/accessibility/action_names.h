@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/accessibility/roles.h"
+#include "platform/linux/atspi/roles.h"
 
 namespace quil::linux_platform {
 

@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "platform/linux/accessibility/application_windows.h"
-#include "platform/linux/processes.h"
-#include "platform/linux/x11/window_stack.h"
+#include "platform/linux/applications/processes.h"
+#include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
 namespace {

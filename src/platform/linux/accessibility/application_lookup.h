@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/accessibility/accessibility_bus.h"
+#include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {

@@ -1,7 +1,7 @@
 #include "platform/linux/accessibility/application_windows.h"
 
-#include "platform/linux/accessibility/fact_questions.h"
-#include "platform/linux/accessibility/messages.h"
+#include "platform/linux/atspi/fact_questions.h"
+#include "platform/linux/atspi/messages.h"
 
 namespace quil::linux_platform {
 namespace {

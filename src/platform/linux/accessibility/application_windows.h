@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/accessibility/accessibility_bus.h"
-#include "platform/linux/accessibility/facts.h"
-#include "platform/linux/x11/windows.h"
+#include "platform/linux/atspi/accessibility_bus.h"
+#include "platform/linux/atspi/facts.h"
+#include "platform/linux/x11/windows/windows.h"
 
 namespace quil::linux_platform {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/accessibility/facts.h"
+#include "platform/linux/atspi/facts.h"
 #include "platform/value.h"
 
 /// What facts about an element make its attributes and actions.

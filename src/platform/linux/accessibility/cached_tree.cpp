@@ -1,6 +1,6 @@
 #include "platform/linux/accessibility/cached_tree.h"
 
-#include "platform/linux/accessibility/messages.h"
+#include "platform/linux/atspi/messages.h"
 
 namespace quil::linux_platform {
 

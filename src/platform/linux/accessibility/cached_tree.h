@@ -3,8 +3,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/linux/accessibility/accessibility_bus.h"
-#include "platform/linux/accessibility/facts.h"
+#include "platform/linux/atspi/accessibility_bus.h"
+#include "platform/linux/atspi/facts.h"
 
 namespace quil::linux_platform {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/linux/accessibility/facts.h"
+#include "platform/linux/atspi/facts.h"
 #include "platform/value.h"
 
 namespace quil::linux_platform {

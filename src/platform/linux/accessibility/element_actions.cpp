@@ -12,7 +12,7 @@
 #include "platform/linux/accessibility/action_names.h"
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/element_reader.h"
-#include "platform/linux/accessibility/messages.h"
+#include "platform/linux/atspi/messages.h"
 
 namespace quil::linux_platform {
 namespace {

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "platform/linux/accessibility/accessibility_bus.h"
-#include "platform/linux/accessibility/facts.h"
+#include "platform/linux/atspi/accessibility_bus.h"
+#include "platform/linux/atspi/facts.h"
 #include "platform/value.h"
 
 /// What can be done to an element. Each call returns 0 or an error code and waits for a bounded

@@ -3,8 +3,8 @@
 #include <unordered_map>
 
 #include "platform/linux/accessibility/attributes.h"
-#include "platform/linux/accessibility/fact_questions.h"
 #include "platform/linux/accessibility/scroll_bars.h"
+#include "platform/linux/atspi/fact_questions.h"
 
 namespace quil::linux_platform {
 

@@ -4,8 +4,8 @@
 #include <functional>
 #include <limits>
 
-#include "platform/linux/accessibility/accessibility_bus.h"
-#include "platform/linux/accessibility/facts.h"
+#include "platform/linux/atspi/accessibility_bus.h"
+#include "platform/linux/atspi/facts.h"
 
 namespace quil::linux_platform {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/linux/accessibility/application_windows.h"
-#include "platform/linux/x11/window_stack.h"
+#include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
 namespace {

@@ -7,8 +7,8 @@
 #include "platform/linux/accessibility/element_actions.h"
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/focused_window.h"
-#include "platform/linux/accessibility/messages.h"
-#include "platform/linux/x11/window_stack.h"
+#include "platform/linux/atspi/messages.h"
+#include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
 namespace {

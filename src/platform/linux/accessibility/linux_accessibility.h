@@ -4,13 +4,13 @@
 #include <memory>
 
 #include "platform/accessibility.h"
-#include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/accessibility/application_lookup.h"
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/element.h"
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/observed_tree.h"
 #include "platform/linux/accessibility/screen_places.h"
+#include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {

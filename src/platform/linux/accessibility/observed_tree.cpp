@@ -4,10 +4,10 @@
 #include <thread>
 
 #include "platform/linux/accessibility/element_reader.h"
-#include "platform/linux/accessibility/fact_questions.h"
-#include "platform/linux/accessibility/messages.h"
 #include "platform/linux/accessibility/scroll_bars.h"
 #include "platform/linux/accessibility/tree_size.h"
+#include "platform/linux/atspi/fact_questions.h"
+#include "platform/linux/atspi/messages.h"
 
 namespace quil::linux_platform {
 namespace {

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "platform/accessibility.h"
-#include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/cached_tree.h"
-#include "platform/linux/accessibility/facts.h"
 #include "platform/linux/accessibility/screen_places.h"
+#include "platform/linux/atspi/accessibility_bus.h"
+#include "platform/linux/atspi/facts.h"
 
 namespace quil::linux_platform {
 

@@ -1,8 +1,8 @@
 #include "platform/linux/accessibility/screen_places.h"
 
 #include "platform/linux/accessibility/element_reader.h"
-#include "platform/linux/accessibility/messages.h"
-#include "platform/linux/x11/window_search.h"
+#include "platform/linux/atspi/messages.h"
+#include "platform/linux/x11/windows/window_search.h"
 
 namespace quil::linux_platform {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "platform/linux/accessibility/accessibility_bus.h"
-#include "platform/linux/accessibility/facts.h"
+#include "platform/linux/atspi/accessibility_bus.h"
+#include "platform/linux/atspi/facts.h"
 #include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "platform/linux/accessibility/facts.h"
+#include "platform/linux/atspi/facts.h"
 
 namespace quil::linux_platform {
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/linux/accessibility/attributes.h"
-#include "platform/linux/accessibility/fact_questions.h"
+#include "platform/linux/atspi/fact_questions.h"
 
 namespace quil::linux_platform {
 namespace {

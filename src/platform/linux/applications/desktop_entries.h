@@ -1,0 +1,44 @@
+#pragma once
+
+#include <gio/gdesktopappinfo.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/applications/glib_handles.h"
+
+/// Desktop entries: the files by which applications announce themselves (freedesktop.org's Desktop
+/// Entry standard). An entry's id, such as "org.gnome.Calculator.desktop", is its
+/// application's bundle identifier, its file the bundle.
+namespace quil::linux_platform {
+
+inline constexpr std::string_view kDesktopEntrySuffix = ".desktop";
+
+using DesktopEntry = GObjectHandle<GDesktopAppInfo>;
+
+/// The "applications" folders of the data directories, the person's own first. An entry in an
+/// earlier folder replaces one of the same id in a later one. Folders whose paths are not text are
+/// left out.
+std::vector<std::string> desktopEntryFolders();
+
+/// Whether a file of that name is an entry. One that is not text could not be given back to us to
+/// launch it.
+bool isDesktopEntryName(const std::string& fileName);
+
+/// The file of the entry with that id; nothing when there is none, or it only says that the
+/// application has been removed.
+std::optional<std::string> findDesktopEntry(std::string_view id);
+
+/// Reads an entry. Null when the file is not one, or the program that it starts is not installed.
+DesktopEntry readDesktopEntry(const std::string& path);
+
+/// Reads the keys of an entry, whether or not its program is installed. Null when the file is not
+/// one.
+GlibKeyFile readKeysOfDesktopEntry(const std::string& path);
+
+/// The name in the person's language; nothing when the entry has none.
+std::optional<std::string> localizedNameOf(const DesktopEntry& entry);
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,377 @@
+#include "platform/linux/atspi/fact_questions.h"
+
+#include <algorithm>
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspi/messages.h"
+
+namespace quil::linux_platform {
+namespace {
+
+constexpr std::uint32_t kWithinScreen = 0;
+constexpr std::uint32_t kWithinWindow = 1;
+
+/// More text than this is cut off: an answer has to fit into memory, and into the pipe to a host.
+constexpr std::int32_t kMaximumText = 4'000'000;
+
+/// Actions of one element.
+constexpr std::int32_t kMaximumActions = 32;
+
+/// Lists up to this length are asked for as a whole, also when less of them is wanted.
+constexpr std::int64_t kShortList = 1000;
+
+/// The children among which a text field is looked for.
+constexpr std::int32_t kMaximumParts = 8;
+
+/// Counts the answers that are still to come; calls `done` after the last.
+class Countdown {
+  public:
+    explicit Countdown(std::function<void()> done) : done_(std::move(done)) {}
+    void expect() { ++left_; }
+    void answered() {
+        if (--left_ == 0) done_();
+    }
+
+  private:
+    int left_ = 0;
+    std::function<void()> done_;
+};
+
+/// One element that is being asked.
+class Inquiry : public std::enable_shared_from_this<Inquiry> {
+  public:
+    Inquiry(const Questioned& whom, Facts& facts, std::function<void()> done)
+        : program_(whom.program),
+          peer_(whom.program.peer()),
+          path_(whom.path),
+          maximumChildren_(whom.maximumChildren),
+          facts_(facts),
+          countdown_([this, done = std::move(done)] {
+              tellPassword();
+              done();
+          }) {}
+
+    void begin(FactSet wanted) {
+        countdown_.expect();  // ourselves, so that an answer that comes at once does not end it
+        // Needed to tell passwords.
+        if (program_.placesWithinWindow() && wanted.has(Fact::role) &&
+            !facts_.asked.has(Fact::name)) {
+            wanted.add(Fact::name);
+        }
+        FactSet properties;
+        wanted.forEach([&](Fact fact) {
+            if (isProperty(fact)) {
+                properties.add(fact);
+            } else {
+                ask(fact);
+            }
+        });
+        askProperties(properties);
+        countdown_.answered();
+    }
+
+  private:
+    static bool isProperty(Fact fact) {
+        return fact == Fact::name || fact == Fact::description || fact == Fact::identifier ||
+               fact == Fact::childCount;
+    }
+
+    static const char* propertyName(Fact fact) {
+        switch (fact) {
+            case Fact::name:
+                return "Name";
+            case Fact::description:
+                return "Description";
+            case Fact::identifier:
+                return "AccessibleId";
+            default:
+                return "ChildCount";
+        }
+    }
+
+    template <typename... Values>
+    void call(const char* interface, const char* member, AnswerHandler handler,
+              const char* signature = "", Values... values) {
+        countdown_.expect();
+        peer_.call(
+            path_.c_str(), interface, member,
+            [self = shared_from_this(), handler = std::move(handler)](Answer answer) {
+                handler(answer);
+                self->countdown_.answered();
+            },
+            signature, values...);
+    }
+
+    /// Keeps what an answer holds, or why it holds nothing.
+    template <typename Result, typename Field>
+    void take(Fact fact, Answer answer, std::optional<Result> result, Field& field) {
+        if (result) field = std::move(*result);
+        facts_.answered(fact, result ? 0 : answer.code != 0 ? answer.code : kAxFailure);
+    }
+
+    /// Asks with one call whose answer is the fact.
+    template <typename Result, typename... Values>
+    void askFor(Fact fact, const char* interface, const char* member,
+                std::optional<Result> (*read)(sd_bus_message*), Result Facts::*field,
+                const char* signature = "", Values... values) {
+        call(
+            interface, member,
+            [this, fact, read, field](Answer answer) {
+                take(fact, answer, answer.message ? read(answer.message) : std::nullopt,
+                     facts_.*field);
+            },
+            signature, values...);
+    }
+
+    void ask(Fact fact) {
+        switch (fact) {
+            case Fact::role:
+                return askRole();
+            case Fact::states:
+                return askStates();
+            case Fact::interfaces:
+                return askFor(fact, atspi::kAccessible, "GetInterfaces", readInterfaces,
+                              &Facts::interfaces);
+            case Fact::children:
+                return askChildren();
+            case Fact::extents:
+                return askFor(fact, atspi::kComponent, "GetExtents", readRect, &Facts::extents, "u",
+                              program_.placesWithinWindow() ? kWithinWindow : kWithinScreen);
+            case Fact::actions:
+                return askActions();
+            case Fact::text:
+                return askText();
+            case Fact::number:
+                return call(
+                    atspi::kProperties, "Get",
+                    [this](Answer answer) {
+                        take(Fact::number, answer, variant(answer, "d", readDouble), facts_.number);
+                    },
+                    "ss", atspi::kValue, "CurrentValue");
+            case Fact::parent:
+                return askParent();
+            case Fact::parentRole:
+                return askParentRole();
+            case Fact::editableChild:
+                return askEditableChild();
+            default:
+                return;
+        }
+    }
+
+    template <typename Result>
+    static std::optional<Result> variant(Answer answer, const char* type,
+                                         std::optional<Result> (*read)(sd_bus_message*)) {
+        return answer.message ? readVariant(answer.message, type, read) : std::nullopt;
+    }
+
+    void askRole() {
+        call(atspi::kAccessible, "GetRole", [this](Answer answer) {
+            const auto number = answer.message ? readUint32(answer.message) : std::nullopt;
+            take(Fact::role, answer,
+                 number ? std::optional(static_cast<AtspiRole>(*number)) : std::nullopt,
+                 facts_.role);
+        });
+    }
+
+    void askStates() {
+        call(atspi::kAccessible, "GetState", [this](Answer answer) {
+            take(Fact::states, answer, answer.message ? readStates(answer.message) : std::nullopt,
+                 facts_.states);
+            // These say only of windows that they are showing.
+            if (program_.placesWithinWindow() && facts_.states.has(AtspiState::visible)) {
+                facts_.states.add(AtspiState::showing);
+            }
+        });
+    }
+
+    /// GTK 4 tells a password field by nothing but the name that it has when nobody named it.
+    void tellPassword() {
+        const bool isField = facts_.role == AtspiRole::entry || facts_.role == AtspiRole::text;
+        if (program_.placesWithinWindow() && isField && facts_.name == "GtkPasswordEntry") {
+            facts_.role = AtspiRole::passwordText;
+        }
+    }
+
+    void askProperties(FactSet wanted) {
+        const bool isOne = wanted.isEmpty() || wanted.isSingle();
+        if (program_.givesAllProperties() && !isOne) return askAllProperties(wanted);
+        wanted.forEach([&](Fact fact) {
+            call(
+                atspi::kProperties, "Get",
+                [this, fact](Answer answer) { takeProperty(fact, answer); }, "ss",
+                atspi::kAccessible, propertyName(fact));
+        });
+    }
+
+    void takeProperty(Fact fact, Answer answer) {
+        if (fact == Fact::childCount) {
+            return take(fact, answer, variant(answer, "i", readInt32), facts_.childCount);
+        }
+        auto& field = fact == Fact::name          ? facts_.name
+                      : fact == Fact::description ? facts_.description
+                                                  : facts_.identifier;
+        take(fact, answer, variant(answer, "s", readString), field);
+    }
+
+    void askAllProperties(FactSet wanted) {
+        call(
+            atspi::kProperties, "GetAll",
+            [this, wanted](Answer answer) {
+                // What the list leaves out is not supported.
+                wanted.forEach([&](Fact fact) {
+                    facts_.answered(fact, answer.message ? kAxAttributeUnsupported : answer.code);
+                });
+                if (answer.message) takeProperties(wanted, answer);
+            },
+            "s", atspi::kAccessible);
+    }
+
+    void takeProperties(FactSet wanted, Answer answer) {
+        sd_bus_message* message = answer.message;
+        if (sd_bus_message_enter_container(message, 'a', "{sv}") < 0) return;
+        while (sd_bus_message_enter_container(message, 'e', "sv") > 0) {
+            const auto name = readString(message);
+            auto meant = std::optional<Fact>();
+            wanted.forEach([&](Fact fact) {
+                if (name == propertyName(fact)) meant = fact;
+            });
+            if (meant) {
+                takeProperty(*meant, answer);
+            } else if (sd_bus_message_skip(message, "v") < 0) {
+                return;
+            }
+            if (sd_bus_message_exit_container(message) < 0) return;
+        }
+    }
+
+    void askChildren() {
+        const auto count = facts_.childCount;
+        // GTK 3 goes through the whole list for every child of it: who tells of a long list at once
+        // stays silent for long.
+        const auto most =
+            program_.tellsEverything() ? kShortList : std::max(maximumChildren_, kShortList);
+        if (!facts_.knows(Fact::childCount) || count > most) return askFirstChildren();
+        if (count <= 0) return facts_.answered(Fact::children, 0);
+        askFor(Fact::children, atspi::kAccessible, "GetChildren", readReferences, &Facts::children);
+    }
+
+    /// A list of any length costs what is wanted of it.
+    void askFirstChildren() {
+        if (!facts_.knows(Fact::childCount)) {
+            return facts_.answered(Fact::children, facts_.code(Fact::childCount));
+        }
+        const auto wanted =
+            static_cast<std::int32_t>(std::min<std::int64_t>(facts_.childCount, maximumChildren_));
+        facts_.children.assign(static_cast<std::size_t>(std::max(wanted, 0)), {});
+        const auto left = std::make_shared<std::int32_t>(wanted);
+        for (std::int32_t i = 0; i < wanted; ++i) {
+            call(
+                atspi::kAccessible, "GetChildAtIndex",
+                [this, i, left](Answer answer) {
+                    auto child = answer.message ? readReference(answer.message) : std::nullopt;
+                    if (child) facts_.children[static_cast<std::size_t>(i)] = std::move(*child);
+                    if (--*left > 0) return;
+                    std::erase_if(facts_.children,
+                                  [](const Reference& entry) { return entry.path.empty(); });
+                    facts_.answered(Fact::children, 0);
+                },
+                "i", i);
+        }
+        if (wanted <= 0) facts_.answered(Fact::children, 0);
+    }
+
+    /// One by one: the list that some toolkits give has names in the person's language, or none.
+    void askActions() {
+        call(
+            atspi::kProperties, "Get",
+            [this](Answer answer) {
+                const auto count = variant(answer, "i", readInt32);
+                facts_.answered(Fact::actions, answer.code);
+                facts_.actions.resize(
+                    static_cast<std::size_t>(std::clamp(count.value_or(0), 0, kMaximumActions)));
+                for (std::size_t i = 0; i < facts_.actions.size(); ++i) askActionName(i);
+            },
+            "ss", atspi::kAction, "NActions");
+    }
+
+    void askActionName(std::size_t index) {
+        call(
+            atspi::kAction, "GetName",
+            [this, index](Answer answer) {
+                const auto name = answer.message ? readString(answer.message) : std::nullopt;
+                facts_.actions[index] = name.value_or("");
+            },
+            "i", static_cast<std::int32_t>(index));
+    }
+
+    void askText() {
+        call(
+            atspi::kProperties, "Get",
+            [this](Answer answer) {
+                const auto count = variant(answer, "i", readInt32);
+                if (!count) return facts_.answered(Fact::text, answer.code);
+                // Not -1 for the end, which not every toolkit knows.
+                askFor(Fact::text, atspi::kText, "GetText", readString, &Facts::text, "ii", 0,
+                       std::clamp(*count, 0, kMaximumText));
+            },
+            "ss", atspi::kText, "CharacterCount");
+    }
+
+    void askParent() {
+        call(
+            atspi::kProperties, "Get",
+            [this](Answer answer) {
+                take(Fact::parent, answer, variant(answer, "(so)", readReference), facts_.parent);
+            },
+            "ss", atspi::kAccessible, "Parent");
+    }
+
+    void askParentRole() {
+        if (facts_.parent.path.empty()) return facts_.answered(Fact::parentRole, kAxFailure);
+        ofElement(facts_.parent, "GetRole", [this](Answer answer) {
+            const auto number = answer.message ? readUint32(answer.message) : std::nullopt;
+            facts_.parentRole = static_cast<AtspiRole>(number.value_or(0));
+            facts_.answered(Fact::parentRole, answer.code);
+        });
+    }
+
+    /// Calls another element, of this program or of one that is embedded in it.
+    void ofElement(const Reference& element, const char* member, AnswerHandler handler) {
+        const bool isOurs = element.busName == program_.busName();
+        countdown_.expect();
+        Peer& peer = isOurs ? peer_ : program_.onBus().bus().peer(element.busName);
+        peer.call(element.path.c_str(), atspi::kAccessible, member,
+                  [self = shared_from_this(), handler = std::move(handler)](Answer answer) {
+                      handler(answer);
+                      self->countdown_.answered();
+                  });
+    }
+
+    /// Looks for a text field among the first children.
+    void askEditableChild() {
+        facts_.answered(Fact::editableChild, 0);
+        const auto last = std::min<std::size_t>(facts_.children.size(), kMaximumParts);
+        for (std::size_t i = 0; i < last; ++i) {
+            ofElement(facts_.children[i], "GetState", [this](Answer answer) {
+                const auto states = answer.message ? readStates(answer.message) : std::nullopt;
+                if (states && states->has(AtspiState::editable)) facts_.hasEditableChild = true;
+            });
+        }
+    }
+
+    AtspiProgram& program_;
+    Peer& peer_;
+    const std::string& path_;
+    const std::int64_t maximumChildren_;
+    Facts& facts_;
+    Countdown countdown_;
+};
+
+}  // namespace
+
+void askFacts(const Questioned& whom, FactSet wanted, Facts& facts, std::function<void()> done) {
+    std::make_shared<Inquiry>(whom, facts, std::move(done))->begin(wanted);
+}
+
+}  // namespace quil::linux_platform

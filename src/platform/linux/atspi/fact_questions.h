@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "platform/linux/atspi/accessibility_bus.h"
+#include "platform/linux/atspi/facts.h"
+
+namespace quil::linux_platform {
+
+/// Whom to ask, and for how much.
+struct Questioned {
+    AtspiProgram& program;
+    /// The element's path there.
+    const std::string& path;
+    /// At most so many children are wanted.
+    std::int64_t maximumChildren;
+};
+
+/// Asks an element for facts, without waiting. The answers go to `facts`; `done` is called once,
+/// when all of them are there. Some facts lean on others that have to be known before: children on
+/// childCount, extents on states, and so on; what an attribute `needs` comes in that order. Both
+/// `facts` and the path live until then.
+void askFacts(const Questioned& whom, FactSet wanted, Facts& facts, std::function<void()> done);
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,75 @@
+#include "platform/linux/secure_input/focus_moves.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace quil::linux_platform {
+namespace {
+
+/// Nobody waits for a program for so long that older moves mattered.
+constexpr std::chrono::seconds kMemory{45};
+constexpr std::size_t kMaximumMoves = 20'000;
+constexpr std::size_t kAlwaysKept = 16;
+
+}  // namespace
+
+void FocusMoves::add(TapTime time, bool isLikely, Kind kind) {
+    if (kind == Kind::press) lastPress_ = time;
+    const TapTime press = kind == Kind::release ? lastPress_ : time;
+    // Only what comes after it goes elsewhere.
+    moves_.push_back({{time + std::chrono::nanoseconds(1), isLikely}, press});
+    while (moves_.size() > kMaximumMoves ||
+           (moves_.size() > kAlwaysKept && moves_.front().move.time + kMemory < time)) {
+        moves_.pop_front();
+    }
+}
+
+const FocusMove* FocusMoves::latestBefore(TapTime key) const {
+    const auto after = std::ranges::upper_bound(moves_, key, {},
+                                                [](const Entry& entry) { return entry.move.time; });
+    return after == moves_.begin() ? nullptr : &std::prev(after)->move;
+}
+
+std::vector<FocusMove> FocusMoves::all() const {
+    std::vector<FocusMove> moves;
+    moves.reserve(moves_.size());
+    for (const Entry& entry : moves_) moves.push_back(entry.move);
+    return moves;
+}
+
+void FocusMoves::programTold(std::optional<TapTime> latestPress, TapTime now) {
+    if (latestPress != told_) {
+        told_ = latestPress;
+        toldSince_ = now;
+    }
+    for (auto entry = moves_.rbegin(); entry != moves_.rend() && !entry->move.handled; ++entry) {
+        if (!latestPress) {
+            entry->move.handled = entry->move.time;
+        } else if (entry->press <= *latestPress) {
+            entry->move.handled = now;
+            entry->isCertain = true;
+        }
+    }
+}
+
+TapTime FocusMoves::quietSince() const {
+    const auto oldest = std::ranges::find_if(
+        moves_, [](const Entry& entry) { return !entry.move.handled.has_value(); });
+    return oldest == moves_.end() ? toldSince_ : std::max(toldSince_, oldest->move.time);
+}
+
+void FocusMoves::programWasIdle(TapTime then) {
+    for (auto entry = moves_.rbegin(); entry != moves_.rend() && !entry->move.handled; ++entry) {
+        if (entry->move.time <= then) entry->move.handled = entry->move.time;
+    }
+}
+
+void FocusMoves::programWasStuck(TapTime asked, TapTime answered) {
+    toldSince_ = answered;
+    for (auto entry = moves_.rbegin(); entry != moves_.rend(); ++entry) {
+        if (entry->move.time + 2 * kSettling < asked) break;
+        if (entry->move.handled && !entry->isCertain) entry->move.handled = answered;
+    }
+}
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <optional>
+#include <vector>
+
+#include "platform/linux/secure_input/focus_timeline.h"
+
+namespace quil::linux_platform {
+
+/// After so long without a sign a program is taken to have nothing to do; and so long after it came
+/// to what the person did, it says that its focus has moved.
+inline constexpr std::chrono::milliseconds kSettling{150};
+
+/// What the person did that may have moved the focus, and when the program had come to it. Toolkits
+/// tell by the time of the latest key or button press that they have taken from the server, which
+/// they put on their windows. A program that does not tell is taken to be prompt, until it is seen
+/// to have been stuck.
+class FocusMoves {
+  public:
+    /// The person did something. What is no press (a button that is let go, a window that comes to
+    /// the front) is dealt with together with the press before or after it.
+    enum class Kind { press, release, windowChange };
+    void add(TapTime time, bool isLikely, Kind kind);
+
+    /// The latest one before the key; null when there is none.
+    const FocusMove* latestBefore(TapTime key) const;
+    /// The moves, oldest first.
+    std::vector<FocusMove> all() const;
+
+    /// Whether it is not known of all whether the program has come to them.
+    bool areOpen() const { return !moves_.empty() && !moves_.back().move.handled; }
+    /// What the program tells of itself now; nothing when it does not.
+    void programTold(std::optional<TapTime> latestPress, TapTime now);
+    /// When the program was seen to have come to another press.
+    TapTime latestProgress() const { return toldSince_; }
+    /// Since when the program has told of no other press, with moves that it may not have come to.
+    TapTime quietSince() const;
+    /// The program has nothing to do, but was not told of the moves until then.
+    void programWasIdle(TapTime then);
+    /// The program was asked at one time and answered late.
+    void programWasStuck(TapTime asked, TapTime answered);
+
+  private:
+    struct Entry {
+        FocusMove move;
+        /// The press by which the program shows that it has come to it.
+        TapTime press;
+        /// It has shown that.
+        bool isCertain = false;
+    };
+
+    std::deque<Entry> moves_;
+    TapTime lastPress_;
+    std::optional<TapTime> told_;
+    TapTime toldSince_;
+};
+
+}  // namespace quil::linux_platform

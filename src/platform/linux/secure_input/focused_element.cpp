@@ -1,0 +1,59 @@
+#include "platform/linux/secure_input/focused_element.h"
+
+#include <chrono>
+#include <deque>
+#include <utility>
+
+#include "platform/linux/atspi/fact_questions.h"
+
+namespace quil::linux_platform {
+namespace {
+
+constexpr std::chrono::milliseconds kPatience{500};
+constexpr std::int64_t kMaximumChildren = 256;
+
+struct Candidate {
+    Reference reference;
+    Facts facts;
+};
+
+/// Asks all of them, which costs the time of one.
+void ask(AccessibilityBus& bus, std::deque<Candidate>& candidates, FactSet wanted) {
+    for (Candidate& candidate : candidates) {
+        AtspiProgram& program = bus.introducedProgram(candidate.reference.busName);
+        askFacts({program, candidate.reference.path, kMaximumChildren}, wanted, candidate.facts,
+                 [] {});
+    }
+    bus.waitForAnswers();
+}
+
+}  // namespace
+
+std::optional<Reference> focusedElement(AccessibilityBus& bus, const Reference& root) {
+    std::optional<Reference> focused;
+    std::deque<Candidate> level;
+    level.push_back({root, {}});
+    const auto deadline = BusClock::now() + kPatience;
+    while (!level.empty() && BusClock::now() < deadline) {
+        ask(bus, level, {Fact::states, Fact::childCount});
+        std::erase_if(level, [](const Candidate& candidate) {
+            // Not all toolkits tell what is showing.
+            return !candidate.facts.states.has(AtspiState::visible) ||
+                   candidate.facts.states.has(AtspiState::managesDescendants);
+        });
+        for (const Candidate& candidate : level) {
+            if (candidate.facts.states.has(AtspiState::focused)) focused = candidate.reference;
+        }
+        ask(bus, level, {Fact::children});
+        std::deque<Candidate> next;
+        for (Candidate& candidate : level) {
+            for (Reference& child : candidate.facts.children) {
+                next.push_back({std::move(child), {}});
+            }
+        }
+        level = std::move(next);
+    }
+    return focused;
+}
+
+}  // namespace quil::linux_platform

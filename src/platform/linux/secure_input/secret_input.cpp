@@ -1,0 +1,224 @@
+#include "platform/linux/secure_input/secret_input.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "platform/linux/applications/processes.h"
+#include "platform/linux/x11/windows/window_stack.h"
+
+namespace quil::linux_platform {
+namespace {
+
+using std::chrono::milliseconds;
+
+/// Nobody waits longer than this for a program that does not answer.
+constexpr milliseconds kPatience{20000};
+/// How often a program is looked at that has not come to what the person did.
+constexpr milliseconds kGlance{25};
+/// A program that takes longer to answer is busy with something.
+constexpr milliseconds kPromptness{100};
+/// For so long the active window is taken to be the same one, unless windows get the focus.
+constexpr milliseconds kLook{1000};
+constexpr int kMostGenerations = 16;
+constexpr TapTime kNever = TapTime::max();
+
+}  // namespace
+
+SecretInput::SecretInput(X11Display& display, const ServerClock& clock)
+    : display_(display), clock_(clock), reports_(FocusReports::open(display)) {
+    lookAround();
+}
+
+void SecretInput::mayMoveFocus(TapTime time, bool isLikely, FocusMoves::Kind kind) {
+    moves_.add(time, isLikely, kind);
+    judgements_ = {};
+}
+
+void SecretInput::windowGotFocus(TapTime time) {
+    mayMoveFocus(time, true, FocusMoves::Kind::windowChange);
+    windowGotFocus_ = time;
+}
+
+void SecretInput::prepareToWait(std::vector<pollfd>& descriptors) {
+    if (reports_) descriptors.push_back(reports_->waiting());
+}
+
+void SecretInput::process() {
+    judgements_ = {};
+    nextLook_ = reports_ ? reports_->process() : std::nullopt;
+    if (!reports_) return;
+    if (round_ && round_->answered) finishRound();
+    if (moves_.areOpen() || round_) followProgram();
+}
+
+/// Looks how far the active program has come. One that shows no progress is asked whether it is
+/// there at all: what the person did may be nothing to it, such as a key of the window manager's.
+void SecretInput::followProgram() {
+    const auto now = TapTime::clock::now();
+    if (isLookOutdated(now)) lookAround();
+    const auto connection = display_.connection();
+    const auto press = connection ? latestPressOf(*connection, active_) : std::nullopt;
+    moves_.programTold(press ? std::optional(clock_.timeOf(*press)) : std::nullopt, now);
+    if (!moves_.areOpen()) return;
+    lookAgainAt(now + kGlance);
+    if (now >= std::max(moves_.quietSince() + kSettling, answered_ + kGlance)) ask();
+}
+
+bool SecretInput::isLookOutdated(TapTime now) const {
+    return looked_ < windowGotFocus_ + kSettling || looked_ + kLook < now;
+}
+
+void SecretInput::lookAround() {
+    looked_ = TapTime::clock::now();
+    const auto connection = display_.connection();
+    const auto found = connection ? findActiveProgram(*connection) : ActiveProgram();
+    if (found.pid != active_.pid) {
+        previousPid_ = active_.pid;
+        if (reports_) reports_->learnPrograms();
+    }
+    active_ = found;
+    speakers_.clear();
+    judgements_ = {};
+}
+
+void SecretInput::lookAgainAt(TapTime time) {
+    nextLook_ = nextLook_ ? std::min(*nextLook_, time) : time;
+}
+
+/// Asks the active program what has the focus, and the one before for the sake of its last keys.
+void SecretInput::ask() {
+    if (round_) return;
+    if (isLookOutdated(TapTime::clock::now())) lookAround();
+    std::set<std::int32_t> pids;
+    if (active_.pid) pids.insert(*active_.pid);
+    if (previousPid_) pids.insert(*previousPid_);
+    for (const auto& [pid, isSpeaker] : speakers_) {
+        if (isSpeaker) pids.insert(pid);
+    }
+    round_ = reports_->askAgain(pids);
+    if (round_->answered) finishRound();
+}
+
+void SecretInput::finishRound() {
+    const auto round = std::exchange(round_, nullptr);
+    answered_ = *round->answered;
+    judgements_ = {};
+    if (round->failed) return lookAgainAt(answered_ + kGlance);
+    if (answered_ - round->asked > kPromptness) {
+        moves_.programWasStuck(round->asked, answered_);
+    } else if (passed_ >= moves_.quietSince() + kSettling) {
+        // The second answer without any progress in between.
+        moves_.programWasIdle(round->asked - kSettling);
+    }
+    passed_ = round->asked;
+}
+
+std::optional<bool> SecretInput::isSecret(TapTime key, std::optional<std::uint32_t> grabber) {
+    const bool isKnown = this->isKnown(key);
+    if (!isKnown && TapTime::clock::now() < patienceEnd(key)) return {};
+    if (!isKnown || (grabber && grabber != active_.client)) return true;
+    const Judgement& judgement = this->judgement(windowGotFocus_ <= key);
+    if (grabber && key < judgement.firstReport) return true;
+    return std::ranges::any_of(
+        judgement.secrets, [&](const Span& span) { return span.begin <= key && key < span.end; });
+}
+
+/// When to give up on the program: it is waited for as long as it works off its events.
+TapTime SecretInput::patienceEnd(TapTime key) const {
+    return std::max(key, moves_.latestProgress()) + kPatience;
+}
+
+/// Whether all is known that a key of that time depends on. If not, says when to look again.
+bool SecretInput::isKnown(TapTime key) {
+    const auto now = TapTime::clock::now();
+    const auto waitUntil = [&](TapTime time) {
+        lookAgainAt(std::min(time, patienceEnd(key)));
+        return false;
+    };
+    const FocusMove* move = moves_.latestBefore(key);
+    if (!reports_) {
+        if (move && looked_ < move->time) lookAround();
+        return true;
+    }
+    if (now < key + kLongestNewsDelay) return waitUntil(key + kLongestNewsDelay);
+    if (move && !move->handled) return waitUntil(now + kGlance);
+    if (move) {
+        if (now < *move->handled + kSettling) return waitUntil(*move->handled + kSettling);
+        if (passed_ < *move->handled + kSettling && now >= answered_ + kGlance) ask();
+        if (round_) return waitUntil(kNever);
+        if (passed_ < *move->handled + kSettling) return waitUntil(now + kGlance);
+    }
+    const auto& unknown = judgement(windowGotFocus_ <= key).unknown;
+    const bool isOpen = std::ranges::any_of(
+        unknown, [&](const Span& span) { return span.begin <= key && key < span.end; });
+    return isOpen ? waitUntil(kNever) : true;
+}
+
+/// Whether that is the active program's process or a helper of it: one that it started, itself or
+/// through others, and that has no window of its own (the processes of a web browser's pages).
+bool SecretInput::speaksForActive(std::int32_t pid) {
+    if (!active_.pid) return false;
+    const auto [entry, isNew] = speakers_.try_emplace(pid);
+    if (!isNew) return entry->second;
+    std::optional<std::int32_t> ancestor = pid;
+    for (int i = 0; i < kMostGenerations && ancestor && ancestor != active_.pid; ++i) {
+        ancestor = parentOf(*ancestor);
+    }
+    entry->second = ancestor == active_.pid;
+    const auto connection = entry->second && pid != active_.pid ? display_.connection() : nullptr;
+    if (connection) {
+        const auto windows = topLevelWindows(*connection);
+        entry->second = std::ranges::none_of(
+            windows, [&](const X11Window& window) { return window.pid == pid; });
+    }
+    return entry->second;
+}
+
+/// What the active program said, or all programs when another has become active since. When it says
+/// nothing, what any said since its window is in front: a program in a sandbox talks through
+/// another process.
+std::vector<const FocusReport*> SecretInput::relevantReports(bool isActiveStill) {
+    std::vector<const FocusReport*> relevant;
+    if (!reports_) return relevant;
+    const auto select = [&](auto isWanted) {
+        for (const FocusReport& report : reports_->reports()) {
+            if (isWanted(report)) relevant.push_back(&report);
+        }
+    };
+    select([&](const FocusReport& report) {
+        const auto pid = reports_->processOf(report);
+        return !isActiveStill || (pid && speaksForActive(*pid));
+    });
+    if (relevant.empty()) {
+        select([&](const FocusReport& report) { return report.arrival > windowGotFocus_; });
+    }
+    return relevant;
+}
+
+const SecretInput::Judgement& SecretInput::judgement(bool isActiveStill) {
+    auto& judgement = judgements_[isActiveStill ? 1 : 0];
+    if (judgement) return *judgement;
+    judgement.emplace();
+    const auto reports = relevantReports(isActiveStill);
+    std::vector<FocusNews> news;
+    news.reserve(reports.size());
+    for (const FocusReport* report : reports) {
+        news.push_back({report->arrival, report->content != FocusReport::Content::plain});
+    }
+    if (!news.empty()) judgement->firstReport = news.front().arrival;
+    if (std::ranges::none_of(news, &FocusNews::isSecret)) return *judgement;
+    // Of two explanations, the one that keeps the secret.
+    for (const auto guess : {FocusGuess::unlikelyMovesFailed, FocusGuess::earlyMovesFailed}) {
+        const auto since = focusChangeTimes(moves_.all(), news, guess);
+        for (std::size_t i = 0; i < reports.size(); ++i) {
+            if (!news[i].isSecret) continue;
+            const Span span{since[i], i + 1 < since.size() ? since[i + 1] : kNever};
+            const bool isKnown = reports[i]->content == FocusReport::Content::secret;
+            (isKnown ? judgement->secrets : judgement->unknown).push_back(span);
+        }
+    }
+    return *judgement;
+}
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,89 @@
+#include "platform/linux/x11/capture/linux_screen_capture.h"
+
+#include "platform/linux/x11/capture/pixel_format.h"
+#include "platform/linux/x11/capture/window_content.h"
+#include "platform/linux/x11/capture/window_shape.h"
+#include "platform/linux/x11/windows/window_stack.h"
+#include "platform/png/picture.h"
+#include "platform/png/png_encoder.h"
+
+namespace quil::linux_platform {
+namespace {
+
+/// The part of the content that the window's frame is: all but the shadows.
+struct Part {
+    int x, y, width, height;
+};
+
+Part partOf(const WindowContent& content, const X11Window& window) {
+    return {content.x + static_cast<int>(window.shadows.left),
+            content.y + static_cast<int>(window.shadows.top), static_cast<int>(window.frame.width),
+            static_cast<int>(window.frame.height)};
+}
+
+bool isInside(const Part& part, const WindowContent& content) {
+    return part.x >= 0 && part.y >= 0 && part.width > 0 && part.height > 0 &&
+           part.x + part.width <= content.pixmapWidth &&
+           part.y + part.height <= content.pixmapHeight;
+}
+
+}  // namespace
+
+LinuxScreenCapture::Session* LinuxScreenCapture::session() {
+    auto connection = display_.connection();
+    if (!connection) {
+        session_ = nullptr;
+    } else if (!session_ || session_->connection != connection) {
+        session_ = std::make_unique<Session>(std::move(connection));
+    }
+    return session_.get();
+}
+
+std::optional<ShareableContent> LinuxScreenCapture::getShareableContent(
+    bool excludingDesktopWindows, bool onScreenWindowsOnly) {
+    const auto connection = display_.connection();
+    if (!connection) return {};
+    ShareableContent content;
+    for (const X11Window& window : topLevelWindows(*connection)) {
+        if (onScreenWindowsOnly && !window.onScreen) continue;
+        if (excludingDesktopWindows && window.isDesktopElement) continue;
+        content.windows.push_back({window.id, window.layer, window.pid, window.frame});
+    }
+    return content;
+}
+
+std::unique_ptr<CapturedImage> LinuxScreenCapture::captureImage(
+    const ShareableWindow& window, const StreamConfiguration& configuration) {
+    Session* const with = session();
+    if (!with || !with->redirection.keepContent(window.windowId)) return nullptr;
+    X11Connection& connection = *with->connection;
+
+    const auto content = findWindowContent(with->connection, window.windowId);
+    const auto described = describeWindows(connection, {window.windowId});
+    if (!content || described.empty()) return nullptr;
+    const Rect& frame = described.front().frame;
+    const Part part = partOf(*content, described.front());
+    if (frame.width != window.frame.width || frame.height != window.frame.height ||
+        !isInside(part, *content)) {
+        return nullptr;
+    }
+
+    const auto format = readPixelFormat(connection, content->depth, content->visual);
+    if (!format) return nullptr;
+    const std::uint8_t* pixels =
+        with->transfer.fetch(content->pixmap.id(), part.x, part.y, part.width, part.height,
+                             format->rowBytes(part.width) * static_cast<std::size_t>(part.height));
+    if (!pixels) return nullptr;
+    Picture picture = pictureFromImage(pixels, part.width, part.height, *format);
+    clipToShape(connection, window.windowId, part.x - content->x, part.y - content->y, picture);
+    picture = resized(std::move(picture), configuration.width, configuration.height);
+    if (picture.width == 0) return nullptr;
+    return std::make_unique<PictureImage>(std::move(picture));
+}
+
+std::string LinuxScreenCapture::pngRepresentation(const CapturedImage& image) {
+    const auto* picture = dynamic_cast<const PictureImage*>(&image);
+    return picture ? encodePng(picture->picture()) : std::string();
+}
+
+}  // namespace quil::linux_platform

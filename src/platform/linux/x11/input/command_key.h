@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "platform/linux/x11/input/key_receiver.h"
+#include "platform/linux/x11/input/keyboard_session.h"
+#include "platform/linux/x11/input/spare_key_mapping.h"
+
+namespace quil::linux_platform {
+
+/// What a key of the typing block has on a US keyboard, by itself and with Shift.
+struct LatinSymbols {
+    std::uint8_t plain = 0;
+    std::uint8_t shifted = 0;
+};
+
+/// The Latin symbols for a key that has none in any of the person's layouts. Nothing when it has
+/// one, or is no key of the typing block.
+std::optional<LatinSymbols> missingLatinSymbols(const KeyboardMap& map, std::uint8_t keyCode);
+
+/// A spare key that stands for a Latin one while it lives. Programs know commands by their Latin
+/// letters: Control and the key that is V elsewhere pastes in a Cyrillic layout too, which without
+/// a second, Latin layout needs a key with that letter.
+class CommandKey {
+  public:
+    CommandKey(KeyboardSession& session, LatinSymbols symbols);
+    /// Waits until the program that has the focus has dealt with it.
+    ~CommandKey();
+
+    /// Nothing when there is no spare key.
+    std::optional<std::uint8_t> keyCode() const;
+
+  private:
+    KeyReceiver receiver_;
+    SpareKeyUse spare_;
+};
+
+}  // namespace quil::linux_platform

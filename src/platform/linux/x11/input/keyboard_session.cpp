@@ -1,0 +1,172 @@
+#include "platform/linux/x11/input/keyboard_session.h"
+
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "platform/event_posting.h"
+#include "platform/linux/x11/input/spare_key_mapping.h"
+#include "platform/linux/x11/keyboard/key_symbols.h"
+#include "platform/linux/x11/keyboard/xkb_protocol.h"
+#include "platform/linux/x11/properties.h"
+
+namespace quil::linux_platform {
+namespace {
+
+// X key codes where these keys usually are.
+constexpr std::uint8_t kUsualControl = 37;
+constexpr std::uint8_t kUsualShift = 50;
+constexpr std::uint8_t kUsualAlt = 64;
+
+/// On the root window during a session: the modifiers that the person has locked.
+constexpr std::string_view kLocksProperty = "_QUIL_KEYBOARD_LOCKS";
+
+}  // namespace
+
+KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection)
+    : connection_(std::move(connection)), turn_(*connection_) {
+    if (enableXkb(*connection_)) {
+        if (auto map = readKeyboardMap(*connection_)) {
+            map_ = std::move(*map);
+            forgetSpareKeys(*connection_, map_);
+            knowsKeys_ = true;
+        }
+    }
+    numLock_ = map_.modifiersOf(kSymbolNumLock);
+    shiftKey_ = flagKey(kSymbolShiftL, kSymbolShiftR, kUsualShift);
+    if (!knowsKeys_) return;
+    undoUseOfKilled();
+    takeKeyboard();
+}
+
+void KeyboardSession::undoUseOfKilled() {
+    const auto locks = readProperty(*connection_, connection_->root(), kLocksProperty).number();
+    if (!locks) return;
+    KeySet left = keysDown(*connection_);
+    for (const HeldKeys& held : keysHeldByHand(*connection_)) left &= ~held.keys;
+    for (std::size_t code = 0; code < left.size(); ++code) {
+        if (left[code]) send(static_cast<std::uint8_t>(code), false);
+    }
+    lockModifiers(*connection_, 0xFF, static_cast<std::uint8_t>(*locks));
+}
+
+void KeyboardSession::takeKeyboard() {
+    const auto state = connection_->reply(xcb_xkb_get_state_reply,
+                                          xcb_xkb_get_state(connection_->get(), kCoreKeyboard));
+    if (!state) return;
+    group_ = state->group;
+    locks_ = locksBefore_ = state->lockedMods;
+    latchesBefore_ = state->latchedMods;
+    const std::uint32_t locks = locksBefore_;
+    xcb_change_property(connection_->get(), XCB_PROP_MODE_REPLACE, connection_->root(),
+                        connection_->atom(kLocksProperty), XCB_ATOM_CARDINAL, 32, 1, &locks);
+    if (state->baseMods != 0) {
+        heldBefore_ = keysDown(*connection_);
+        for (const HeldKeys& held : keysHeldByHand(*connection_)) heldByHandBefore_ |= held.keys;
+        for (std::size_t code = 0; code < heldBefore_.size(); ++code) {
+            if (map_.keys[code].modifiers == 0) heldBefore_[code] = false;
+            if (heldBefore_[code]) send(static_cast<std::uint8_t>(code), false);
+        }
+    }
+    if (latchesBefore_ != 0) latchModifiers(*connection_, 0);
+}
+
+KeyboardSession::~KeyboardSession() {
+    releaseFlagKeys();
+    useModifiersAsBefore();
+    if (latchesBefore_ != 0) latchModifiers(*connection_, latchesBefore_);
+    giveHeldKeysBack();
+    xcb_delete_property(connection_->get(), connection_->root(), connection_->atom(kLocksProperty));
+    connection_->sync();
+}
+
+void KeyboardSession::giveHeldKeysBack() {
+    if (heldBefore_.none()) return;
+    const std::vector<HeldKeys> byHand = keysHeldByHand(*connection_);
+    for (std::size_t index = 0; index < heldBefore_.size(); ++index) {
+        if (!heldBefore_[index]) continue;
+        const auto code = static_cast<std::uint8_t>(index);
+        const auto held = std::find_if(byHand.begin(), byHand.end(), [&](const HeldKeys& keyboard) {
+            return keyboard.keys[code];
+        });
+        if (held != byHand.end()) {
+            pressHeldKey(*connection_, held->device, code);
+        } else if (!heldByHandBefore_[code]) {
+            // A program pressed it, on the device on which we have released it.
+            send(code, true);
+        }
+    }
+}
+
+void KeyboardSession::send(std::uint8_t keyCode, bool isDown) {
+    xcb_test_fake_input(connection_->get(), isDown ? XCB_KEY_PRESS : XCB_KEY_RELEASE, keyCode,
+                        XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+}
+
+void KeyboardSession::tap(std::uint8_t keyCode) {
+    send(keyCode, true);
+    send(keyCode, false);
+}
+
+void KeyboardSession::key(std::uint8_t keyCode, bool isDown, std::uint64_t flags) {
+    if (isDown) {
+        // A key that is a lock itself works on what the person has locked.
+        if (map_.keys[keyCode].modifiers == 0) lock(keptLocks());
+        for (const std::uint8_t flagKey : flagKeys(flags)) {
+            send(flagKey, true);
+            pressedFlagKeys_.push_back(flagKey);
+        }
+    }
+    send(keyCode, isDown);
+    if (!isDown) releaseFlagKeys();
+}
+
+void KeyboardSession::releaseFlagKeys() {
+    while (!pressedFlagKeys_.empty()) {
+        send(pressedFlagKeys_.back(), false);
+        pressedFlagKeys_.pop_back();
+    }
+}
+
+std::uint8_t KeyboardSession::flagKey(std::uint32_t symbol, std::uint32_t otherSymbol,
+                                      std::uint8_t usual) const {
+    for (const std::uint32_t wanted : {symbol, otherSymbol}) {
+        const auto key = map_.keyWithSymbol(wanted);
+        if (key && map_.keys[*key].modifiers != 0) return *key;
+    }
+    return usual;
+}
+
+std::vector<std::uint8_t> KeyboardSession::flagKeys(std::uint64_t flags) const {
+    std::vector<std::uint8_t> keys;
+    if (flags & (kEventFlagMaskControl | kEventFlagMaskCommand)) {
+        keys.push_back(flagKey(kSymbolControlL, kSymbolControlR, kUsualControl));
+    }
+    if (flags & kEventFlagMaskAlternate)
+        keys.push_back(flagKey(kSymbolAltL, kSymbolMetaL, kUsualAlt));
+    if (flags & kEventFlagMaskShift) keys.push_back(shiftKey_);
+    return keys;
+}
+
+void KeyboardSession::useModifiers(std::uint8_t modifiers) {
+    const bool needsShift = (modifiers & XCB_MOD_MASK_SHIFT) != 0;
+    if (needsShift != isShiftPressed_) send(shiftKey_, needsShift);
+    isShiftPressed_ = needsShift;
+    lock(static_cast<std::uint8_t>((modifiers & ~XCB_MOD_MASK_SHIFT) | keptLocks()));
+}
+
+void KeyboardSession::useModifiersAsBefore() {
+    if (isShiftPressed_) send(shiftKey_, false);
+    isShiftPressed_ = false;
+    lock(locksBefore_);
+}
+
+void KeyboardSession::lock(std::uint8_t locks) {
+    if (!knowsKeys_ || locks == locks_) return;
+    lockModifiers(*connection_, 0xFF, locks);
+    locks_ = locks;
+}
+
+}  // namespace quil::linux_platform

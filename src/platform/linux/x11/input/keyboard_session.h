@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/input/keyboard_devices.h"
+#include "platform/linux/x11/input/keyboard_turn.h"
+#include "platform/linux/x11/keyboard/keyboard_map.h"
+
+namespace quil::linux_platform {
+
+/// The keyboard while keys are posted, which no other runtime does meanwhile. What the person
+/// holds, has latched or locked is taken away at the start, so that posted keys have the modifiers
+/// that they are posted with and no others, and given back at the end: modifier keys that the
+/// person has let go meanwhile stay up. Num Lock stays as it is.
+/// What a runtime that was killed has left pressed or locked is undone first.
+class KeyboardSession {
+  public:
+    explicit KeyboardSession(std::shared_ptr<X11Connection> connection);
+    ~KeyboardSession();
+    KeyboardSession(const KeyboardSession&) = delete;
+    KeyboardSession& operator=(const KeyboardSession&) = delete;
+
+    X11Connection& connection() const { return *connection_; }
+    /// Whether the X keyboard extension tells what the keys mean; the map is empty otherwise.
+    bool knowsKeys() const { return knowsKeys_; }
+    const KeyboardMap& map() const { return map_; }
+    /// To be asked now and then: whether the keyboard is still ours.
+    bool keepTurn() { return turn_.keep(); }
+    /// The layout that is active.
+    std::uint8_t group() const { return group_; }
+
+    /// Presses or releases a key with these event flags: their modifier keys go down before it, in
+    /// the order control (command is control too), option, shift, and up after it in reverse.
+    void key(std::uint8_t keyCode, bool isDown, std::uint64_t flags);
+    /// Presses and releases a key as things are.
+    void tap(std::uint8_t keyCode);
+    /// Makes exactly these modifiers active, and those that stay locked: Shift by its key, which
+    /// programs that know keys only can see, the others by locking them.
+    void useModifiers(std::uint8_t modifiers);
+    /// Back to what the person had locked.
+    void useModifiersAsBefore();
+    /// Num Lock if it was locked.
+    std::uint8_t keptLocks() const { return locksBefore_ & numLock_; }
+
+  private:
+    void undoUseOfKilled();
+    void takeKeyboard();
+    void giveHeldKeysBack();
+    void releaseFlagKeys();
+    void lock(std::uint8_t locks);
+    void send(std::uint8_t keyCode, bool isDown);
+    std::uint8_t flagKey(std::uint32_t symbol, std::uint32_t otherSymbol, std::uint8_t usual) const;
+    std::vector<std::uint8_t> flagKeys(std::uint64_t flags) const;
+
+    std::shared_ptr<X11Connection> connection_;
+    KeyboardTurn turn_;
+    bool knowsKeys_ = false;
+    KeyboardMap map_;
+    std::uint8_t group_ = 0;
+    std::uint8_t numLock_ = 0;
+    std::uint8_t locksBefore_ = 0;
+    std::uint8_t locks_ = 0;
+    std::uint8_t latchesBefore_ = 0;
+    KeySet heldBefore_;
+    /// Those of them that a hand held.
+    KeySet heldByHandBefore_;
+    std::vector<std::uint8_t> pressedFlagKeys_;
+    std::uint8_t shiftKey_ = 0;
+    bool isShiftPressed_ = false;
+};
+
+}  // namespace quil::linux_platform

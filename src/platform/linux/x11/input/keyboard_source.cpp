@@ -1,0 +1,54 @@
+#include "platform/linux/x11/input/keyboard_source.h"
+
+#include <utility>
+
+#include "platform/linux/x11/input/text_typist.h"
+#include "platform/linux/x11/keyboard/key_codes.h"
+
+namespace quil::linux_platform {
+
+KeyboardSource::KeyboardSource(std::shared_ptr<X11Connection> connection)
+    : connection_(std::move(connection)) {}
+
+KeyboardSource::~KeyboardSource() {
+    deliverText();
+}
+
+KeyboardSession& KeyboardSource::session() {
+    if (!session_) session_.emplace(connection_);
+    return *session_;
+}
+
+void KeyboardSource::post(const PostedEvent& event) {
+    const bool isDown = event.type == kEventKeyDown;
+    if (event.text) {
+        // Key down types, key up carries the same text once more.
+        if (isDown) text_ += *event.text;
+        return;
+    }
+    deliverText();
+    const auto keyCode = xKeyCode(event.keyCode);
+    const xcb_setup_t& setup = *xcb_get_setup(connection_->get());
+    if (!keyCode || *keyCode < setup.min_keycode || *keyCode > setup.max_keycode) return;
+    session().key(keyToSend(*keyCode, isDown, event.flags), isDown, event.flags);
+    xcb_flush(connection_->get());
+    if (!isDown) commandKey_.reset();
+}
+
+std::uint8_t KeyboardSource::keyToSend(std::uint8_t keyCode, bool isDown, std::uint64_t flags) {
+    constexpr std::uint64_t kCommandFlags =
+        kEventFlagMaskCommand | kEventFlagMaskControl | kEventFlagMaskAlternate;
+    if (isDown && (flags & kCommandFlags) != 0 && session().knowsKeys()) {
+        const auto symbols = missingLatinSymbols(session().map(), keyCode);
+        if (symbols) commandKey_.emplace(session(), *symbols);
+    }
+    return commandKey_ ? commandKey_->keyCode().value_or(keyCode) : keyCode;
+}
+
+void KeyboardSource::deliverText() {
+    if (text_.empty()) return;
+    typeText(session(), text_);
+    text_.clear();
+}
+
+}  // namespace quil::linux_platform

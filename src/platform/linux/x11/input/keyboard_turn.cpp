@@ -1,0 +1,65 @@
+#include "platform/linux/x11/input/keyboard_turn.h"
+
+#include <thread>
+#include <utility>
+
+namespace quil::linux_platform {
+namespace {
+
+/// Longer than a program is waited for that deals with a part of a text.
+constexpr std::chrono::seconds kPatience{7};
+constexpr std::chrono::seconds kSignInterval{1};
+constexpr std::chrono::milliseconds kLookInterval{10};
+
+}  // namespace
+
+KeyboardTurn::KeyboardTurn(X11Connection& connection)
+    : connection_(connection), selection_(connection.atom("_QUIL_KEYBOARD_TURN")) {
+    xcb_window_t other = owner();
+    auto deadline = Clock::now() + kPatience;
+    while (connection_.isAlive()) {
+        const bool isFree = other == XCB_WINDOW_NONE || Clock::now() >= deadline;
+        if (isFree && takeIf(other)) return;
+        std::this_thread::sleep_for(kLookInterval);
+        const xcb_window_t before = std::exchange(other, owner());
+        if (other != before) deadline = Clock::now() + kPatience;
+    }
+}
+
+KeyboardTurn::~KeyboardTurn() {
+    if (window_ == XCB_WINDOW_NONE) return;
+    xcb_destroy_window(connection_.get(), window_);  // ends the ownership, too
+    xcb_flush(connection_.get());
+}
+
+bool KeyboardTurn::keep() {
+    if (Clock::now() < nextSign_) return true;
+    return window_ != XCB_WINDOW_NONE && takeIf(window_);
+}
+
+xcb_window_t KeyboardTurn::owner() const {
+    const auto reply = connection_.reply(xcb_get_selection_owner_reply,
+                                         xcb_get_selection_owner(connection_.get(), selection_));
+    return reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
+}
+
+/// Whether that one was the owner still.
+bool KeyboardTurn::takeIf(xcb_window_t expected) {
+    xcb_grab_server(connection_.get());
+    const bool isExpected = owner() == expected;
+    if (isExpected) take();
+    xcb_ungrab_server(connection_.get());
+    xcb_flush(connection_.get());
+    return isExpected;
+}
+
+void KeyboardTurn::take() {
+    const xcb_window_t former = std::exchange(window_, xcb_generate_id(connection_.get()));
+    xcb_create_window(connection_.get(), 0, window_, connection_.root(), 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_set_selection_owner(connection_.get(), window_, selection_, XCB_CURRENT_TIME);
+    if (former != XCB_WINDOW_NONE) xcb_destroy_window(connection_.get(), former);
+    nextSign_ = Clock::now() + kSignInterval;
+}
+
+}  // namespace quil::linux_platform

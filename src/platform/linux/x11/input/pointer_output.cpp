@@ -1,0 +1,84 @@
+#include "platform/linux/x11/input/pointer_output.h"
+
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+namespace quil::linux_platform {
+namespace {
+
+constexpr std::uint8_t kLeftButton = 1;
+constexpr std::uint8_t kWheelUp = 4;
+constexpr std::uint8_t kWheelDown = 5;
+constexpr std::uint8_t kWheelLeft = 6;
+constexpr std::uint8_t kWheelRight = 7;
+
+constexpr std::chrono::milliseconds kButtonsValidity{100};
+
+std::int16_t pixel(double coordinate) {
+    using Limits = std::numeric_limits<std::int16_t>;
+    if (std::isnan(coordinate)) return 0;
+    return static_cast<std::int16_t>(
+        std::clamp(std::floor(coordinate), double{Limits::min()}, double{Limits::max()}));
+}
+
+void moveTo(X11Connection& connection, Point point) {
+    xcb_test_fake_input(connection.get(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, connection.root(),
+                        pixel(point.x), pixel(point.y), 0);
+}
+
+void sendButton(X11Connection& connection, std::uint8_t button, bool isDown) {
+    xcb_test_fake_input(connection.get(), isDown ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, button,
+                        XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+}
+
+}  // namespace
+
+std::uint8_t PointerOutput::deviceButton(X11Connection& connection, std::uint8_t button) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now >= buttonsExpire_) {
+        const auto mapping = connection.reply(xcb_get_pointer_mapping_reply,
+                                              xcb_get_pointer_mapping(connection.get()));
+        if (!mapping) return button;
+        const std::uint8_t* first = xcb_get_pointer_mapping_map(mapping.get());
+        buttons_.assign(first, first + xcb_get_pointer_mapping_map_length(mapping.get()));
+        buttonsExpire_ = now + kButtonsValidity;
+    }
+    const auto found = std::find(buttons_.begin(), buttons_.end(), button);
+    if (found == buttons_.end()) return button;
+    return static_cast<std::uint8_t>(found - buttons_.begin() + 1);
+}
+
+void PointerOutput::turnWheel(X11Connection& connection, std::int32_t amount, std::uint8_t positive,
+                              std::uint8_t negative) {
+    if (amount == 0) return;
+    const std::uint8_t button = deviceButton(connection, amount > 0 ? positive : negative);
+    const std::int32_t limited = std::clamp(amount, -kMostWheelClicks, kMostWheelClicks);
+    for (std::int32_t i = std::abs(limited); i > 0; --i) {
+        sendButton(connection, button, true);
+        sendButton(connection, button, false);
+    }
+}
+
+void PointerOutput::send(X11Connection& connection, const PostedEvent& event) {
+    moveTo(connection, event.location);
+    switch (event.type) {
+        case kEventLeftMouseDown:
+        case kEventLeftMouseUp:
+            sendButton(connection, deviceButton(connection, kLeftButton),
+                       event.type == kEventLeftMouseDown);
+            break;
+        case kEventScrollWheel:
+            turnWheel(connection, event.wheel1, kWheelUp, kWheelDown);
+            turnWheel(connection, event.wheel2, kWheelLeft, kWheelRight);
+            break;
+        default:
+            break;
+    }
+    xcb_flush(connection.get());
+}
+
+}  // namespace quil::linux_platform

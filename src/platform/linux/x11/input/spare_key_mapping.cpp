@@ -1,0 +1,125 @@
+#include "platform/linux/x11/input/spare_key_mapping.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/x11/input/keyboard_turn.h"
+#include "platform/linux/x11/keyboard/xkb_protocol.h"
+#include "platform/linux/x11/properties.h"
+
+namespace quil::linux_platform {
+namespace {
+
+/// The keys in use, on the root window.
+constexpr std::string_view kKeysProperty = "_QUIL_SPARE_KEYS";
+
+using Bytes = std::vector<std::uint8_t>;
+
+template <typename T>
+void append(Bytes& bytes, const T& value) {
+    const auto* first = reinterpret_cast<const std::uint8_t*>(&value);
+    bytes.insert(bytes.end(), first, first + sizeof value);
+}
+
+void appendSymbols(Bytes& bytes, std::uint16_t& total, const KeyboardMap::Key& key) {
+    xcb_xkb_key_sym_map_t wire{};
+    std::copy(key.types.begin(), key.types.end(), std::begin(wire.kt_index));
+    wire.groupInfo = key.groupInfo;
+    wire.width = key.width;
+    wire.nSyms = static_cast<std::uint16_t>(key.symbols.size());
+    append(bytes, wire);
+    for (const std::uint32_t symbol : key.symbols) append(bytes, symbol);
+    total = static_cast<std::uint16_t>(total + key.symbols.size());
+}
+
+KeyboardMap::Key spareKey(const SpareKeys& spare, const SpareSymbols& symbols, std::size_t index) {
+    KeyboardMap::Key key;
+    key.types.fill(static_cast<std::uint8_t>(spare.type));
+    key.groupInfo = 1;
+    key.width = static_cast<std::uint8_t>(spare.combinations.size());
+    key.symbols.assign(key.width, 0);
+    for (std::size_t level = 0; level < symbols.size(); ++level) {
+        if (index < symbols[level].size()) key.symbols[level] = symbols[level][index];
+    }
+    return key;
+}
+
+/// Whether the key is one that `spareKey` makes. The person may have chosen another layout since,
+/// and keys of one group usually have no types for others.
+bool isSpareKey(const KeyboardMap::Key& key) {
+    const bool hasOneType = std::all_of(key.types.begin(), key.types.end(),
+                                        [&](auto type) { return type == key.types[0]; });
+    return key.modifiers == 0 && key.groupInfo == 1 && key.types[0] != 0 && hasOneType;
+}
+
+PropertyRequest leftKeys(X11Connection& connection) {
+    return readProperty(connection, connection.root(), kKeysProperty);
+}
+
+}  // namespace
+
+SpareKeyUse::SpareKeyUse(X11Connection& connection, KeyboardMap map)
+    : connection_(connection),
+      map_(std::move(map)),
+      keys_(findSpareKeys(map_)),
+      isMapped_(leftKeys(connection).exists()) {}
+
+bool SpareKeyUse::map(const SpareSymbols& symbols) {
+    const std::vector<std::uint32_t> codes(keys_.keyCodes.begin(), keys_.keyCodes.end());
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.root(),
+                        connection_.atom(kKeysProperty), XCB_ATOM_CARDINAL, 32,
+                        static_cast<std::uint32_t>(codes.size()), codes.data());
+    isMapped_ = true;
+    return send(symbols);
+}
+
+void SpareKeyUse::unmap() {
+    send({});
+    isMapped_ = false;
+    xcb_delete_property(connection_.get(), connection_.root(), connection_.atom(kKeysProperty));
+}
+
+/// One request for all keys from the first to the last spare one: those in between, which have a
+/// meaning, are written as they are.
+bool SpareKeyUse::send(const SpareSymbols& symbols) {
+    if (keys_.keyCodes.empty()) return false;
+    xcb_xkb_set_map_request_t request{};
+    request.deviceSpec = kCoreKeyboard;
+    request.present = XCB_XKB_MAP_PART_KEY_SYMS;
+    request.minKeyCode = map_.minKeyCode;
+    request.maxKeyCode = map_.maxKeyCode;
+    request.firstKeySym = keys_.keyCodes.front();
+    request.nKeySyms =
+        static_cast<std::uint8_t>(keys_.keyCodes.back() - keys_.keyCodes.front() + 1);
+    const std::size_t used = symbols.empty() ? 0 : symbols[keys_.levels.front()].size();
+    Bytes values;
+    std::size_t index = 0;
+    for (std::size_t code = keys_.keyCodes.front(); code <= keys_.keyCodes.back(); ++code) {
+        const bool isUsed = index < used && keys_.keyCodes[index] == code;
+        appendSymbols(values, request.totalSyms,
+                      isUsed ? spareKey(keys_, symbols, index) : map_.keys[code]);
+        if (isUsed) ++index;
+    }
+    return setKeyboardMap(connection_, request, values);
+}
+
+void forgetSpareKeys(X11Connection& connection, KeyboardMap& map) {
+    const PropertyRequest left = leftKeys(connection);
+    for (const std::uint32_t code : left.numbers()) {
+        if (code < map.keys.size() && isSpareKey(map.keys[code])) map.keys[code] = {};
+    }
+}
+
+void clearSpareKeys(X11Connection& connection) {
+    if (!leftKeys(connection).exists()) return;
+    const KeyboardTurn turn(connection);
+    if (!enableXkb(connection)) return;
+    auto map = readKeyboardMap(connection);
+    if (!map) return;
+    forgetSpareKeys(connection, *map);
+    SpareKeyUse use(connection, std::move(*map));
+    if (use.isMapped()) use.unmap();
+}
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,208 @@
+#include "platform/linux/x11/input/text_plan.h"
+
+#include <xcb/xproto.h>
+#include <xkbcommon/xkbcommon.h>
+
+#include <algorithm>
+#include <bit>
+#include <set>
+#include <unordered_map>
+#include <utility>
+
+#include "platform/linux/x11/keyboard/key_symbols.h"
+#include "text/characters.h"
+
+namespace quil::linux_platform {
+namespace {
+
+using Strokes = std::unordered_map<std::uint32_t, Stroke>;
+
+/// Below are the keys that layouts differ in; the last of them is the key next to the left Shift.
+constexpr std::size_t kFirstSpareKeyCode = 95;
+constexpr char32_t kReplacement = 0xFFFD;
+
+/// Takes the first character off the text.
+char32_t takeCharacter(std::u16string_view& text) {
+    const char16_t first = text.front();
+    text.remove_prefix(1);
+    if (!isHighSurrogate(first)) return isLowSurrogate(first) ? kReplacement : char32_t{first};
+    if (text.empty() || !isLowSurrogate(text.front())) return kReplacement;
+    const char16_t second = text.front();
+    text.remove_prefix(1);
+    return 0x10000 + ((char32_t{first} - 0xD800) << 10) + (char32_t{second} - 0xDC00);
+}
+
+/// 0 for a character that cannot be typed.
+std::uint32_t symbolOf(char32_t character) {
+    switch (character) {
+        case '\n':
+        case '\r':
+            return kSymbolReturn;
+        case '\t':
+            return kSymbolTab;
+        case '\b':
+            return kSymbolBackSpace;
+        case 0x1B:
+            return kSymbolEscape;
+        case 0x7F:
+            return kSymbolDelete;
+        default:
+            break;
+    }
+    const bool isControl = character < 0x20 || (character >= 0x80 && character < 0xA0);
+    if (isControl) return 0;
+    return character < 0x100 ? character : kUnicodeSymbolBase + character;
+}
+
+/// The symbol in the form that `symbolOf` gives; many characters have an older one, too.
+std::uint32_t usualSymbol(std::uint32_t symbol) {
+    if (symbol >= kFirstKeypadSymbol && symbol <= kLastKeypadSymbol) return 0;
+    return symbolOf(static_cast<char32_t>(xkb_keysym_to_utf32(symbol)));
+}
+
+std::uint8_t levelFor(const KeyboardMap::KeyType& type, std::uint8_t modifiers) {
+    for (const auto& entry : type.entries) {
+        if (entry.modifiers == (modifiers & type.mask)) return entry.level;
+    }
+    return 0;
+}
+
+/// The modifiers that programs take for a command, or that change what other keys do.
+std::uint8_t commandModifiers(const KeyboardMap& map) {
+    std::uint8_t modifiers = XCB_MOD_MASK_LOCK | XCB_MOD_MASK_CONTROL;
+    for (const std::uint32_t symbol :
+         {kSymbolMetaL, kSymbolMetaR, kSymbolAltL, kSymbolAltR, kSymbolSuperL, kSymbolSuperR,
+          kSymbolHyperL, kSymbolHyperR, kSymbolNumLock}) {
+        modifiers |= map.modifiersOf(symbol);
+    }
+    return modifiers;
+}
+
+/// The combinations of modifiers that lead to symbols and that are no commands, the simplest first.
+std::vector<std::uint8_t> textCombinations(const KeyboardMap& map) {
+    const std::uint8_t commands = commandModifiers(map);
+    std::set<std::uint8_t> combinations = {0};
+    for (const KeyboardMap::KeyType& type : map.types) {
+        for (const auto& entry : type.entries) {
+            if ((entry.modifiers & commands) == 0) combinations.insert(entry.modifiers);
+        }
+    }
+    std::vector<std::uint8_t> sorted(combinations.begin(), combinations.end());
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](auto a, auto b) { return std::popcount(a) < std::popcount(b); });
+    return sorted;
+}
+
+/// The simplest way to each symbol that the layout has.
+Strokes strokesOfLayout(const KeyboardMap& map, std::uint8_t group, std::uint8_t locked) {
+    Strokes strokes;
+    for (const std::uint8_t modifiers : textCombinations(map)) {
+        for (std::size_t code = map.minKeyCode; code <= map.maxKeyCode; ++code) {
+            const KeyboardMap::Key& key = map.keys[code];
+            const auto keyGroup = key.group(group);
+            if (!keyGroup || key.modifiers != 0) continue;
+            const std::size_t type = key.types[*keyGroup];
+            if (type >= map.types.size()) continue;
+            const auto level =
+                levelFor(map.types[type], static_cast<std::uint8_t>(modifiers | locked));
+            const std::uint32_t symbol = usualSymbol(key.symbol(*keyGroup, level));
+            if (symbol != 0) {
+                strokes.try_emplace(symbol, Stroke{static_cast<std::uint8_t>(code), modifiers});
+            }
+        }
+    }
+    return strokes;
+}
+
+/// Gives the symbol the next free place.
+Stroke assign(SpareSymbols& symbols, const SpareKeys& spare, std::size_t place,
+              std::uint32_t symbol) {
+    const std::uint8_t level = spare.levels[place / spare.keyCodes.size()];
+    symbols.resize(spare.levels.size());
+    symbols[level].push_back(symbol);
+    return {spare.keyCodes[symbols[level].size() - 1], spare.combinations[level]};
+}
+
+/// The combinations that lead to the type's levels; empty when some level has none.
+std::vector<std::uint8_t> combinationsOf(const KeyboardMap::KeyType& type) {
+    std::vector<std::uint8_t> combinations(type.levels, 0);
+    for (const auto& entry : type.entries) {
+        if (entry.level < type.levels) combinations[entry.level] = entry.modifiers;
+    }
+    const bool isWhole =
+        std::all_of(combinations.begin() + 1, combinations.end(), [](auto mods) { return mods; });
+    return isWhole ? combinations : std::vector<std::uint8_t>();
+}
+
+/// Chooses the key type with the most levels that can be had without commands. It is one of those
+/// that are there: Xlib would not notice that a type has become another one.
+void chooseType(SpareKeys& spare, const KeyboardMap& map) {
+    const std::uint8_t commands = commandModifiers(map);
+    for (std::size_t i = 0; i < map.types.size(); ++i) {
+        auto combinations = combinationsOf(map.types[i]);
+        const bool isFit = (map.types[i].mask & commands) == 0;
+        if (!isFit || combinations.size() <= spare.combinations.size()) continue;
+        spare.type = i;
+        spare.combinations = std::move(combinations);
+    }
+}
+
+}  // namespace
+
+SpareKeys findSpareKeys(const KeyboardMap& map) {
+    SpareKeys spare;
+    for (std::size_t code = kFirstSpareKeyCode; code <= map.maxKeyCode; ++code) {
+        const KeyboardMap::Key& key = map.keys[code];
+        if (key.hasSymbols() || key.modifiers != 0) continue;
+        spare.keyCodes.push_back(static_cast<std::uint8_t>(code));
+    }
+    chooseType(spare, map);
+    for (std::size_t level = 0; level < spare.combinations.size(); ++level) {
+        spare.levels.push_back(static_cast<std::uint8_t>(level));
+    }
+    std::stable_partition(spare.levels.begin(), spare.levels.end(), [&](std::uint8_t level) {
+        return (spare.combinations[level] & XCB_MOD_MASK_SHIFT) == 0;
+    });
+    return spare;
+}
+
+std::vector<std::uint32_t> symbolsToType(std::u16string_view text) {
+    std::vector<std::uint32_t> symbols;
+    symbols.reserve(text.size());
+    bool wasCarriageReturn = false;
+    while (!text.empty()) {
+        const char32_t character = takeCharacter(text);
+        const bool endsLineBreak = wasCarriageReturn && character == '\n';
+        wasCarriageReturn = character == '\r';
+        const std::uint32_t symbol = symbolOf(character);
+        if (symbol != 0 && !endsLineBreak) symbols.push_back(symbol);
+    }
+    return symbols;
+}
+
+std::vector<TextBatch> planText(const std::vector<std::uint32_t>& symbols, const KeyboardMap& map,
+                                std::uint8_t group, std::uint8_t locked, const SpareKeys& spare) {
+    const Strokes layout = strokesOfLayout(map, group, locked);
+    Strokes assigned;
+    std::vector<TextBatch> batches(1);
+    for (const std::uint32_t symbol : symbols) {
+        if (const auto stroke = layout.find(symbol); stroke != layout.end()) {
+            batches.back().strokes.push_back(stroke->second);
+            continue;
+        }
+        auto stroke = assigned.find(symbol);
+        if (stroke == assigned.end()) {
+            if (spare.capacity() == 0) continue;
+            if (assigned.size() == spare.capacity()) {
+                assigned.clear();
+                batches.emplace_back();
+            }
+            const Stroke place = assign(batches.back().symbols, spare, assigned.size(), symbol);
+            stroke = assigned.emplace(symbol, place).first;
+        }
+        batches.back().strokes.push_back(stroke->second);
+    }
+    return batches;
+}
+
+}  // namespace quil::linux_platform

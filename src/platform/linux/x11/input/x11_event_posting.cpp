@@ -1,0 +1,92 @@
+#include "platform/linux/x11/input/x11_event_posting.h"
+
+#include <xcb/xtest.h>
+
+#include "platform/linux/x11/input/spare_key_mapping.h"
+
+namespace quil::linux_platform {
+namespace {
+
+PostedEvent& contentOf(PostableEvent& event) {
+    return static_cast<PostedEvent&>(event);
+}
+
+}  // namespace
+
+X11EventPosting::~X11EventPosting() {
+    // A program that did not answer may have kept us from doing so at once.
+    const auto server = cleared_.lock();
+    if (server && server->isAlive()) clearSpareKeys(*server);
+}
+
+std::shared_ptr<X11Connection> X11EventPosting::connection() {
+    auto connection = display_.connection();
+    if (!connection || !connection->hasExtension(xcb_test_id)) return nullptr;
+    if (cleared_.lock() != connection) {
+        clearSpareKeys(*connection);
+        cleared_ = connection;
+    }
+    return connection;
+}
+
+std::unique_ptr<EventSource> X11EventPosting::createSource(std::int32_t) {
+    auto server = connection();
+    if (!server) return nullptr;
+    return std::make_unique<KeyboardSource>(std::move(server));
+}
+
+PostableEventRef X11EventPosting::createMouseEvent(EventSource*, std::uint32_t type, Point point,
+                                                   std::uint32_t button) {
+    auto event = std::make_unique<PostedEvent>();
+    event->type = type;
+    event->location = point;
+    event->button = button;
+    return event;
+}
+
+PostableEventRef X11EventPosting::createScrollWheelEvent(EventSource*, std::uint32_t units,
+                                                         std::uint32_t wheelCount,
+                                                         std::int32_t wheel1, std::int32_t wheel2,
+                                                         std::int32_t) {
+    if (units != kScrollEventUnitLine) return nullptr;
+    auto event = std::make_unique<PostedEvent>();
+    event->type = kEventScrollWheel;
+    event->wheel1 = wheel1;
+    event->wheel2 = wheelCount > 1 ? wheel2 : 0;
+    return event;
+}
+
+PostableEventRef X11EventPosting::createKeyboardEvent(EventSource* source, std::uint16_t keyCode,
+                                                      bool keyDown) {
+    auto event = std::make_unique<PostedEvent>();
+    event->type = keyDown ? kEventKeyDown : kEventKeyUp;
+    event->keyCode = keyCode;
+    event->source = static_cast<KeyboardSource*>(source);
+    return event;
+}
+
+void X11EventPosting::setLocation(PostableEvent& event, Point point) {
+    contentOf(event).location = point;
+}
+
+void X11EventPosting::setFlags(PostableEvent& event, std::uint64_t flags) {
+    contentOf(event).flags = flags;
+}
+
+void X11EventPosting::keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) {
+    contentOf(event).text = text;
+}
+
+void X11EventPosting::post(std::uint32_t, const PostableEvent& event) {
+    const auto& posted = static_cast<const PostedEvent&>(event);
+    if (posted.source) return posted.source->post(posted);
+    const auto server = connection();
+    if (!server) return;
+    if (posted.type == kEventKeyDown || posted.type == kEventKeyUp) {
+        return KeyboardSource(server).post(posted);
+    }
+    pointer_.send(*server, posted);
+    if (posted.type == kEventMouseMoved) server->sync();
+}
+
+}  // namespace quil::linux_platform

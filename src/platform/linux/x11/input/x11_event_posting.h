@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/event_posting.h"
+#include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/input/keyboard_source.h"
+#include "platform/linux/x11/input/pointer_output.h"
+
+namespace quil::linux_platform {
+
+/// Input events by the XTEST extension. Pointer events are sent one by one; a source delivers keys
+/// and text, by the time that it is released at the latest. Without a display nothing is made.
+class X11EventPosting : public EventPosting {
+  public:
+    ~X11EventPosting() override;
+    std::unique_ptr<EventSource> createSource(std::int32_t state) override;
+    PostableEventRef createMouseEvent(EventSource* source, std::uint32_t type, Point point,
+                                      std::uint32_t button) override;
+    PostableEventRef createScrollWheelEvent(EventSource* source, std::uint32_t units,
+                                            std::uint32_t wheelCount, std::int32_t wheel1,
+                                            std::int32_t wheel2, std::int32_t wheel3) override;
+    PostableEventRef createKeyboardEvent(EventSource* source, std::uint16_t keyCode,
+                                         bool keyDown) override;
+    void setLocation(PostableEvent& event, Point point) override;
+    void setFlags(PostableEvent& event, std::uint64_t flags) override;
+    void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) override;
+    void post(std::uint32_t tapLocation, const PostableEvent& event) override;
+
+  private:
+    /// The connection, when the server takes synthetic input.
+    std::shared_ptr<X11Connection> connection();
+
+    X11Display display_;
+    PointerOutput pointer_;
+    /// The connection whose server has been cleared of what a runtime that was killed has left.
+    std::weak_ptr<X11Connection> cleared_;
+};
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,117 @@
+#include "platform/linux/x11/pasteboard/clipboard_server.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <future>
+#include <utility>
+
+#include "platform/linux/x11/pasteboard/selection_reader.h"
+
+namespace quil::linux_platform {
+
+ClipboardServer::ClipboardServer(std::shared_ptr<X11Connection> connection)
+    : connection_(std::move(connection)),
+      clipboard_(connection_->atom("CLIPBOARD")),
+      window_(connection_, [this](const xcb_generic_event_t& event) { handle(event); }),
+      answers_(window_, contents_),
+      wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      thread_([this] { run(); }) {}
+
+ClipboardServer::~ClipboardServer() {
+    {
+        const std::lock_guard guard(lock_);
+        isEnding_ = true;
+    }
+    wakeThread();
+    thread_.join();
+    close(wakeDescriptor_);
+}
+
+template <typename Result>
+Result ClipboardServer::onThread(std::function<Result()> task) {
+    std::packaged_task<Result()> packaged(std::move(task));
+    auto result = packaged.get_future();
+    {
+        const std::lock_guard guard(lock_);
+        tasks_.push_back([&packaged] { packaged(); });
+    }
+    wakeThread();
+    return result.get();
+}
+
+std::optional<std::string> ClipboardServer::text() {
+    return onThread<std::optional<std::string>>([this]() -> std::optional<std::string> {
+        window_.handleEvents();
+        if (!contents_.isOwned()) return readSelection(window_, clipboard_);
+        const SharedText text = contents_.current();
+        return text ? std::optional(*text) : std::nullopt;
+    });
+}
+
+bool ClipboardServer::offer(std::optional<std::string> text) {
+    SharedText shared = text ? std::make_shared<const std::string>(std::move(*text)) : nullptr;
+    return onThread<bool>([this, shared] { return take(shared); });
+}
+
+bool ClipboardServer::take(SharedText text) {
+    const xcb_timestamp_t time = window_.serverTime();
+    if (time == 0) return false;
+    xcb_set_selection_owner(connection_->get(), window_.id(), clipboard_, time);
+    // Offered before anybody can ask: requests are handled on this thread.
+    contents_.offer(time, std::move(text));
+    const auto owner = connection_->reply(xcb_get_selection_owner_reply,
+                                          xcb_get_selection_owner(connection_->get(), clipboard_));
+    const bool isOurs = owner && owner->owner == window_.id();
+    if (!isOurs) contents_.lose();
+    return isOurs;
+}
+
+void ClipboardServer::handle(const xcb_generic_event_t& event) {
+    switch (event.response_type & 0x7f) {
+        case XCB_SELECTION_REQUEST: {
+            const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(event);
+            if (request.selection == clipboard_) answers_.answer(request);
+            break;
+        }
+        case XCB_SELECTION_CLEAR: {
+            const auto& clear = reinterpret_cast<const xcb_selection_clear_event_t&>(event);
+            if (clear.selection == clipboard_) contents_.loseAt(clear.time);
+            break;
+        }
+        case XCB_PROPERTY_NOTIFY:
+            answers_.propertyChanged(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+            break;
+        case XCB_DESTROY_NOTIFY:
+            answers_.windowDestroyed(
+                reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+            break;
+        default:
+            break;
+    }
+}
+
+void ClipboardServer::run() {
+    for (;;) {
+        bool isEnding = false;
+        for (const auto& task : takeTasks(isEnding)) task();
+        if (isEnding) return;
+        window_.handleEvents();
+        answers_.giveUpStalled();
+        window_.sleepUntil(answers_.nextDeadline(), wakeDescriptor_);
+    }
+}
+
+std::vector<std::function<void()>> ClipboardServer::takeTasks(bool& isEnding) {
+    eventfd_t count = 0;
+    eventfd_read(wakeDescriptor_, &count);
+    const std::lock_guard guard(lock_);
+    isEnding = isEnding_;
+    return std::exchange(tasks_, {});
+}
+
+void ClipboardServer::wakeThread() {
+    eventfd_write(wakeDescriptor_, 1);
+}
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,92 @@
+#include "platform/linux/x11/tap/linux_event_taps.h"
+
+#include <utility>
+
+namespace quil::linux_platform {
+namespace {
+
+std::shared_ptr<InputTap> own(const EventTapRef& tap) {
+    return std::static_pointer_cast<InputTap>(tap);
+}
+
+std::shared_ptr<TapSource> own(const RunLoopSourceRef& source) {
+    return std::static_pointer_cast<TapSource>(source);
+}
+
+TapRunLoop& own(const RunLoopRef& runLoop) {
+    return static_cast<TapRunLoop&>(*runLoop);
+}
+
+}  // namespace
+
+EventTapRef LinuxEventTaps::createTap(std::uint32_t, std::uint32_t, std::uint32_t,
+                                      std::uint64_t mask, EventTapCallback callback) {
+    return InputTap::open(mask, std::move(callback));
+}
+
+void LinuxEventTaps::enableTap(const EventTapRef& tap, bool enable) {
+    own(tap)->enable(enable);
+}
+
+void LinuxEventTaps::invalidateTap(const EventTapRef& tap) {
+    own(tap)->invalidate();
+    wakeLoops();
+}
+
+void LinuxEventTaps::flushTap(const EventTapRef& tap) {
+    const int request = own(tap)->requestFlush();
+    wakeLoops();
+    own(tap)->awaitFlush(request);
+}
+
+RunLoopSourceRef LinuxEventTaps::createRunLoopSource(const EventTapRef& tap) {
+    return std::make_shared<TapSource>(own(tap));
+}
+
+RunLoopRef LinuxEventTaps::currentRunLoop() {
+    return loopOfThread();
+}
+
+void LinuxEventTaps::addSource(const RunLoopRef& runLoop, const RunLoopSourceRef& source) {
+    own(runLoop).add(own(source));
+}
+
+void LinuxEventTaps::removeSource(const RunLoopRef& runLoop, const RunLoopSourceRef& source) {
+    own(runLoop).remove(own(source));
+}
+
+void LinuxEventTaps::invalidateSource(const RunLoopSourceRef& source) {
+    own(source)->invalidate();
+    wakeLoops();
+}
+
+void LinuxEventTaps::runCurrentRunLoop() {
+    loopOfThread()->run();
+}
+
+void LinuxEventTaps::stopRunLoop(const RunLoopRef& runLoop) {
+    own(runLoop).stop();
+}
+
+bool LinuxEventTaps::isSecureEventInputEnabled() {
+    const InputTap* tap = loopOfThread()->current();
+    return tap && tap->isSecureEventInputEnabled();
+}
+
+std::shared_ptr<TapRunLoop> LinuxEventTaps::loopOfThread() {
+    const std::lock_guard guard(lock_);
+    std::erase_if(loops_, [](const auto& entry) { return entry.second.expired(); });
+    auto& entry = loops_[std::this_thread::get_id()];
+    auto loop = entry.lock();
+    if (!loop) entry = loop = std::make_shared<TapRunLoop>();
+    return loop;
+}
+
+void LinuxEventTaps::wakeLoops() {
+    const std::lock_guard guard(lock_);
+    for (const auto& [thread, entry] : loops_) {
+        if (const auto loop = entry.lock()) loop->wake();
+    }
+}
+
+}  // namespace quil::linux_platform

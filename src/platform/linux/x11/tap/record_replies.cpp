@@ -1,0 +1,117 @@
+#include "platform/linux/x11/tap/record_replies.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <sched.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <xcb/xcbext.h>
+
+#include <system_error>
+#include <utility>
+
+namespace quil::linux_platform {
+namespace {
+
+/// What follows within this time is taken in at once: in a flood, waking up is what costs.
+constexpr int kGatheringMilliseconds = 1;
+
+int makeEventDescriptor() {
+    return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+}
+
+}  // namespace
+
+std::unique_ptr<RecordReplies> RecordReplies::open(std::shared_ptr<X11Connection> connection,
+                                                   xcb_record_context_t context) {
+    std::unique_ptr<RecordReplies> replies(
+        new RecordReplies(std::move(connection), makeEventDescriptor(), makeEventDescriptor()));
+    if (replies->arrivedDescriptor_ < 0 || replies->endDescriptor_ < 0) return nullptr;
+    xcb_connection_t* const server = replies->connection_->get();
+    replies->sequence_ = xcb_record_enable_context(server, context).sequence;
+    xcb_flush(server);
+    try {
+        replies->thread_ = std::thread([&replies = *replies] { replies.run(); });
+    } catch (const std::system_error&) {
+        return nullptr;
+    }
+    return replies;
+}
+
+RecordReplies::RecordReplies(std::shared_ptr<X11Connection> connection, int arrivedDescriptor,
+                             int endDescriptor)
+    : connection_(std::move(connection)),
+      arrivedDescriptor_(arrivedDescriptor),
+      endDescriptor_(endDescriptor) {}
+
+RecordReplies::~RecordReplies() {
+    if (thread_.joinable()) {
+        eventfd_write(endDescriptor_, 1);
+        thread_.join();
+    }
+    if (arrivedDescriptor_ >= 0) close(arrivedDescriptor_);
+    if (endDescriptor_ >= 0) close(endDescriptor_);
+}
+
+void RecordReplies::run() {
+    // The lowest of the real-time priorities, where the user may have one: on a busy machine, the
+    // thread's turn could come too late. It never has much to do.
+    const sched_param priority{.sched_priority = 1};
+    pthread_setschedparam(pthread_self(), SCHED_RR, &priority);
+    pollfd descriptors[] = {{xcb_get_file_descriptor(connection_->get()), POLLIN, 0},
+                            {endDescriptor_, POLLIN, 0}};
+    for (;;) {
+        // First what has arrived already, of which the connection's descriptor does not tell.
+        receive();
+        if (!isAlive()) return;
+        poll(descriptors, 2, -1);
+        if (isEnded(kGatheringMilliseconds)) return;
+    }
+}
+
+bool RecordReplies::isEnded(int milliseconds) const {
+    pollfd descriptor{endDescriptor_, POLLIN, 0};
+    return poll(&descriptor, 1, milliseconds) > 0;
+}
+
+bool RecordReplies::isAlive() const {
+    const std::lock_guard guard(lock_);
+    return isAlive_;
+}
+
+RecordReplies::Reply RecordReplies::next() {
+    const std::lock_guard guard(lock_);
+    if (replies_.empty()) {
+        eventfd_t count = 0;
+        if (isAlive_) eventfd_read(arrivedDescriptor_, &count);
+        return nullptr;
+    }
+    Reply reply = std::move(replies_.front());
+    replies_.pop_front();
+    return reply;
+}
+
+void RecordReplies::receive() {
+    const std::lock_guard guard(lock_);
+    const std::size_t before = replies_.size();
+    while (isAlive_ && receiveOne()) {
+    }
+    if (replies_.size() > before || !isAlive_) eventfd_write(arrivedDescriptor_, 1);
+}
+
+/// Whether there was another reply. The request is answered for good by an error, or when the
+/// connection ends.
+bool RecordReplies::receiveOne() {
+    void* answer = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    const bool isAnswered = xcb_poll_for_reply(connection_->get(), sequence_, &answer, &error) != 0;
+    std::free(error);
+    if (answer) {
+        replies_.emplace_back(static_cast<xcb_record_enable_context_reply_t*>(answer));
+    } else if (isAnswered || !connection_->isAlive()) {
+        isAlive_ = false;
+    }
+    return answer != nullptr;
+}
+
+}  // namespace quil::linux_platform

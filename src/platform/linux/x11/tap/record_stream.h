@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <span>
+#include <variant>
+#include <vector>
+
+#include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/tap/record_replies.h"
+
+namespace quil::linux_platform {
+
+/// A key that went down, a button that went down or up, or the pointer that moved.
+struct DeviceEvent {
+    /// XCB_KEY_PRESS, XCB_BUTTON_RELEASE …
+    std::uint8_t type = 0;
+    /// The key code or the button, as the person has ordered them.
+    std::uint8_t detail = 0;
+    /// Modifiers, buttons and keyboard group just before.
+    std::uint16_t state = 0;
+    /// The server's time, in milliseconds.
+    std::uint32_t time = 0;
+    std::int16_t x = 0;
+    std::int16_t y = 0;
+};
+
+/// A program gave keys other symbols, `perKey` for each from `firstKey` on.
+struct SymbolsChange {
+    std::uint8_t firstKey = 0;
+    std::uint8_t perKey = 0;
+    std::vector<std::uint32_t> symbols;
+};
+
+/// A program described the keyboard anew.
+struct KeyboardChange {};
+
+/// The keyboard focus moved, or moves for as long as a program grabs the keyboard.
+struct FocusChange {
+    /// XCB_NOTIFY_MODE_NORMAL, _GRAB, _UNGRAB or _WHILE_GRABBED.
+    std::uint8_t mode = 0;
+    /// The server's time, in milliseconds.
+    std::uint32_t time = 0;
+};
+
+/// A program asked for all keys, or gave them back or ended.
+struct KeyboardGrab {
+    /// The base of the program's ids on the server.
+    std::uint32_t client = 0;
+    bool isBeginning = false;
+};
+
+using StreamItem =
+    std::variant<DeviceEvent, SymbolsChange, KeyboardChange, FocusChange, KeyboardGrab>;
+
+/// What the X server records (its Record extension) of the devices, and of what changes the meaning
+/// of keys and where they go, all in the order in which it happened. Nobody notices but the server.
+class RecordStream {
+  public:
+    /// Begins to record; null when the server cannot. `withMotion` asks for the pointer's ways,
+    /// too. Waits as long as a connection's replies do, at most.
+    static std::unique_ptr<RecordStream> open(bool withMotion);
+
+    /// Readable when there is something to read, and once the stream has ended.
+    int descriptor() const { return replies_->descriptor(); }
+    /// False once the server has gone or has ended the recording.
+    bool isAlive() const { return replies_->isAlive(); }
+    /// Adds what has arrived.
+    void read(std::deque<StreamItem>& items);
+    /// Makes the server send what has happened until now, and waits for it.
+    void fetch();
+    /// The server's time when the recording began.
+    std::uint32_t startTime() const { return startTime_; }
+
+  private:
+    using Reply = RecordReplies::Reply;
+
+    explicit RecordStream(std::shared_ptr<X11Connection> control) : control_(std::move(control)) {}
+    bool begin(bool withMotion);
+    std::vector<xcb_record_range_t> ranges(bool withMotion);
+    bool awaitStart();
+    void readRequests(const xcb_record_enable_context_reply_t& reply,
+                      std::deque<StreamItem>& items) const;
+    void readRequest(std::span<const std::uint8_t> request, std::uint32_t client,
+                     std::deque<StreamItem>& items) const;
+
+    /// The context belongs to this connection and ends with it.
+    std::shared_ptr<X11Connection> control_;
+    std::unique_ptr<RecordReplies> replies_;
+    std::uint8_t xkbOpcode_ = 0;
+    std::uint8_t xinputOpcode_ = 0;
+    std::uint32_t startTime_ = 0;
+};
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "platform/linux/x11/windows/windows.h"
+
+namespace quil::linux_platform {
+
+/// All top-level windows, front to back, those included that are minimised or on other workspaces:
+/// the window manager's stacking list or, when it has none or there is no window manager, what is
+/// shown on the root window. Menus, tooltips and other windows that bypass the window manager are
+/// not among them.
+std::vector<X11Window> topLevelWindows(X11Connection& connection);
+
+/// The window that the person works in: the window manager's active window, else the top-level
+/// window that holds the input focus. Without a window manager, keys often go to whatever window
+/// the pointer is in; then it is that window, else the foremost one. Nothing when there is none or
+/// it has just gone.
+std::optional<X11Window> activeWindow(X11Connection& connection);
+
+}  // namespace quil::linux_platform

@@ -1,7 +1,8 @@
 # Compiler settings that every target of ours shares.
 add_library(quil_compile_options INTERFACE)
 target_compile_options(quil_compile_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor)
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor
+    -pthread)  # as the flags of GLib say; a precompiled header is for one set of flags
 if(QUIL_WERROR)
     target_compile_options(quil_compile_options INTERFACE -Werror)
 endif()
@@ -17,8 +18,26 @@ endif()
 
 find_program(QUIL_CCACHE ccache)
 if(QUIL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${QUIL_CCACHE})
+    # Without this ccache passes on whatever is built with a precompiled header.
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${QUIL_CCACHE})
 endif()
+
+# Most of the time of a compilation goes into the JSON library and the standard library: they are
+# read once, for all targets, since all are compiled with the same options.
+add_library(quil_precompiled OBJECT ${CMAKE_CURRENT_LIST_DIR}/precompiled.cpp)
+target_link_libraries(quil_precompiled PRIVATE quil_compile_options nlohmann_json::nlohmann_json Threads::Threads)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(quil_compile_options INTERFACE -fpch-preprocess)
+endif()
+target_precompile_headers(quil_precompiled PRIVATE
+    <algorithm> <array> <atomic> <chrono> <condition_variable> <cstdint> <deque> <functional> <future>
+    <map> <memory> <mutex> <optional> <set> <span> <stdexcept> <string> <string_view> <thread>
+    <unordered_map> <unordered_set> <utility> <variant> <vector>
+    <nlohmann/json.hpp>)
+function(quil_precompiled_headers target)
+    target_precompile_headers(${target} REUSE_FROM quil_precompiled)
+endfunction()
 
 # A static library from every source file of one folder (and of its sub-folders).
 function(quil_library name folder)
@@ -26,4 +45,5 @@ function(quil_library name folder)
     add_library(${name} STATIC ${sources})
     target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     target_link_libraries(${name} PUBLIC Threads::Threads PRIVATE quil_compile_options)
+    quil_precompiled_headers(${name})
 endfunction()

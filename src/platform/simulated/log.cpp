@@ -45,13 +45,13 @@ std::string hexadecimal(std::uint64_t number) {
            std::string(digits, std::to_chars(digits, digits + sizeof digits, number, 16).ptr);
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     return '"' + std::string(text) + '"';
 }
 
 std::string describeValue(const Value& value) {
     if (const auto boolean = value.boolean()) return *boolean ? "true" : "false";
-    if (const std::string* string = value.string()) return quoted(*string);
+    if (const std::string* string = value.string()) return inQuotes(*string);
     if (value.isInteger()) return std::to_string(*value.integer());
     if (const auto number = value.number()) return decimal(*number);
     return "value";
@@ -64,7 +64,7 @@ std::string describePlace(const PostedEvent& event) {
 std::string describeKey(const PostedEvent& event) {
     std::string line = ' ' + std::to_string(event.keyCode);
     if (event.flags) line += " flags " + hexadecimal(*event.flags);
-    if (event.text) line += " text " + quoted(toUtf8(*event.text));
+    if (event.text) line += " text " + inQuotes(toUtf8(*event.text));
     if (!event.sourceState) line += " no source";
     if (event.sourceState.value_or(kEventSourceStateHidSystemState) !=
         kEventSourceStateHidSystemState) {
@@ -102,7 +102,7 @@ struct Describe {
         if (call.operation == Operation::clearContents) return "clearContents";
         const bool isWrite = call.operation == Operation::setString;
         std::string line = isWrite ? "setString" : "stringForType";
-        line += call.text ? ' ' + quoted(*call.text) : " nothing";
+        line += call.text ? ' ' + inQuotes(*call.text) : " nothing";
         if (call.type != kPasteboardTypeString) line += " type " + call.type;
         return call.accepted ? line : line + " refused";
     }
@@ -124,7 +124,8 @@ struct Describe {
     }
 
     std::string operator()(const PermissionRequest& request) const {
-        return std::string("requestListenEventAccess ") + (request.granted ? "granted" : "refused");
+        return request.granted ? "requestListenEventAccess granted"
+                               : "requestListenEventAccess refused";
     }
 };
 

@@ -1,0 +1,1 @@
+// Nothing: this file is there for the precompiled header that is made along with it.

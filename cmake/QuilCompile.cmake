@@ -39,9 +39,14 @@ function(quil_precompiled_headers target)
     target_precompile_headers(${target} REUSE_FROM quil_precompiled)
 endfunction()
 
-# A static library from every source file of one folder (and of its sub-folders).
+# A static library from every source file of one folder and of its sub-folders; the sub-folders of
+# src/platform are libraries of their own.
 function(quil_library name folder)
-    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+    if(folder STREQUAL "platform")
+        file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+    else()
+        file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${folder}/*.cpp)
+    endif()
     add_library(${name} STATIC ${sources})
     target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     target_link_libraries(${name} PUBLIC Threads::Threads PRIVATE quil_compile_options)

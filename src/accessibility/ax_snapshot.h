@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "accessibility/ax_attributes.h"
+#include "attributes/ax_attributes.h"
 #include "json/json.h"
 
 namespace quil {

@@ -3,8 +3,8 @@
 #include <string_view>
 #include <vector>
 
-#include "accessibility/ax_attributes.h"
 #include "accessibility/ax_text_lines.h"
+#include "attributes/ax_attributes.h"
 
 namespace quil {
 namespace {

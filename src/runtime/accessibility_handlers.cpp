@@ -1,7 +1,6 @@
-#include "runtime/accessibility_handlers.h"
-
 #include "accessibility/ax_elements.h"
 #include "runtime/gates.h"
+#include "runtime/handlers.h"
 #include "screen/windows.h"
 #include "target/capture_target.h"
 #include "text/characters.h"

@@ -1,6 +1,5 @@
-#include "runtime/desktop_handlers.h"
-
 #include "runtime/gates.h"
+#include "runtime/handlers.h"
 #include "screen/windows.h"
 #include "target/capture_target.h"
 

@@ -3,12 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "runtime/accessibility_handlers.h"
-#include "runtime/desktop_handlers.h"
-#include "runtime/glimpse_handlers.h"
-#include "runtime/pointer_keyboard_handlers.h"
-#include "runtime/recording_handlers.h"
-#include "runtime/screenshot_app_handlers.h"
+#include "runtime/handlers.h"
 
 namespace quil {
 namespace {

@@ -1,6 +1,5 @@
-#include "runtime/glimpse_handlers.h"
-
 #include "accessibility/ax_text.h"
+#include "runtime/handlers.h"
 #include "screen/screenshot.h"
 #include "screen/windows.h"
 #include "target/capture_target.h"

@@ -1,5 +1,3 @@
-#include "runtime/pointer_keyboard_handlers.h"
-
 #include <algorithm>
 #include <limits>
 #include <optional>
@@ -8,6 +6,7 @@
 #include "input/keyboard.h"
 #include "input/pointer.h"
 #include "runtime/gates.h"
+#include "runtime/handlers.h"
 #include "screen/display_geometry.h"
 #include "target/capture_target.h"
 

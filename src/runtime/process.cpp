@@ -1,9 +1,24 @@
 #include "runtime/process.h"
 
-#include "runtime/request_loop.h"
+#include "runtime/dispatch.h"
+#include "runtime/line_reader.h"
 #include "runtime/runtime.h"
 
 namespace quil {
+namespace {
+
+/// Answers the requests on standard input one at a time, in order, and returns when it ends. A line
+/// that is no request is dropped without an answer.
+void runRuntimeLoop(Runtime& runtime) {
+    LineReader lines(runtime.platform.standardInput());
+    while (const auto line = lines.next()) {
+        runtime.platform.threads().autoreleasePool([&] {
+            if (const auto request = parseRequest(*line)) dispatch(runtime, *request);
+        });
+    }
+}
+
+}  // namespace
 
 int runProcess(Platform& platform) {
     Runtime runtime(platform);

@@ -1,6 +1,5 @@
-#include "runtime/recording_handlers.h"
-
 #include "runtime/gates.h"
+#include "runtime/handlers.h"
 #include "screen/displays_once.h"
 
 namespace quil {

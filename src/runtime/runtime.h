@@ -7,7 +7,7 @@
 #include "platform/platform.h"
 #include "recording/input_recorder.h"
 #include "runtime/glimpse_sessions.h"
-#include "runtime/parameters.h"
+#include "runtime/request.h"
 #include "runtime/responses.h"
 
 namespace quil {

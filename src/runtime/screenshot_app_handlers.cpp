@@ -1,8 +1,7 @@
-#include "runtime/screenshot_app_handlers.h"
-
 #include "apps/installed_apps.h"
 #include "apps/launch_app.h"
 #include "runtime/gates.h"
+#include "runtime/handlers.h"
 #include "screen/screenshot.h"
 #include "target/capture_target.h"
 

@@ -1,6 +1,6 @@
 #include "target/capture_target.h"
 
-#include "accessibility/ax_attributes.h"
+#include "attributes/ax_attributes.h"
 
 namespace quil {
 namespace {

@@ -1,4 +1,4 @@
-#include "accessibility/ax_attributes.h"
+#include "attributes/ax_attributes.h"
 
 #include <cmath>
 #include <cstdio>

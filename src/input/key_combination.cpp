@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "platform/event_posting.h"
+#include "platform/virtual_keys.h"
 #include "text/characters.h"
 
 namespace quil {
@@ -15,23 +16,33 @@ constexpr std::string_view kKeyCodePrefix = "keycode-";
 
 using KeyCodes = std::unordered_map<std::string_view, std::uint16_t>;
 
-/// Virtual key codes as numbered by the Carbon event manager (kVK_…, Events.h).
 const KeyCodes& keyCodes() {
     // clang-format off
     static const KeyCodes table = {
-        {"a", 0}, {"s", 1}, {"d", 2}, {"f", 3}, {"h", 4}, {"g", 5}, {"z", 6}, {"x", 7}, {"c", 8},
-        {"v", 9}, {"b", 11}, {"q", 12}, {"w", 13}, {"e", 14}, {"r", 15}, {"y", 16}, {"t", 17},
-        {"o", 31}, {"u", 32}, {"i", 34}, {"p", 35}, {"l", 37}, {"j", 38}, {"k", 40}, {"n", 45},
-        {"m", 46},
-        {"1", 18}, {"2", 19}, {"3", 20}, {"4", 21}, {"6", 22}, {"5", 23}, {"9", 25}, {"7", 26},
-        {"8", 28}, {"0", 29},
-        {"=", 24}, {"-", 27}, {"]", 30}, {"[", 33}, {"'", 39}, {";", 41}, {"\\", 42}, {",", 43},
-        {"/", 44}, {".", 47}, {"`", 50},
-        {"return", 36}, {"tab", 48}, {"space", 49}, {"delete", 51}, {"escape", 53},
-        {"left", 123}, {"right", 124}, {"down", 125}, {"up", 126},
-        {"home", 115}, {"end", 119}, {"pageup", 116}, {"pagedown", 121},
-        {"f1", 122}, {"f2", 120}, {"f3", 99}, {"f4", 118}, {"f5", 96}, {"f6", 97}, {"f7", 98},
-        {"f8", 100}, {"f9", 101}, {"f10", 109}, {"f11", 103}, {"f12", 111},
+        {"a", virtual_key::a}, {"s", virtual_key::s}, {"d", virtual_key::d}, {"f", virtual_key::f},
+        {"h", virtual_key::h}, {"g", virtual_key::g}, {"z", virtual_key::z}, {"x", virtual_key::x},
+        {"c", virtual_key::c}, {"v", virtual_key::v}, {"b", virtual_key::b}, {"q", virtual_key::q},
+        {"w", virtual_key::w}, {"e", virtual_key::e}, {"r", virtual_key::r}, {"y", virtual_key::y},
+        {"t", virtual_key::t}, {"o", virtual_key::o}, {"u", virtual_key::u}, {"i", virtual_key::i},
+        {"p", virtual_key::p}, {"l", virtual_key::l}, {"j", virtual_key::j}, {"k", virtual_key::k},
+        {"n", virtual_key::n}, {"m", virtual_key::m}, {"1", virtual_key::digit1},
+        {"2", virtual_key::digit2}, {"3", virtual_key::digit3}, {"4", virtual_key::digit4},
+        {"6", virtual_key::digit6}, {"5", virtual_key::digit5}, {"9", virtual_key::digit9},
+        {"7", virtual_key::digit7}, {"8", virtual_key::digit8}, {"0", virtual_key::digit0},
+        {"=", virtual_key::equal}, {"-", virtual_key::minus}, {"]", virtual_key::rightBracket},
+        {"[", virtual_key::leftBracket}, {"'", virtual_key::quote}, {";", virtual_key::semicolon},
+        {"\\", virtual_key::backslash}, {",", virtual_key::comma}, {"/", virtual_key::slash},
+        {".", virtual_key::period}, {"`", virtual_key::grave}, {"return", virtual_key::returnKey},
+        {"tab", virtual_key::tab}, {"space", virtual_key::space},
+        {"delete", virtual_key::deleteKey}, {"escape", virtual_key::escape},
+        {"left", virtual_key::leftArrow}, {"right", virtual_key::rightArrow},
+        {"down", virtual_key::downArrow}, {"up", virtual_key::upArrow}, {"home", virtual_key::home},
+        {"end", virtual_key::end}, {"pageup", virtual_key::pageUp},
+        {"pagedown", virtual_key::pageDown}, {"f1", virtual_key::f1}, {"f2", virtual_key::f2},
+        {"f3", virtual_key::f3}, {"f4", virtual_key::f4}, {"f5", virtual_key::f5},
+        {"f6", virtual_key::f6}, {"f7", virtual_key::f7}, {"f8", virtual_key::f8},
+        {"f9", virtual_key::f9}, {"f10", virtual_key::f10}, {"f11", virtual_key::f11},
+        {"f12", virtual_key::f12},
     };
     // clang-format on
     return table;

@@ -4,13 +4,11 @@
 
 #include "platform/event_posting.h"
 #include "platform/simulated/desktop.h"
+#include "platform/virtual_keys.h"
 #include "text/characters.h"
 
 namespace quil::simulated {
 namespace {
-
-constexpr std::uint16_t kKeyV = 9;
-constexpr std::uint16_t kKeyDelete = 51;
 
 /// Elements without bounds are looked into: groups often have none.
 Element* elementAt(Element& element, Point point) {
@@ -76,9 +74,9 @@ void pressKey(SimulatedDesktop& desktop, const PostedEvent& event) {
     std::string text = element->text("AXValue");
     if (event.text) {
         text += toUtf8(*event.text);
-    } else if (event.keyCode == kKeyV && event.flags == kEventFlagMaskCommand) {
+    } else if (event.keyCode == virtual_key::v && event.flags == kEventFlagMaskCommand) {
         text += desktop.pasteboardText().value_or("");
-    } else if (event.keyCode == kKeyDelete && event.flags.value_or(0) == 0) {
+    } else if (event.keyCode == virtual_key::deleteKey && event.flags.value_or(0) == 0) {
         text.resize(characterPrefix(text, characterCount(text) - 1).size());
     } else {
         return;

@@ -1,5 +1,7 @@
 #include "platform/simulated/us_keyboard.h"
 
+#include "platform/virtual_keys.h"
+
 namespace quil::simulated {
 namespace {
 
@@ -7,12 +9,11 @@ namespace {
 /// HIToolbox's Events.h). A space stands for a code that types nothing here.
 constexpr std::string_view kPlain = "asdfhgzxcv bqweryt123465=97-80]ou[ip\nlj'k;\\,/nm.\t `";
 constexpr std::string_view kShifted = "ASDFHGZXCV BQWERYT!@#$^%+(&_*)}OU{IP\nLJ\"K:|<?NM>\t ~";
-constexpr std::int64_t kSpaceBar = 49;
 
 }  // namespace
 
 UsKey usKeyFor(std::string_view character) {
-    if (character == " ") return {.code = kSpaceBar};
+    if (character == " ") return {.code = virtual_key::space};
     if (character.size() != 1) return {};
     for (const auto& [keys, shifted] : {std::pair(kPlain, false), std::pair(kShifted, true)}) {
         const std::size_t code = keys.find(character.front());

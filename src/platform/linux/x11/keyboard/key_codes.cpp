@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include "platform/virtual_keys.h"
+
 namespace quil::linux_platform {
 namespace {
 
@@ -18,52 +20,75 @@ constexpr std::uint8_t kXOffset = 8;
 /// When a number occurs twice on one side, its first row is the one that counts in that direction.
 constexpr Key kKeys[] = {
     // Letters
-    {0x00, KEY_A}, {0x0B, KEY_B}, {0x08, KEY_C}, {0x02, KEY_D}, {0x0E, KEY_E}, {0x03, KEY_F},
-    {0x05, KEY_G}, {0x04, KEY_H}, {0x22, KEY_I}, {0x26, KEY_J}, {0x28, KEY_K}, {0x25, KEY_L},
-    {0x2E, KEY_M}, {0x2D, KEY_N}, {0x1F, KEY_O}, {0x23, KEY_P}, {0x0C, KEY_Q}, {0x0F, KEY_R},
-    {0x01, KEY_S}, {0x11, KEY_T}, {0x20, KEY_U}, {0x09, KEY_V}, {0x0D, KEY_W}, {0x07, KEY_X},
-    {0x10, KEY_Y}, {0x06, KEY_Z},
+    {virtual_key::a, KEY_A}, {virtual_key::b, KEY_B}, {virtual_key::c, KEY_C},
+    {virtual_key::d, KEY_D}, {virtual_key::e, KEY_E}, {virtual_key::f, KEY_F},
+    {virtual_key::g, KEY_G}, {virtual_key::h, KEY_H}, {virtual_key::i, KEY_I},
+    {virtual_key::j, KEY_J}, {virtual_key::k, KEY_K}, {virtual_key::l, KEY_L},
+    {virtual_key::m, KEY_M}, {virtual_key::n, KEY_N}, {virtual_key::o, KEY_O},
+    {virtual_key::p, KEY_P}, {virtual_key::q, KEY_Q}, {virtual_key::r, KEY_R},
+    {virtual_key::s, KEY_S}, {virtual_key::t, KEY_T}, {virtual_key::u, KEY_U},
+    {virtual_key::v, KEY_V}, {virtual_key::w, KEY_W}, {virtual_key::x, KEY_X},
+    {virtual_key::y, KEY_Y}, {virtual_key::z, KEY_Z},
 
     // Digits and punctuation of the main block
-    {0x1D, KEY_0}, {0x12, KEY_1}, {0x13, KEY_2}, {0x14, KEY_3}, {0x15, KEY_4}, {0x17, KEY_5},
-    {0x16, KEY_6}, {0x1A, KEY_7}, {0x1C, KEY_8}, {0x19, KEY_9},
-    {0x18, KEY_EQUAL}, {0x1B, KEY_MINUS}, {0x21, KEY_LEFTBRACE}, {0x1E, KEY_RIGHTBRACE},
-    {0x27, KEY_APOSTROPHE}, {0x29, KEY_SEMICOLON}, {0x2A, KEY_BACKSLASH}, {0x2B, KEY_COMMA},
-    {0x2C, KEY_SLASH}, {0x2F, KEY_DOT}, {0x32, KEY_GRAVE},
+    {virtual_key::digit0, KEY_0}, {virtual_key::digit1, KEY_1}, {virtual_key::digit2, KEY_2},
+    {virtual_key::digit3, KEY_3}, {virtual_key::digit4, KEY_4}, {virtual_key::digit5, KEY_5},
+    {virtual_key::digit6, KEY_6}, {virtual_key::digit7, KEY_7}, {virtual_key::digit8, KEY_8},
+    {virtual_key::digit9, KEY_9}, {virtual_key::equal, KEY_EQUAL}, {virtual_key::minus, KEY_MINUS},
+    {virtual_key::leftBracket, KEY_LEFTBRACE}, {virtual_key::rightBracket, KEY_RIGHTBRACE},
+    {virtual_key::quote, KEY_APOSTROPHE}, {virtual_key::semicolon, KEY_SEMICOLON},
+    {virtual_key::backslash, KEY_BACKSLASH}, {virtual_key::comma, KEY_COMMA},
+    {virtual_key::slash, KEY_SLASH}, {virtual_key::period, KEY_DOT},
+    {virtual_key::grave, KEY_GRAVE},
 
     // The additional key of ISO keyboards, the additional keys of JIS keyboards
-    {0x0A, KEY_102ND},
-    {0x5D, KEY_YEN}, {0x5E, KEY_RO}, {0x66, KEY_HANJA}, {0x68, KEY_HANGEUL},
+    {virtual_key::isoSection, KEY_102ND}, {virtual_key::jisYen, KEY_YEN},
+    {virtual_key::jisUnderscore, KEY_RO}, {virtual_key::jisEisu, KEY_HANJA},
+    {virtual_key::jisKana, KEY_HANGEUL},
 
     // Keys that type or move
-    {0x24, KEY_ENTER}, {0x30, KEY_TAB}, {0x31, KEY_SPACE}, {0x33, KEY_BACKSPACE},
-    {0x35, KEY_ESC}, {0x75, KEY_DELETE}, {0x72, KEY_INSERT}, {0x72, KEY_HELP},
-    {0x73, KEY_HOME}, {0x77, KEY_END}, {0x74, KEY_PAGEUP}, {0x79, KEY_PAGEDOWN},
-    {0x7B, KEY_LEFT}, {0x7C, KEY_RIGHT}, {0x7D, KEY_DOWN}, {0x7E, KEY_UP},
-    {0x6E, KEY_COMPOSE},
+    {virtual_key::returnKey, KEY_ENTER}, {virtual_key::tab, KEY_TAB},
+    {virtual_key::space, KEY_SPACE}, {virtual_key::deleteKey, KEY_BACKSPACE},
+    {virtual_key::escape, KEY_ESC}, {virtual_key::forwardDelete, KEY_DELETE},
+    {virtual_key::help, KEY_INSERT}, {virtual_key::help, KEY_HELP}, {virtual_key::home, KEY_HOME},
+    {virtual_key::end, KEY_END}, {virtual_key::pageUp, KEY_PAGEUP},
+    {virtual_key::pageDown, KEY_PAGEDOWN}, {virtual_key::leftArrow, KEY_LEFT},
+    {virtual_key::rightArrow, KEY_RIGHT}, {virtual_key::downArrow, KEY_DOWN},
+    {virtual_key::upArrow, KEY_UP}, {virtual_key::contextualMenu, KEY_COMPOSE},
 
     // Modifier keys
-    {0x37, KEY_LEFTMETA}, {0x36, KEY_RIGHTMETA}, {0x38, KEY_LEFTSHIFT}, {0x3C, KEY_RIGHTSHIFT},
-    {0x3A, KEY_LEFTALT}, {0x3D, KEY_RIGHTALT}, {0x3B, KEY_LEFTCTRL}, {0x3E, KEY_RIGHTCTRL},
-    {0x39, KEY_CAPSLOCK},
+    {virtual_key::command, KEY_LEFTMETA}, {virtual_key::rightCommand, KEY_RIGHTMETA},
+    {virtual_key::shift, KEY_LEFTSHIFT}, {virtual_key::rightShift, KEY_RIGHTSHIFT},
+    {virtual_key::option, KEY_LEFTALT}, {virtual_key::rightOption, KEY_RIGHTALT},
+    {virtual_key::control, KEY_LEFTCTRL}, {virtual_key::rightControl, KEY_RIGHTCTRL},
+    {virtual_key::capsLock, KEY_CAPSLOCK},
 
     // Function keys
-    {0x7A, KEY_F1}, {0x78, KEY_F2}, {0x63, KEY_F3}, {0x76, KEY_F4}, {0x60, KEY_F5},
-    {0x61, KEY_F6}, {0x62, KEY_F7}, {0x64, KEY_F8}, {0x65, KEY_F9}, {0x6D, KEY_F10},
-    {0x67, KEY_F11}, {0x6F, KEY_F12}, {0x69, KEY_F13}, {0x6B, KEY_F14}, {0x71, KEY_F15},
-    {0x6A, KEY_F16}, {0x40, KEY_F17}, {0x4F, KEY_F18}, {0x50, KEY_F19}, {0x5A, KEY_F20},
+    {virtual_key::f1, KEY_F1}, {virtual_key::f2, KEY_F2}, {virtual_key::f3, KEY_F3},
+    {virtual_key::f4, KEY_F4}, {virtual_key::f5, KEY_F5}, {virtual_key::f6, KEY_F6},
+    {virtual_key::f7, KEY_F7}, {virtual_key::f8, KEY_F8}, {virtual_key::f9, KEY_F9},
+    {virtual_key::f10, KEY_F10}, {virtual_key::f11, KEY_F11}, {virtual_key::f12, KEY_F12},
+    {virtual_key::f13, KEY_F13}, {virtual_key::f14, KEY_F14}, {virtual_key::f15, KEY_F15},
+    {virtual_key::f16, KEY_F16}, {virtual_key::f17, KEY_F17}, {virtual_key::f18, KEY_F18},
+    {virtual_key::f19, KEY_F19}, {virtual_key::f20, KEY_F20},
 
     // Keypad
-    {0x52, KEY_KP0}, {0x53, KEY_KP1}, {0x54, KEY_KP2}, {0x55, KEY_KP3}, {0x56, KEY_KP4},
-    {0x57, KEY_KP5}, {0x58, KEY_KP6}, {0x59, KEY_KP7}, {0x5B, KEY_KP8}, {0x5C, KEY_KP9},
-    {0x41, KEY_KPDOT}, {0x43, KEY_KPASTERISK}, {0x45, KEY_KPPLUS}, {0x47, KEY_NUMLOCK},
-    {0x4B, KEY_KPSLASH}, {0x4C, KEY_KPENTER}, {0x4E, KEY_KPMINUS}, {0x51, KEY_KPEQUAL},
-    {0x5F, KEY_KPCOMMA}, {0x5F, KEY_KPJPCOMMA},
+    {virtual_key::keypad0, KEY_KP0}, {virtual_key::keypad1, KEY_KP1},
+    {virtual_key::keypad2, KEY_KP2}, {virtual_key::keypad3, KEY_KP3},
+    {virtual_key::keypad4, KEY_KP4}, {virtual_key::keypad5, KEY_KP5},
+    {virtual_key::keypad6, KEY_KP6}, {virtual_key::keypad7, KEY_KP7},
+    {virtual_key::keypad8, KEY_KP8}, {virtual_key::keypad9, KEY_KP9},
+    {virtual_key::keypadDecimal, KEY_KPDOT}, {virtual_key::keypadMultiply, KEY_KPASTERISK},
+    {virtual_key::keypadPlus, KEY_KPPLUS}, {virtual_key::keypadClear, KEY_NUMLOCK},
+    {virtual_key::keypadDivide, KEY_KPSLASH}, {virtual_key::keypadEnter, KEY_KPENTER},
+    {virtual_key::keypadMinus, KEY_KPMINUS}, {virtual_key::keypadEquals, KEY_KPEQUAL},
+    {virtual_key::jisKeypadComma, KEY_KPCOMMA}, {virtual_key::jisKeypadComma, KEY_KPJPCOMMA},
 
     // Sound, brightness, overviews
-    {0x48, KEY_VOLUMEUP}, {0x49, KEY_VOLUMEDOWN}, {0x4A, KEY_MUTE},
-    {0x90, KEY_BRIGHTNESSUP}, {0x91, KEY_BRIGHTNESSDOWN},
-    {0xA0, KEY_SCALE}, {0x83, KEY_DASHBOARD},
+    {virtual_key::volumeUp, KEY_VOLUMEUP}, {virtual_key::volumeDown, KEY_VOLUMEDOWN},
+    {virtual_key::mute, KEY_MUTE}, {virtual_key::brightnessUp, KEY_BRIGHTNESSUP},
+    {virtual_key::brightnessDown, KEY_BRIGHTNESSDOWN}, {virtual_key::missionControl, KEY_SCALE},
+    {virtual_key::launchpad, KEY_DASHBOARD},
 };
 // clang-format on
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/event_posting.h"
+#include "platform/virtual_keys.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -16,9 +17,6 @@ constexpr std::uint8_t kLeftButton = 1;
 constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
 constexpr std::uint8_t kWheelRight = 7;
-constexpr std::uint16_t kTabKey = 48;
-constexpr std::uint16_t kDeleteKey = 51;
-constexpr std::uint16_t kForwardDeleteKey = 117;
 
 std::int64_t wheelLines(std::uint8_t button) {
     if (button == kWheelUp) return 1;
@@ -28,7 +26,8 @@ std::int64_t wheelLines(std::uint8_t button) {
 /// Whether the key writes or erases text, and so leaves the focus where it is.
 bool edits(const KeyPress& press) {
     if (press.flags & (kEventFlagMaskControl | kEventFlagMaskAlternate)) return false;
-    if (press.virtualKeyCode == kDeleteKey || press.virtualKeyCode == kForwardDeleteKey) {
+    if (press.virtualKeyCode == virtual_key::deleteKey ||
+        press.virtualKeyCode == virtual_key::forwardDelete) {
         return true;
     }
     return !press.characters.empty() && static_cast<unsigned char>(press.characters.front()) >= ' ';
@@ -199,7 +198,8 @@ void InputTap::readKey(const DeviceEvent& event) {
     if (!press) return;
     Event key = makeEvent(kEventKeyDown, event);
     if (!edits(*press)) {
-        secrets_.mayMoveFocus(key.time, press->virtualKeyCode == kTabKey, FocusMoves::Kind::press);
+        secrets_.mayMoveFocus(key.time, press->virtualKeyCode == virtual_key::tab,
+                              FocusMoves::Kind::press);
     }
     key.grabber = grabber_;
     key.flagBits = press->flags;

@@ -9,6 +9,8 @@ import select
 import subprocess
 import time
 
+import protocol_schema
+
 ANSWER_SECONDS = 30
 
 
@@ -31,6 +33,7 @@ class Host:
             [executable(program), *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
             stderr=subprocess.PIPE, env=env, bufsize=0)
         self.next_id = 0
+        self._methods = {}  # of requests that were not answered yet, by id
         self._buffer = b""
 
     def __enter__(self):
@@ -83,17 +86,20 @@ class Host:
         request = {"id": self.next_id, "method": method}
         if params is not None:
             request["params"] = params
+        self._methods[self.next_id] = method
         self.write(json.dumps(request).encode() + b"\n")
         return self.next_id
 
     def answer(self, request_id, seconds=ANSWER_SECONDS):
-        """The whole answer to the request that was sent with that id."""
+        """The whole answer to the request that was sent with that id, which must be as the
+        protocol's schema says."""
         line = self.read_line(seconds)
         if line is None:
             raise Failure(f"the runtime ended: {self.process.stderr.read().decode()!r}")
         answer = json.loads(line)
         if answer.get("id") != request_id:
             raise Failure(f"answer to {answer.get('id')} instead of {request_id}")
+        protocol_schema.check(self._methods.pop(request_id), answer)
         return answer
 
     def request(self, method, seconds=ANSWER_SECONDS, **params):

@@ -27,10 +27,11 @@ PROCESSORS = {
     "x86_64": [],
     "arm64": ["-D__x86_64__", "-D__builtin_ia32_pause()=((void)0)"],
 }
-# What the compiler itself calls for literals, subscripts, loops and root classes.
+# What the compiler itself calls for literals, subscripts, loops and root classes, or the substitutes
+# of the frameworks need.
 IMPLIED = {"NSObject", "arrayWithObjects", "countByEnumeratingWithState", "dictionaryWithObjects",
            "numberWithDouble", "numberWithLong", "numberWithLongLong", "objectForKeyedSubscript",
-           "setObject"}
+           "setObject", "stringWithUTF8String"}
 
 
 def system_headers():

@@ -37,7 +37,8 @@ class Machine(unittest.TestCase):
 
         self.assertEqual(self.host.error("desktop_no_such_thing"),
                          {"message": "unknown method: desktop_no_such_thing"})
-        self.assertEqual(self.host.close(), ([], 0, b""))
+        lines, status, _ = self.host.close()  # a framework may log what it likes
+        self.assertEqual((lines, status), ([], 0))
 
     def test_applications(self):
         apps = self.host.result("desktop_apps_list")["apps"]

@@ -12,6 +12,8 @@ class AxCalls : public AxReads {
     std::int32_t copyMultipleAttributeValues(const ElementRef& element,
                                              const std::vector<std::string>& attributes,
                                              std::vector<AxAnswer>& answers) override;
+    std::int32_t processOf(const ElementRef& element) override;
+    double uptime() override;
 };
 
 }  // namespace quil::macos

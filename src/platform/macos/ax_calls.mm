@@ -66,4 +66,15 @@ std::int32_t AxCalls::copyMultipleAttributeValues(const ElementRef& element,
     return code;
 }
 
+std::int32_t AxCalls::processOf(const ElementRef& element) {
+    pid_t pid = 0;
+    AXUIElementRef handle = handleOf(element);
+    if (handle) AXUIElementGetPid(handle, &pid);
+    return pid;
+}
+
+double AxCalls::uptime() {
+    return [NSProcessInfo processInfo].systemUptime;
+}
+
 }  // namespace quil::macos

@@ -3,6 +3,13 @@
 #include <algorithm>
 
 namespace quil {
+namespace {
+
+/// From when on a read that could not be completed has waited for its process, in seconds. The
+/// system gives up after some seconds; errors of other kinds come within milliseconds.
+constexpr double kLong = 1;
+
+}  // namespace
 
 AxObservation::AxObservation(AxReads& reads, const ObservationPlan& plan, AxObservation*& slot)
     : reads_(reads), slot_(slot), attributes_(plan.attributes.begin(), plan.attributes.end()) {
@@ -12,31 +19,52 @@ AxObservation::AxObservation(AxReads& reads, const ObservationPlan& plan, AxObse
 AxAnswer AxObservation::copyAttributeValue(const ElementRef& element, std::string_view attribute) {
     const auto known = std::find(attributes_.begin(), attributes_.end(), attribute);
     if (known != attributes_.end() && element != element_) readAhead(element);
-    if (unreachable_) return {.code = kAxCannotComplete};
-    if (known == attributes_.end() || answers_.empty()) {
-        return noted(reads_.copyAttributeValue(element, attribute));
+    if (hangs(element)) return {.code = kAxCannotComplete};
+    if (known != attributes_.end() && !answers_.empty()) {
+        return answers_[static_cast<std::size_t>(known - attributes_.begin())];
     }
-    return answers_[static_cast<std::size_t>(known - attributes_.begin())];
+    AxAnswer answer;
+    watched(element, [&] {
+        answer = reads_.copyAttributeValue(element, attribute);
+        return answer.code;
+    });
+    return answer;
 }
 
 AxAnswer AxObservation::copyActionNames(const ElementRef& element) {
-    if (unreachable_) return {.code = kAxCannotComplete};
-    return noted(reads_.copyActionNames(element));
+    if (hangs(element)) return {.code = kAxCannotComplete};
+    AxAnswer answer;
+    watched(element, [&] {
+        answer = reads_.copyActionNames(element);
+        return answer.code;
+    });
+    return answer;
 }
 
 void AxObservation::readAhead(const ElementRef& element) {
     element_ = element;
     answers_.clear();
-    if (unreachable_) return;
-    std::vector<AxAnswer> answers;
-    const std::int32_t code = reads_.copyMultipleAttributeValues(element, attributes_, answers);
-    unreachable_ = code == kAxCannotComplete;
-    if (code == kAxSuccess && answers.size() == attributes_.size()) answers_ = std::move(answers);
+    if (hangs(element)) return;
+    watched(element, [&] {
+        std::vector<AxAnswer> answers;
+        const std::int32_t code = reads_.copyMultipleAttributeValues(element, attributes_, answers);
+        if (code == kAxSuccess && answers.size() == attributes_.size()) {
+            answers_ = std::move(answers);
+        }
+        return code;
+    });
 }
 
-AxAnswer AxObservation::noted(AxAnswer answer) {
-    if (answer.code == kAxCannotComplete) unreachable_ = true;
-    return answer;
+bool AxObservation::hangs(const ElementRef& element) {
+    return !hanging_.empty() && hanging_.contains(reads_.processOf(element));
+}
+
+template <typename Read>
+void AxObservation::watched(const ElementRef& element, const Read& read) {
+    const double begun = reads_.uptime();
+    if (read() == kAxCannotComplete && reads_.uptime() - begun >= kLong) {
+        hanging_.insert(reads_.processOf(element));
+    }
 }
 
 }  // namespace quil

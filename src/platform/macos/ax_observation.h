@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,13 +27,19 @@ class AxReads {
     virtual std::int32_t copyMultipleAttributeValues(const ElementRef& element,
                                                      const std::vector<std::string>& attributes,
                                                      std::vector<AxAnswer>& answers) = 0;
+    /// The process that answers for the element, which need not be that of its parent; 0 when
+    /// unknown. No round trip.
+    virtual std::int32_t processOf(const ElementRef& element) = 0;
+    /// Seconds since the system started.
+    virtual double uptime() = 0;
 };
 
 /// An observation whose walk looks at one element after the other: the first of the plan's
 /// attributes that it asks of an element brings all of them. An element that refuses the combined
-/// read is read attribute by attribute. Once a read has ended with "cannot complete" (the
-/// application has not answered within the system's time) the rest are answered so at once: a hung
-/// application costs one such wait.
+/// read is read attribute by attribute. A process hangs when a read of its elements has ended with
+/// "cannot complete" and has taken long, as when the system's time for an answer has passed; a
+/// quick "cannot complete" is about one element. The rest of a process that hangs is answered with
+/// "cannot complete" at once: it costs one wait.
 class AxObservation : public Observation {
   public:
     /// `*slot` points to this observation for as long as it lives. Both references outlive it.
@@ -46,14 +53,17 @@ class AxObservation : public Observation {
 
   private:
     void readAhead(const ElementRef& element);
-    AxAnswer noted(AxAnswer answer);
+    bool hangs(const ElementRef& element);
+    /// Makes a read of that element, and notes when its process hangs. `read` returns the code.
+    template <typename Read>
+    void watched(const ElementRef& element, const Read& read);
 
     AxReads& reads_;
     AxObservation*& slot_;
     std::vector<std::string> attributes_;
-    ElementRef element_;             // whose answers these are
-    std::vector<AxAnswer> answers_;  // one for each attribute, or none: it is read singly
-    bool unreachable_ = false;
+    ElementRef element_;              // whose answers these are
+    std::vector<AxAnswer> answers_;   // one for each attribute, or none: it is read singly
+    std::set<std::int32_t> hanging_;  // processes
 };
 
 }  // namespace quil

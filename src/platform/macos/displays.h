@@ -4,7 +4,7 @@
 
 namespace quil::macos {
 
-/// The Quartz display services, and the names from NSScreen.
+/// The Quartz display services, and the names from NSScreen, which is asked on the main thread.
 class MacDisplays : public Displays {
   public:
     std::int32_t getActiveDisplayList(std::uint32_t capacity, std::uint32_t* ids,

@@ -19,7 +19,7 @@
 
 namespace quil::macos {
 
-/// The Mac that this process runs on.
+/// The Mac that this process runs on. To be made on the main thread.
 class MacPlatform : public Platform {
   public:
     MacPlatform();

@@ -1,6 +1,6 @@
 #import "platform/macos/macos_platform.h"
 
-#import <ApplicationServices/ApplicationServices.h>
+#import <AppKit/AppKit.h>
 
 #include <unistd.h>
 
@@ -18,9 +18,12 @@ namespace quil::macos {
 
 MacPlatform::MacPlatform() : input_(STDIN_FILENO), output_(STDOUT_FILENO) {
     secureStandardStreams();
-    // Connects to the window server. A program without an application object has to have done so
-    // before it captures a window: the capture services take it for granted.
-    CGMainDisplayID();
+    // The application object connects to the window server, which captures take for granted, and
+    // keeps the list of screens up to date. Prohibited: no icon in the Dock, never in front.
+    @autoreleasepool {
+        [[NSApplication sharedApplication]
+            setActivationPolicy:NSApplicationActivationPolicyProhibited];
+    }
 }
 
 }  // namespace quil::macos

@@ -2,35 +2,39 @@
 
 #import <AppKit/AppKit.h>
 
-#import "platform/macos/delivery.h"
 #import "platform/macos/ns_strings.h"
 
 namespace quil::macos {
 namespace {
 
 /// How long the owner of the pasteboard may take to deliver what it has only promised so far.
-constexpr std::chrono::seconds kPatience{2};
+constexpr std::chrono::seconds kPatience{5};
 
 }  // namespace
 
 std::optional<std::string> MacPasteboard::stringForType(std::string_view type) {
-    // Read on another thread, since the call waits for the owner without a bound of its own.
     NSString* wanted = nsString(type);
-    const auto delivery = std::make_shared<Delivery<NSString*>>();
-    [NSThread detachNewThreadWithBlock:^{
-      @autoreleasepool {
-          delivery->deliver([[NSPasteboard generalPasteboard] stringForType:wanted]);
-      }
-    }];
-    return optionalUtf8(delivery->await(kPatience));
+    const auto text = thread_.call<std::optional<std::string>>(kPatience, [wanted] {
+        return optionalUtf8([[NSPasteboard generalPasteboard] stringForType:wanted]);
+    });
+    return text.value_or(std::nullopt);
 }
 
 void MacPasteboard::clearContents() {
-    [[NSPasteboard generalPasteboard] clearContents];
+    thread_.call<bool>(kPatience, [] {
+        [[NSPasteboard generalPasteboard] clearContents];
+        return true;
+    });
 }
 
 bool MacPasteboard::setString(std::string_view text, std::string_view type) {
-    return [[NSPasteboard generalPasteboard] setString:nsString(text) forType:nsString(type)];
+    NSString* contents = nsString(text);
+    NSString* kind = nsString(type);
+    const auto accepted = thread_.call<bool>(kPatience, [contents, kind] {
+        return static_cast<bool>([[NSPasteboard generalPasteboard] setString:contents
+                                                                     forType:kind]);
+    });
+    return accepted.value_or(false);
 }
 
 }  // namespace quil::macos

@@ -3,15 +3,11 @@
 #import <AppKit/AppKit.h>
 
 #import "platform/macos/cf_ref.h"
-#import "platform/macos/delivery.h"
+#import "platform/macos/main_thread.h"
 #import "platform/macos/ns_strings.h"
 
 namespace quil::macos {
 namespace {
-
-/// How long the main thread is waited for. It does nothing but run its run loop, except when the
-/// process ends.
-constexpr std::chrono::milliseconds kPatience{500};
 
 std::optional<std::string> charactersOf(CGEventRef keyEvent) {
     NSEvent* event = [NSEvent eventWithCGEvent:keyEvent];
@@ -43,14 +39,8 @@ std::optional<std::string> MacTappedEvent::characters() const {
     // On the main thread: the text input services, which know the keyboard's layout, may end a
     // process that calls them on another one.
     const auto event = CfRef<CGEventRef>::share(event_);
-    const auto delivery = std::make_shared<Delivery<std::optional<std::string>>>();
-    CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
-      @autoreleasepool {
-          delivery->deliver(charactersOf(event.get()));
-      }
-    });
-    CFRunLoopWakeUp(CFRunLoopGetMain());
-    return delivery->await(kPatience);
+    return askOnMainThread<std::optional<std::string>>(
+        [event] { return charactersOf(event.get()); });
 }
 
 }  // namespace quil::macos

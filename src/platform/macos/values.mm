@@ -24,6 +24,7 @@ Value numberValue(CFNumberRef number) {
         if (CFNumberGetValue(number, kCFNumberSInt64Type, &integer)) return integer;
     }
     NSNumber* object = (__bridge NSNumber*)number;
+    if (!CFNumberIsFloatType(number)) return utf8(object.stringValue);
     // A single-precision number means the few digits it is written with: 0.7, not
     // 0.699999988079071.
     const bool single = CFNumberGetByteSize(number) == sizeof(float);

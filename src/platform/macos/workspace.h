@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/macos/call_thread.h"
 #include "platform/workspace.h"
 
 namespace quil::macos {
@@ -14,6 +15,9 @@ class MacWorkspace : public Workspace {
     std::optional<std::string> urlForApplicationWithBundleIdentifier(
         std::string_view bundleIdentifier) override;
     bool openUrl(std::string_view path) override;
+
+  private:
+    CallThread opening_{"quil.open-url"};
 };
 
 }  // namespace quil::macos

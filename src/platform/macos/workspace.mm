@@ -7,6 +7,9 @@
 namespace quil::macos {
 namespace {
 
+/// How long the launch services may take to open an application, its check by the system included.
+constexpr std::chrono::seconds kPatience{20};
+
 RunningApplication described(NSRunningApplication* application) {
     return {.processIdentifier = application.processIdentifier,
             .bundleIdentifier = optionalUtf8(application.bundleIdentifier),
@@ -47,7 +50,11 @@ std::optional<std::string> MacWorkspace::urlForApplicationWithBundleIdentifier(
 }
 
 bool MacWorkspace::openUrl(std::string_view path) {
-    return [[NSWorkspace sharedWorkspace] openURL:[NSURL fileURLWithPath:nsString(path)]];
+    NSURL* url = [NSURL fileURLWithPath:nsString(path)];
+    const auto opened = opening_.call<bool>(kPatience, [url] {
+        return static_cast<bool>([[NSWorkspace sharedWorkspace] openURL:url]);
+    });
+    return opened.value_or(false);
 }
 
 }  // namespace quil::macos

@@ -20,8 +20,10 @@ class CombinedReads : public Accessibility, public AxReads {
     /// `incomplete`.
     std::function<std::int32_t(const ElementRef&)> refusal = [](const auto&) { return kAxSuccess; };
     bool incomplete = false;
-    /// The round trip, counted from 1, from which on the application hangs.
+    /// The round trip, counted from 1, from which on nothing is completed, and how long each such
+    /// trip takes.
     int hangsFrom = 1 << 30;
+    double seconds = 6;
 
     // As reads.
     AxAnswer copyAttributeValue(const ElementRef& element, std::string_view attribute) override {
@@ -44,6 +46,12 @@ class CombinedReads : public Accessibility, public AxReads {
         if (incomplete) answers.pop_back();
         return refusal(element);
     }
+
+    std::int32_t processOf(const ElementRef& element) override {
+        const auto* own = dynamic_cast<const simulated::Element*>(element.get());
+        return own && own->id() == "web" ? 300 : 100;
+    }
+    double uptime() override { return uptime_; }
 
     // As the service.
     ElementRef createApplication(std::int32_t pid) override {
@@ -70,7 +78,11 @@ class CombinedReads : public Accessibility, public AxReads {
     }
 
   private:
-    bool hangs() const { return combined + single >= hangsFrom; }
+    bool hangs() {
+        const bool now = combined + single >= hangsFrom;
+        if (now) uptime_ += seconds;
+        return now;
+    }
     AxAnswer readSingly(const ElementRef& element, std::string_view attribute) {
         AxAnswer answer;
         answer.code = elements_.copyAttributeValue(element, attribute, answer.value);
@@ -78,6 +90,7 @@ class CombinedReads : public Accessibility, public AxReads {
     }
 
     Accessibility& elements_;
+    double uptime_ = 0;
     AxObservation* observation_ = nullptr;
 };
 
@@ -135,6 +148,12 @@ TEST_F(AxObservationTest, AHungApplicationCostsOneWait) {
         EXPECT_EQ(snapshot.nodes[0].role, hangsFrom == 1 ? "AXUnknown" : "AXWindow");
         EXPECT_EQ(snapshot.nodes.back().role, hangsFrom == 2 ? "AXWindow" : "AXUnknown");
     }
+    // What fails at once is about that element only: all the others are asked.
+    CombinedReads quick(platform.accessibility());
+    quick.hangsFrom = 3;
+    quick.seconds = 0.2;
+    observe(quick);
+    EXPECT_GT(quick.combined, 4);
     // The next observation asks again.
     EXPECT_EQ(observe(reads).nodes.size(), 6u);
 }

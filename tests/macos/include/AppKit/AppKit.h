@@ -4,7 +4,15 @@
 #include <ApplicationServices/ApplicationServices.h>
 #include <Foundation/Foundation.h>
 
-enum NSApplicationActivationPolicy : NSInteger { NSApplicationActivationPolicyRegular = 0 };
+enum NSApplicationActivationPolicy : NSInteger {
+    NSApplicationActivationPolicyRegular = 0,
+    NSApplicationActivationPolicyProhibited = 2,
+};
+
+@interface NSApplication : NSObject
+@property(class, readonly, strong) NSApplication* sharedApplication;
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
+@end
 
 @interface NSRunningApplication : NSObject
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid;

@@ -33,6 +33,7 @@ Boolean AXIsProcessTrusted();
 
 CFTypeID AXUIElementGetTypeID();
 AXUIElementRef AXUIElementCreateApplication(pid_t pid);
+AXError AXUIElementGetPid(AXUIElementRef element, pid_t* pid);
 AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute,
                                       CFTypeRef* value);
 AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef element, CFArrayRef attributes,

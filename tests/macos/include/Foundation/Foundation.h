@@ -44,7 +44,9 @@ struct NSFastEnumerationState;
 @end
 
 __attribute__((objc_root_class))
-@interface NSObject<NSObject>
+@interface NSObject<NSObject> {
+    Class isa;
+}
 + (instancetype)alloc;
 + (Class)class;
 - (instancetype)init;
@@ -53,6 +55,7 @@ __attribute__((objc_root_class))
 @interface NSString : NSObject <NSCopying>
 @property(readonly) NSUInteger length;
 @property(readonly) double doubleValue;
++ (instancetype)stringWithUTF8String:(const char*)text;
 - (instancetype)initWithCharacters:(const unichar*)characters length:(NSUInteger)length;
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
 - (NSComparisonResult)localizedCaseInsensitiveCompare:(NSString*)other;
@@ -130,7 +133,6 @@ __attribute__((objc_root_class))
 @end
 
 @interface NSThread : NSObject
-+ (void)detachNewThreadWithBlock:(void (^)(void))block;
 - (instancetype)initWithBlock:(void (^)(void))block;
 - (void)start;
 @property(copy) NSString* name;

@@ -1,0 +1,183 @@
+// AppKit.
+#import <AppKit/AppKit.h>
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+#include "collections.h"
+#include "core_graphics.h"
+
+using namespace quil;
+using namespace quil::substitute;
+
+namespace {
+
+std::atomic<bool> isApplication = false;
+
+}  // namespace
+
+@implementation NSApplication
++ (NSApplication*)sharedApplication {
+    mainThreadOnly("NSApplication");
+    static NSApplication* application = singleton([[NSApplication alloc] init]);
+    isApplication = true;
+    return application;
+}
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
+    mainThreadOnly("setActivationPolicy:");
+    if (policy != NSApplicationActivationPolicyProhibited) violation("a child process in the Dock");
+    return true;
+}
+@end
+
+void quil::substitute::applicationObjectNeeded(const char* call) {
+    if (!isApplication) violation(std::string(call) + " without an application object");
+}
+
+@implementation NSRunningApplication {
+    RunningApplication facts_;
+}
++ (instancetype)of:(const std::optional<RunningApplication>&)facts {
+    if (!facts) return nil;
+    NSRunningApplication* application = [[self alloc] init];
+    application->facts_ = *facts;
+    return application;
+}
++ (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid {
+    return [self of:services->workspace().runningApplicationWithProcessIdentifier(pid)];
+}
+- (pid_t)processIdentifier {
+    return facts_.processIdentifier;
+}
+- (NSApplicationActivationPolicy)activationPolicy {
+    return static_cast<NSApplicationActivationPolicy>(facts_.activationPolicy);
+}
+- (NSString*)bundleIdentifier {
+    return optionalString(facts_.bundleIdentifier);
+}
+- (NSString*)localizedName {
+    return optionalString(facts_.localizedName);
+}
+- (NSURL*)executableURL {
+    return facts_.executablePath ? [NSURL fileURLWithPath:string(*facts_.executablePath)] : nil;
+}
+@end
+
+@implementation NSWorkspace
++ (NSWorkspace*)sharedWorkspace {
+    static NSWorkspace* workspace = singleton([[NSWorkspace alloc] init]);
+    return workspace;
+}
+- (NSRunningApplication*)frontmostApplication {
+    return [NSRunningApplication of:services->workspace().frontmostApplication()];
+}
+- (NSArray*)runningApplications {
+    return array(services->workspace().runningApplications(),
+                 [](const auto& facts) { return [NSRunningApplication of:facts]; });
+}
+- (NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)identifier {
+    const auto path = services->workspace().urlForApplicationWithBundleIdentifier(utf8(identifier));
+    return path ? [NSURL fileURLWithPath:string(*path)] : nil;
+}
+- (BOOL)openURL:(NSURL*)url {
+    block("openURL");
+    return services->workspace().openUrl(utf8(url.path));
+}
+@end
+
+@implementation NSScreen {
+    Screen screen_;
+}
++ (NSArray*)screens {
+    mainThreadOnly("NSScreen");
+    applicationObjectNeeded("NSScreen");
+    return array(services->displays().screens(), [](const Screen& entry) {
+        NSScreen* screen = [[NSScreen alloc] init];
+        screen->screen_ = entry;
+        return screen;
+    });
+}
+- (NSDictionary*)deviceDescription {
+    mainThreadOnly("NSScreen");
+    if (!screen_.screenNumber) return @{};
+    return @{@"NSScreenNumber" : @(static_cast<long>(*screen_.screenNumber))};
+}
+- (NSString*)localizedName {
+    mainThreadOnly("NSScreen");
+    return string(screen_.localizedName);
+}
+@end
+
+namespace {
+
+/// The pasteboard is for one thread, whichever is the first.
+void pasteboardThreadOnly() {
+    static std::mutex mutex;
+    static std::thread::id user;
+    const std::lock_guard guard(mutex);
+    if (user == std::thread::id()) user = std::this_thread::get_id();
+    if (user != std::this_thread::get_id()) violation("the pasteboard is used by two threads");
+}
+
+}  // namespace
+
+@implementation NSPasteboard
++ (NSPasteboard*)generalPasteboard {
+    pasteboardThreadOnly();
+    static NSPasteboard* pasteboard = singleton([[NSPasteboard alloc] init]);
+    return pasteboard;
+}
+- (NSInteger)clearContents {
+    pasteboardThreadOnly();
+    services->pasteboard().clearContents();
+    return 1;
+}
+- (NSString*)stringForType:(NSPasteboardType)type {
+    pasteboardThreadOnly();
+    block("stringForType");
+    return optionalString(services->pasteboard().stringForType(utf8(type)));
+}
+- (BOOL)setString:(NSString*)text forType:(NSPasteboardType)type {
+    pasteboardThreadOnly();
+    return services->pasteboard().setString(utf8(text), utf8(type));
+}
+@end
+
+@implementation NSEvent {
+    EventObject* event_;
+}
++ (NSEvent*)eventWithCGEvent:(CGEventRef)reference {
+    mainThreadOnly("NSEvent");
+    applicationObjectNeeded("NSEvent");
+    NSEvent* event = [[self alloc] init];
+    event->event_ = own<EventObject>(reference, "eventWithCGEvent:");
+    return event;
+}
+- (NSEventType)type {
+    return static_cast<NSEventType>(event_->type);
+}
+- (NSString*)characters {
+    mainThreadOnly("characters");
+    if (event_->type != kCGEventKeyDown && event_->type != kCGEventKeyUp) {
+        violation("characters of an event that is no key event");
+    }
+    return optionalString(event_->characters);
+}
+@end
+
+@implementation NSBitmapImageRep {
+    ImageObject* image_;
+}
+- (instancetype)initWithCGImage:(CGImageRef)image {
+    image_ = own<ImageObject>(image, "initWithCGImage:");
+    return self;
+}
+- (NSData*)representationUsingType:(NSBitmapImageFileType)type
+                        properties:(NSDictionary*)properties {
+    if (type != NSBitmapImageFileTypePNG || !properties) violation("a picture that is no PNG");
+    NSData* data = [[NSData alloc] init];
+    data->content = services->screenCapture().pngRepresentation(*image_->image);
+    return data;
+}
+@end

@@ -1,0 +1,198 @@
+// Run loops. Those of the taps' threads are the simulated ones; the main thread's is here: it
+// performs blocks and signalled sources, and wakes only when it is told to.
+#import <Foundation/Foundation.h>
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+
+#include "run_loops.h"
+
+using namespace quil;
+using namespace quil::substitute;
+
+@implementation RunLoopObject
+@end
+@implementation MachPort
+@end
+@implementation RunLoopSourceObject
+@end
+@implementation NSRunLoop
++ (NSRunLoop*)mainRunLoop {
+    static NSRunLoop* loop = singleton([[NSRunLoop alloc] init]);
+    return loop;
+}
+- (BOOL)runMode:(NSRunLoopMode)mode beforeDate:(NSDate*)limit {
+    mainThreadOnly("running the main run loop");
+    return runMainLoopOnce();
+}
+@end
+
+namespace {
+
+struct MainLoop {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool woken = false;
+    std::deque<void (^)(void)> blocks;
+    std::vector<RunLoopSourceObject*> sources;
+};
+MainLoop& mainLoop() {
+    static auto& loop = *new MainLoop;
+    return loop;
+}
+
+RunLoopObject* mainLoopObject() {
+    static RunLoopObject* object = singleton([[RunLoopObject alloc] init]);
+    return object;
+}
+
+RunLoopObject* own(CFRunLoopRef loop, const char* call) {
+    return substitute::own<RunLoopObject>(loop, call);
+}
+RunLoopSourceObject* own(CFRunLoopSourceRef source, const char* call) {
+    return substitute::own<RunLoopSourceObject>(source, call);
+}
+
+void commonModesOnly(CFTypeRef mode, const char* call) {
+    if (mode != kCFRunLoopCommonModes) violation(std::string(call) + ": not in the common modes");
+}
+
+/// Has the work that waits done; whether there was a source among it.
+bool performWaiting(std::unique_lock<std::mutex>& guard) {
+    MainLoop& loop = mainLoop();
+    while (!loop.blocks.empty()) {
+        @autoreleasepool {
+            void (^block)(void) = loop.blocks.front();
+            loop.blocks.pop_front();
+            guard.unlock();
+            substitute::block("mainRunLoop");
+            block();
+            block = nil;
+            guard.lock();
+        }
+    }
+    const auto signalled = std::find_if(loop.sources.begin(), loop.sources.end(), [](auto* source) {
+        return source->valid && source->signalled;
+    });
+    if (signalled == loop.sources.end()) return false;
+    RunLoopSourceObject* source = *signalled;
+    source->signalled = false;
+    guard.unlock();
+    source->context.perform(source->context.info);
+    guard.lock();
+    return true;
+}
+
+}  // namespace
+
+namespace quil::substitute {
+
+bool runMainLoopOnce() {
+    MainLoop& loop = mainLoop();
+    std::unique_lock guard(loop.mutex);
+    if (loop.sources.empty()) return false;
+    for (;;) {
+        if (performWaiting(guard)) return true;
+        loop.changed.wait(guard, [&] { return loop.woken; });
+        loop.woken = false;
+    }
+}
+
+void emptyMainLoop() {
+    std::deque<void (^)(void)> blocks;
+    const std::lock_guard guard(mainLoop().mutex);
+    blocks.swap(mainLoop().blocks);
+}
+
+}  // namespace quil::substitute
+
+extern "C" {
+
+const CFRunLoopMode kCFRunLoopCommonModes = (__bridge CFStringRef) @"kCFRunLoopCommonModes";
+const NSRunLoopMode NSDefaultRunLoopMode = @"kCFRunLoopDefaultMode";
+
+CFRunLoopRef CFRunLoopGetMain() {
+    return (CFRunLoopRef)(__bridge void*)mainLoopObject();
+}
+CFRunLoopRef CFRunLoopGetCurrent() {
+    if (onMainThread()) return CFRunLoopGetMain();
+    struct OfThread {
+        RunLoopObject* loop = [[RunLoopObject alloc] init];
+    };
+    static thread_local const OfThread own;
+    own.loop->loop = services->eventTaps().currentRunLoop();
+    return (CFRunLoopRef)(__bridge void*)own.loop;
+}
+void CFRunLoopRun() {
+    if (onMainThread()) violation("CFRunLoopRun: the main run loop is run by NSRunLoop");
+    services->eventTaps().runCurrentRunLoop();
+}
+void CFRunLoopStop(CFRunLoopRef loop) {
+    services->eventTaps().stopRunLoop(own(loop, "CFRunLoopStop")->loop);
+}
+void CFRunLoopWakeUp(CFRunLoopRef loop) {
+    if (own(loop, "CFRunLoopWakeUp") != mainLoopObject()) return;
+    const std::lock_guard guard(mainLoop().mutex);
+    mainLoop().woken = true;
+    mainLoop().changed.notify_all();
+}
+void CFRunLoopPerformBlock(CFRunLoopRef loop, CFTypeRef mode, void (^block)(void)) {
+    commonModesOnly(mode, "CFRunLoopPerformBlock");
+    if (own(loop, "CFRunLoopPerformBlock") != mainLoopObject()) {
+        violation("CFRunLoopPerformBlock: on a tap's thread nothing would perform it");
+    }
+    const std::lock_guard guard(mainLoop().mutex);
+    mainLoop().blocks.push_back(block);
+}
+
+CFRunLoopSourceRef CFRunLoopSourceCreate(CFAllocatorRef, CFIndex, CFRunLoopSourceContext* context) {
+    if (!context || context->version != 0) violation("CFRunLoopSourceCreate: version 0 is meant");
+    RunLoopSourceObject* source = [[RunLoopSourceObject alloc] init];
+    source->context = *context;
+    source->valid = true;
+    return handedOver<CFRunLoopSourceRef>(source);
+}
+void CFRunLoopSourceSignal(CFRunLoopSourceRef source) {
+    const std::lock_guard guard(mainLoop().mutex);
+    own(source, "CFRunLoopSourceSignal")->signalled = true;
+}
+void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLoopMode mode) {
+    commonModesOnly(mode, "CFRunLoopAddSource");
+    RunLoopSourceObject* source = own(reference, "CFRunLoopAddSource");
+    RunLoopObject* target = own(loop, "CFRunLoopAddSource");
+    if (source->served) return services->eventTaps().addSource(target->loop, source->served);
+    const std::lock_guard guard(mainLoop().mutex);
+    if (source->valid) mainLoop().sources.push_back(source);
+}
+void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLoopMode mode) {
+    commonModesOnly(mode, "CFRunLoopRemoveSource");
+    RunLoopSourceObject* source = own(reference, "CFRunLoopRemoveSource");
+    services->eventTaps().removeSource(own(loop, "CFRunLoopRemoveSource")->loop, source->served);
+}
+void CFRunLoopSourceInvalidate(CFRunLoopSourceRef reference) {
+    RunLoopSourceObject* source = own(reference, "CFRunLoopSourceInvalidate");
+    if (source->served) return services->eventTaps().invalidateSource(source->served);
+    const std::lock_guard guard(mainLoop().mutex);
+    source->valid = false;
+    source->signalled = false;
+    std::erase(mainLoop().sources, source);
+}
+
+CFRunLoopSourceRef CFMachPortCreateRunLoopSource(CFAllocatorRef, CFMachPortRef reference, CFIndex) {
+    MachPort* port = substitute::own<MachPort>(reference, "CFMachPortCreateRunLoopSource");
+    if (port->life.ended) return nullptr;
+    const auto served = services->eventTaps().createRunLoopSource(port->tap);
+    if (!served) return nullptr;
+    RunLoopSourceObject* source = [[RunLoopSourceObject alloc] init];
+    source->served = served;
+    source->port = port;
+    return handedOver<CFRunLoopSourceRef>(source);
+}
+void CFMachPortInvalidate(CFMachPortRef reference) {
+    MachPort* port = substitute::own<MachPort>(reference, "CFMachPortInvalidate");
+    port->life.ended = true;
+    services->eventTaps().invalidateTap(port->tap);
+}
+
+}  // extern "C"

@@ -1,7 +1,6 @@
 """The Mac backend where a Mac is in question: threads, what other processes owe an answer, what is left
 behind, and any call that fails. QUIL_MAC_LONG=1 makes the long runs of it, by hand."""
 import concurrent.futures
-import copy
 import os
 import time
 import unittest
@@ -102,7 +101,7 @@ class Everything(unittest.TestCase):
             before = memory(host)
             for _ in range(rounds):
                 ask_everything(host)
-            self.assertLess(memory(host) - before, 10_000, f"kB more after {rounds} rounds")
+            self.assertLess(memory(host) - before, 3_000, f"kB more after {rounds} rounds")
 
     def test_recordings_come_and_go(self):
         count = 10_000 if LONG else 300
@@ -152,13 +151,12 @@ class OtherProcesses(unittest.TestCase):
             self.assertEqual(self.waits(host), 1)
 
     def test_a_hung_application(self):
-        # The target's title, the walk that starts at the application since it names no window, and
-        # the text.
+        # For the title of the target, for the window to begin with, and for the walk.
         with mac({**RICH, "rules": [{"call": "copyAttributeValue", "fails": "cannotComplete",
                                      "takes": 6}]}) as host:
             state = host.result("desktop_ax_get_state")
             self.assertEqual([node["role"] for node in state["nodes"]], ["AXUnknown"])
-            self.assertEqual(self.waits(host), HUNG_WAITS)
+            self.assertEqual(self.waits(host), 3)
 
     def test_numbers_and_other_objects(self):
         values = ["float 0.7", "unsigned 18446744073709551615", "range", "null", 42, True, 1e300]
@@ -171,13 +169,17 @@ class OtherProcesses(unittest.TestCase):
                              ["0.7", "18446744073709551615", None, None, "42", "1", "1e+300"])
 
     def test_displays_come_and_go(self):
-        scenario = {**RICH, "script": [{"request": 2, "do": {"displays": DISPLAYS[:1]}},
-                                       {"request": 3, "do": {"displays": DISPLAYS}}]}
+        click = {"person": {"click": [1500, 0]}}
+        scenario = {**RICH, "script": [
+            {"request": 2, "do": [click, {"displays": DISPLAYS[:1]}]}, {"request": 3, "do": click},
+            {"request": 4, "do": [{"displays": DISPLAYS}, click]}]}
         with mac(scenario) as host:
-            displays = [[display["name"] for display in
-                         host.result("startFrontmostGlimpseCapture", requestId="g")["target"].get("displays", [])]
-                        for _ in range(3)]
-        self.assertEqual(displays, [])
+            host.result("startInputRecording")
+            names = []
+            for _ in range(3):
+                event = host.result("nextInputEvent")["event"]
+                names.append(event["target"].get("display", {}).get("name"))
+            self.assertEqual(names, ["Built-in", "Built-in", "Désk 🎈"])
 
     def test_paste_with_a_slow_owner(self):
         with mac(RICH, delays={"stringForType": 0.6}) as host:

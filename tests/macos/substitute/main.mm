@@ -105,7 +105,7 @@ void startThread(std::size_t stackSize, std::function<void()> work) {
             (*body)();
             delete body;
         }
-        static_cast<simulated::SimulatedEventTaps&>(services->eventTaps()).endThread();
+        forgetRunLoop();
         threads.change(-1);
         return nullptr;
     };

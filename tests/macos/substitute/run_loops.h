@@ -18,6 +18,8 @@ struct PortLife {
 /// One turn of the main run loop: returns after a source has been performed; false, at once, when
 /// there is none.
 bool runMainLoopOnce();
+/// Gives up the calling thread's run loop; for a thread that is about to end.
+void forgetRunLoop();
 /// Drops the blocks that nobody has performed.
 void emptyMainLoop();
 

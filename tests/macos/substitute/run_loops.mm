@@ -47,6 +47,11 @@ RunLoopObject* mainLoopObject() {
     return object;
 }
 
+struct OfThread {
+    RunLoopObject* loop;
+};
+thread_local OfThread ofThread;
+
 RunLoopObject* own(CFRunLoopRef loop, const char* call) {
     return substitute::own<RunLoopObject>(loop, call);
 }
@@ -99,6 +104,11 @@ bool runMainLoopOnce() {
     }
 }
 
+void forgetRunLoop() {
+    ofThread.loop = nil;
+    static_cast<simulated::SimulatedEventTaps&>(services->eventTaps()).endThread();
+}
+
 void emptyMainLoop() {
     std::deque<void (^)(void)> blocks;
     const std::lock_guard guard(mainLoop().mutex);
@@ -117,12 +127,11 @@ CFRunLoopRef CFRunLoopGetMain() {
 }
 CFRunLoopRef CFRunLoopGetCurrent() {
     if (onMainThread()) return CFRunLoopGetMain();
-    struct OfThread {
-        RunLoopObject* loop = [[RunLoopObject alloc] init];
-    };
-    static thread_local const OfThread own;
-    own.loop->loop = services->eventTaps().currentRunLoop();
-    return (CFRunLoopRef)(__bridge void*)own.loop;
+    if (!ofThread.loop) {
+        ofThread.loop = [[RunLoopObject alloc] init];
+        ofThread.loop->loop = services->eventTaps().currentRunLoop();
+    }
+    return (CFRunLoopRef)(__bridge void*)ofThread.loop;
 }
 void CFRunLoopRun() {
     if (onMainThread()) violation("CFRunLoopRun: the main run loop is run by NSRunLoop");

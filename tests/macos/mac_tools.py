@@ -10,6 +10,7 @@ FAKE = os.environ.get("QUIL_MAC_FAKE") or os.path.join(os.environ["QUIL_BUILD_DI
 # Lost memory ends the process with an error, and freed memory is used again soon.
 os.environ["ASAN_OPTIONS"] = ("detect_leaks=1:quarantine_size_mb=1:"
                               "thread_local_quarantine_size_kb=64")
+os.environ["TSAN_OPTIONS"] = "halt_on_error=1:atexit_sleep_ms=0"
 quil_host.executable = lambda name: FAKE
 
 import simulated  # noqa: E402  (after the executable is chosen)

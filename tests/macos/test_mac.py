@@ -201,6 +201,8 @@ class OtherProcesses(unittest.TestCase):
             event, = host.result("stopInputRecording")["events"]
             self.assertEqual(event["action"], "keypress")
 
+
+class SilentProcesses(unittest.TestCase):
     def test_answers_that_never_come(self):
         picture = "desktop_screenshot"
         cases = [  # what never or hardly comes, the request, its bound in seconds

@@ -1,0 +1,34 @@
+"""The Python client on real applications: README's first lines, and the tasks of examples/."""
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from desktop_tools import output
+from protocol_schema import ROOT
+from quil_host import executable
+
+import quil
+
+RUNS = int(os.environ.get("QUIL_TEST_TASK_RUNS", "1"))
+
+
+class ClientTest(unittest.TestCase):
+    def test_the_lines_of_the_readme(self):
+        with open(os.path.join(ROOT, "README.md"), encoding="utf-8") as file:
+            lines = re.search(r"^```python\n(.*?)^```", file.read(), re.M | re.S)[1]
+        self.run_on_desktop("-c", lines)
+
+    def run_on_desktop(self, *arguments):
+        with tempfile.TemporaryDirectory() as home:
+            environment = {**os.environ, "HOME": home, "PATH": f"{os.path.dirname(executable('quil'))}:{os.environ['PATH']}"}
+            done = subprocess.run([sys.executable, *arguments], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                                  timeout=200, env=environment)
+        self.assertEqual(done.returncode, 0, done.stdout)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,27 +1,79 @@
 #include "json/json.h"
 
+#include <utility>
+#include <vector>
+
+#include "json/exact_integer.h"
 #include "json/parsable.h"
 
 namespace quil {
 namespace {
 
-Json parse(std::string_view text) {
+/// Builds the value of a text, in which every number that is an integer as written is held as one.
+class Builder : public nlohmann::json_sax<Json> {
+  public:
+    Json take() { return std::move(root_); }
+
+    bool null() override { return add(nullptr); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(number_integer_t value) override { return add(value); }
+    bool number_unsigned(number_unsigned_t value) override { return add(value); }
+    bool number_float(number_float_t value, const string_t& written) override {
+        if (const auto integer = exactInteger(written)) return add(*integer);
+        return add(value);
+    }
+    bool string(string_t& value) override { return add(std::move(value)); }
+    bool binary(binary_t& value) override { return add(std::move(value)); }
+    bool start_object(std::size_t) override { return open(Json::object()); }
+    bool start_array(std::size_t) override { return open(Json::array()); }
+    bool key(string_t& name) override {
+        member_ = &(*open_.back())[name];
+        return true;
+    }
+    bool end_object() override { return close(); }
+    bool end_array() override { return close(); }
+    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+        return false;
+    }
+
+  private:
+    Json* place(Json value) {
+        if (open_.empty()) return &(root_ = std::move(value));
+        if (open_.back()->is_array()) return &open_.back()->emplace_back(std::move(value));
+        return &(*member_ = std::move(value));
+    }
+    bool add(Json value) {
+        place(std::move(value));
+        return true;
+    }
+    bool open(Json container) {
+        open_.push_back(place(std::move(container)));
+        return true;
+    }
+    bool close() {
+        open_.pop_back();
+        return true;
+    }
+
+    Json root_;
+    std::vector<Json*> open_;  // the containers around the place that is read, the innermost last
+    Json* member_ = nullptr;   // of the innermost object: the one whose value comes next
+};
+
+std::optional<Json> parse(std::string_view text) {
     // The parser takes a NUL for the end of the text, whatever comes behind it.
-    if (text.find('\0') != text.npos) return Json(Json::value_t::discarded);
-    return Json::parse(text, nullptr, /*allow_exceptions=*/false);
+    if (text.find('\0') != text.npos) return {};
+    Builder builder;
+    if (!Json::sax_parse(text, &builder)) return {};
+    return builder.take();
 }
 
 }  // namespace
 
 std::optional<Json> parseJson(std::string_view text) {
-    Json value = parse(text);
-    if (value.is_discarded()) {
-        const auto readable = parsableJson(text);
-        if (!readable) return {};
-        value = parse(*readable);
-    }
-    if (value.is_discarded()) return {};
-    return value;
+    if (auto value = parse(text)) return value;
+    const auto readable = parsableJson(text);
+    return readable ? parse(*readable) : std::nullopt;
 }
 
 std::optional<std::int64_t> jsonInteger(const Json& value) {
@@ -31,12 +83,6 @@ std::optional<std::int64_t> jsonInteger(const Json& value) {
         return static_cast<std::int64_t>(number);
     }
     if (value.is_number_integer()) return value.get<std::int64_t>();
-    if (value.is_number_float()) {
-        const auto number = value.get<double>();
-        // What was written below the range has been rounded to its lower end, too.
-        if (number <= static_cast<double>(INT64_MIN)) return {};
-        return Value(number).integer();
-    }
     return {};
 }
 

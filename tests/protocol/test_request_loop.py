@@ -32,6 +32,10 @@ class Envelope(unittest.TestCase):
                 b'{"id":3.5,"method":"ping"}', b'{"id":true,"method":"ping"}',
                 b'{"id":[1],"method":"ping"}', b'{"id":9223372036854775808,"method":"ping"}',
                 b'{"id":-9223372036854775809,"method":"ping"}', b'{"id":1e400,"method":"ping"}',
+                *(b'{"id":%s,"method":"ping"}' % id for id in (
+                    b"1.00000000000000000000001", b"1e-400", b"-1e-999999999999999999999",
+                    b"9007199254740993.5", b"9223372036854775808.0", b"-9223372036854775809.0",
+                    b"922337203685477580.71e1", b"1e19", b"1e999999999999999999999", b"10e-2")),
                 b'{"ID":1,"method":"ping"}', b'{"id":4}', b'{"id":4,"method":7}',
                 b'{"id":4,"method":null}', b'{"id":4,"method":["ping"]}',
                 b'{"id":1,"method":"ping"} x', b'{"id":1,"method":"ping"}{}',
@@ -51,7 +55,10 @@ class Envelope(unittest.TestCase):
     def test_ids(self):
         for spelled, meant in [("3", 3), ("3.0", 3), ("30e-1", 3), ("-1", -1), ("0", 0),
                                ("-0.0", 0), ("9223372036854775807", 2**63 - 1),
-                               ("-9223372036854775808", -2**63), ("1e3", 1000)]:
+                               ("-9223372036854775808", -2**63), ("1e3", 1000),
+                               ("9007199254740993.0", 2**53 + 1), ("-9223372036854775808.0", -2**63),
+                               ("922337203685477580.7E+1", 2**63 - 1), ("0.0e-999999999999999999999", 0),
+                               ("5000000000000000000000e-21", 5), ("0e999999999999999999999", 0)]:
             reply, = answers(b'{"id": %s, "method": "ping"}\n' % spelled.encode())
             self.assertEqual(reply["id"], meant, spelled)
             self.assertIs(type(reply["id"]), int, spelled)

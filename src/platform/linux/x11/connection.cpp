@@ -17,6 +17,8 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/linux/x11/display_probe.h"
+
 // Of <xcb/xkb.h>, which is not C++: it has a field called "explicit".
 extern "C" xcb_extension_t xcb_xkb_id;
 
@@ -128,7 +130,10 @@ std::shared_ptr<X11Connection> X11Display::connection() {
         serverHangs_ = connection_->hasTimedOut();
         connection_ = nullptr;
     }
-    if (!attempt_.valid()) beginAttempt();
+    if (!attempt_.valid()) {
+        if (!mayHaveDisplay()) return nullptr;
+        beginAttempt();
+    }
     const auto patience = serverHangs_ ? milliseconds::zero() : kPatience;
     serverHangs_ = attempt_.wait_for(patience) != std::future_status::ready;
     if (!serverHangs_) connection_ = attempt_.get();

@@ -16,6 +16,12 @@ class Clock {
     virtual double systemUptime() = 0;
     /// Blocks the calling thread for that many microseconds.
     virtual void sleepMicroseconds(std::uint32_t microseconds) = 0;
+    /// One step, of that many microseconds, of a wait that ends early when another thread brings
+    /// something, and else by the uptime `end`. A clock that stands still takes several steps at
+    /// once when nothing can come in between.
+    virtual void sleepStep(std::uint32_t microseconds, [[maybe_unused]] double end) {
+        sleepMicroseconds(microseconds);
+    }
     /// A new random UUID, 36 characters, upper case.
     virtual std::string uuidString() = 0;
 };

@@ -22,7 +22,8 @@ class Threads {
     /// Waits for every thread that was started.
     virtual ~Threads() = default;
 
-    /// Starts a thread with that name (cut to what the platform keeps of it).
+    /// Starts a thread with that name (cut to what the platform keeps of it); null when the system
+    /// has no more of them.
     virtual ThreadRef startThread(const std::string& name, QualityOfService qualityOfService,
                                   std::function<void()> body) = 0;
 

@@ -12,6 +12,8 @@ namespace {
 constexpr std::size_t kMaximumEvents = 10'000;
 constexpr std::uint32_t kPollMicroseconds = 50'000;
 constexpr std::int64_t kMaximumScroll = 100;
+/// A year, which is as good as for ever, and keeps a simulated clock within its range.
+constexpr std::int64_t kLongestWaitMs = 31'536'000'000;
 
 constexpr std::uint64_t bit(std::uint32_t type) {
     return std::uint64_t{1} << type;
@@ -32,10 +34,12 @@ InputRecorder::~InputRecorder() {
 }
 
 InputRecorderStart InputRecorder::start() {
+    Recording recording = 0;
     {
         const std::lock_guard guard(lock_);
         if (active_) return InputRecorderStart::started;
         events_.clear();
+        recording = ++lastRecording_;
     }
     if (!listenAccessGranted(platform_.permissions())) return InputRecorderStart::permissionDenied;
 
@@ -43,8 +47,9 @@ InputRecorderStart InputRecorder::start() {
     const std::weak_ptr<InputRecorder> self = weak_from_this();
     const EventTapRef tap =
         taps.createTap(kSessionEventTap, kHeadInsertEventTap, kEventTapOptionListenOnly, kTapMask,
-                       [self](std::uint32_t type, const TappedEvent& event) {
-                           if (const auto recorder = self.lock()) recorder->handle(type, event);
+                       [self, recording](std::uint32_t type, const TappedEvent& event) {
+                           const auto recorder = self.lock();
+                           if (recorder) recorder->handle(recording, type, event);
                        });
     if (!tap) return InputRecorderStart::tapUnavailable;
 
@@ -55,6 +60,7 @@ InputRecorderStart InputRecorder::start() {
         const std::lock_guard guard(lock_);
         if (!active_) {
             tap_ = tap;
+            recording_ = recording;
             active_ = isOurs = true;
         }
     }
@@ -65,26 +71,31 @@ InputRecorderStart InputRecorder::start() {
     const RunLoopSourceRef source = taps.createRunLoopSource(tap);
     {
         const std::lock_guard guard(lock_);
-        if (!isCurrent(tap)) return InputRecorderStart::started;
+        if (!isCurrent(recording)) return InputRecorderStart::started;
         runLoopSource_ = source;
     }
-    const ThreadRef thread =
-        platform_.threads().startThread("quil.input-tap", QualityOfService::standard,
-                                        [&taps, self, tap] { serve(taps, self, tap); });
+    const ThreadRef thread = platform_.threads().startThread(
+        "quil.input-tap", QualityOfService::standard,
+        [&taps, self, recording, tap] { serve(taps, self, recording, tap); });
+    if (!thread) {
+        // Nobody would ever take the tap's events. Unless a stop has come first, all is undone.
+        end(recording);
+        return InputRecorderStart::tapUnavailable;
+    }
     const std::lock_guard guard(lock_);
-    if (isCurrent(tap)) thread_ = thread;
+    if (isCurrent(recording)) thread_ = thread;
     return InputRecorderStart::started;
 }
 
 /// The tap thread. A stop at any moment ends it: one that comes before the run loop runs has made
 /// the source invalid, without which the loop returns at once.
 void InputRecorder::serve(EventTaps& taps, const std::weak_ptr<InputRecorder>& recorder,
-                          const EventTapRef& tap) {
+                          Recording recording, const EventTapRef& tap) {
     const RunLoopRef runLoop = taps.currentRunLoop();
     RunLoopSourceRef source;
     {
         const auto alive = recorder.lock();
-        if (!alive || !alive->joinRunLoop(tap, runLoop, source)) return;
+        if (!alive || !alive->joinRunLoop(recording, runLoop, source)) return;
     }
     taps.addSource(runLoop, source);
     taps.enableTap(tap, true);
@@ -93,10 +104,10 @@ void InputRecorder::serve(EventTaps& taps, const std::weak_ptr<InputRecorder>& r
 
 /// Notes the tap thread's run loop and gives the source to add to it. False when the recording has
 /// ended, even if another has begun since.
-bool InputRecorder::joinRunLoop(const EventTapRef& tap, const RunLoopRef& runLoop,
+bool InputRecorder::joinRunLoop(Recording recording, const RunLoopRef& runLoop,
                                 RunLoopSourceRef& source) {
     const std::lock_guard guard(lock_);
-    if (!isCurrent(tap) || !runLoopSource_) return false;
+    if (!isCurrent(recording) || !runLoopSource_) return false;
     tapRunLoop_ = runLoop;
     source = runLoopSource_;
     return true;
@@ -105,9 +116,10 @@ bool InputRecorder::joinRunLoop(const EventTapRef& tap, const RunLoopRef& runLoo
 std::optional<RecordedInput> InputRecorder::next(std::int64_t timeoutMs) {
     if (auto record = takeFirst()) return record;
     Clock& clock = platform_.clock();
-    const double deadline = clock.systemUptime() + static_cast<double>(timeoutMs) / 1000;
+    const double deadline =
+        clock.systemUptime() + static_cast<double>(std::min(timeoutMs, kLongestWaitMs)) / 1000;
     while (clock.systemUptime() < deadline) {
-        clock.sleepMicroseconds(kPollMicroseconds);
+        clock.sleepStep(kPollMicroseconds, deadline);
         if (auto record = takeFirst()) return record;
     }
     return {};
@@ -131,13 +143,15 @@ std::vector<RecordedInput> InputRecorder::stopAndDrain() {
     return end();
 }
 
-std::vector<RecordedInput> InputRecorder::end() {
+/// Ends the recording that runs and takes its records; given a number, does nothing to another one.
+std::vector<RecordedInput> InputRecorder::end(std::optional<Recording> only) {
     std::deque<RecordedInput> taken;
     EventTapRef tap;
     RunLoopSourceRef source;
     RunLoopRef runLoop;
     {
         const std::lock_guard guard(lock_);
+        if (only && !isCurrent(*only)) return {};
         active_ = false;
         tap.swap(tap_);
         source.swap(runLoopSource_);
@@ -158,13 +172,13 @@ std::vector<RecordedInput> InputRecorder::end() {
     return {std::make_move_iterator(taken.begin()), std::make_move_iterator(taken.end())};
 }
 
-void InputRecorder::handle(std::uint32_t type, const TappedEvent& event) {
+void InputRecorder::handle(Recording recording, std::uint32_t type, const TappedEvent& event) {
     if (!active_) return;
     if (type == kEventTapDisabledByTimeout || type == kEventTapDisabledByUserInput) {
         EventTapRef tap;
         {
             const std::lock_guard guard(lock_);
-            tap = tap_;
+            if (isCurrent(recording)) tap = tap_;
         }
         if (tap) platform_.eventTaps().enableTap(tap, true);
         return;
@@ -173,30 +187,31 @@ void InputRecorder::handle(std::uint32_t type, const TappedEvent& event) {
     const std::int64_t at = eventEpochMillis(platform_.clock(), event);
     switch (type) {
         case kEventLeftMouseDown:
-            return append({"click", Json::object(), location, at});
+            return append(recording, {"click", Json::object(), location, at});
         case kEventScrollWheel: {
             const auto amount = std::clamp(event.integerValueField(kScrollWheelEventDeltaAxis1),
                                            -kMaximumScroll, kMaximumScroll);
-            return append({"scroll", {{"amount", amount}}, location, at});
+            return append(recording, {"scroll", {{"amount", amount}}, location, at});
         }
         case kEventKeyDown:
-            return handleKeyDown(event, at);
+            return handleKeyDown(recording, event, at);
         default:
             return;
     }
 }
 
-void InputRecorder::handleKeyDown(const TappedEvent& event, std::int64_t at) {
+void InputRecorder::handleKeyDown(Recording recording, const TappedEvent& event, std::int64_t at) {
     if (platform_.eventTaps().isSecureEventInputEnabled()) return;
     if (auto text = plainText(event)) {
-        append({"type", {{"text", std::move(*text)}}, {}, at});
+        append(recording, {"type", {{"text", std::move(*text)}}, {}, at});
     } else {
-        append({"keypress", {{"combo", keyCombination(event)}}, {}, at});
+        append(recording, {"keypress", {{"combo", keyCombination(event)}}, {}, at});
     }
 }
 
-void InputRecorder::append(RecordedInput record) {
+void InputRecorder::append(Recording recording, RecordedInput record) {
     const std::lock_guard guard(lock_);
+    if (!isCurrent(recording)) return;
     if (events_.size() < kMaximumEvents) events_.push_back(std::move(record));
 }
 

@@ -17,7 +17,7 @@ namespace quil {
 enum class InputRecorderStart {
     started,           ///< A recording runs, begun now or before.
     permissionDenied,  ///< Input Monitoring is not granted.
-    tapUnavailable,    ///< The system makes no tap.
+    tapUnavailable,    ///< The system makes no tap, or no thread to serve it.
 };
 
 /// Records what the person does with mouse and keyboard, by a tap that only listens and runs on a
@@ -46,17 +46,20 @@ class InputRecorder : public std::enable_shared_from_this<InputRecorder> {
     void stop() { stopAndDrain(); }
 
   private:
+    /// The number of an attempt to start one; no two have the same.
+    using Recording = std::uint64_t;
+
     explicit InputRecorder(Platform& platform) : platform_(platform) {}
 
-    bool isCurrent(const EventTapRef& tap) const { return active_ && tap_ == tap; }
+    bool isCurrent(Recording recording) const { return active_ && recording_ == recording; }
     static void serve(EventTaps& taps, const std::weak_ptr<InputRecorder>& recorder,
-                      const EventTapRef& tap);
-    bool joinRunLoop(const EventTapRef& tap, const RunLoopRef& runLoop, RunLoopSourceRef& source);
-    void handle(std::uint32_t type, const TappedEvent& event);
-    void handleKeyDown(const TappedEvent& event, std::int64_t at);
-    void append(RecordedInput record);
+                      Recording recording, const EventTapRef& tap);
+    bool joinRunLoop(Recording recording, const RunLoopRef& runLoop, RunLoopSourceRef& source);
+    void handle(Recording recording, std::uint32_t type, const TappedEvent& event);
+    void handleKeyDown(Recording recording, const TappedEvent& event, std::int64_t at);
+    void append(Recording recording, RecordedInput record);
     std::optional<RecordedInput> takeFirst();
-    std::vector<RecordedInput> end();
+    std::vector<RecordedInput> end(std::optional<Recording> only = {});
 
     Platform& platform_;
 
@@ -67,6 +70,9 @@ class InputRecorder : public std::enable_shared_from_this<InputRecorder> {
     RunLoopSourceRef runLoopSource_;
     RunLoopRef tapRunLoop_;
     ThreadRef thread_;
+    Recording lastRecording_ = 0;
+    /// The one that `active_` is about: a callback may still be at work for one of before.
+    Recording recording_ = 0;
     /// Written under the lock, read without it for every event.
     std::atomic<bool> active_ = false;
 };

@@ -29,6 +29,7 @@ int runProcess(Platform& platform) {
             runRuntimeLoop(runtime);
             threads.stopMainRunLoop();
         });
+    if (!worker) return 1;
     threads.runMainRunLoop();
     return 0;
 }

@@ -3,6 +3,7 @@ import json
 import os
 import random
 import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -213,6 +214,38 @@ class Scripts(unittest.TestCase):
             self.assertIsNone(next())  # a second unless told
             host.result("desktop_keypress", combo="a")
             self.assertAlmostEqual(host.entries()[-1]["time"], 1.4)
+
+    def test_times_that_no_double_holds(self):
+        """Each change comes at its own time; a long wait goes straight to the next."""
+        times = (1 / 3, 2 / 60, 0.1 + 0.2, 1.4e-9, 7200 + 1 / 7)
+        scenario = {"script": [{"at": time, "do": {"person": {"type": "x"}}} for time in times]}
+        with Simulated(scenario) as host:
+            host.result("startInputRecording")
+            for time in sorted(times):
+                event = host.result("nextInputEvent", timeoutMs=2**62)["event"]
+                self.assertEqual(event["at"], 1_700_000_000_000 + int(time * 1000))
+            self.assertIsNone(host.result("nextInputEvent", timeoutMs=10**9)["event"])
+            sleeps = [entry["microseconds"] for entry in host.entries()]
+            self.assertEqual(sleeps, [50_000, 250_000, 50_000, 7_199_800_000, 10**12])
+
+    @unittest.skipUnless(sys.platform == "linux", "reads /proc")
+    def test_recordings_leave_nothing_behind(self):
+        def address_space():
+            with open(f"/proc/{host.process.pid}/status", encoding="ascii") as file:
+                return next(int(line.split()[1]) for line in file if line.startswith("VmSize:"))
+
+        with Simulated({"rules": [{"call": "startThread", "about": "quil.input-tap", "nth": 3,
+                                   "fails": True}]}) as host:
+            for _ in range(2):
+                host.result("startInputRecording")
+                host.result("stopInputRecording")
+            self.assertEqual(host.error("startInputRecording"), {
+                "code": "RECORDING_CAPTURE_UNAVAILABLE", "message": "input event tap unavailable"})
+            before = address_space()
+            for _ in range(100):  # a thread's stack takes 8 MB
+                self.assertEqual(host.result("startInputRecording"), {})
+                host.result("stopInputRecording")
+            self.assertLess(address_space() - before, 400_000)
 
     def test_recordings_that_cannot_start(self):
         permission, unavailable = "RECORDING_PERMISSION_REQUIRED", "RECORDING_CAPTURE_UNAVAILABLE"

@@ -4,8 +4,10 @@
 
 #include <atomic>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <thread>
+#include <utility>
 
 #include "platform/event_posting.h"
 #include "platform/simulated/simulated_platform.h"
@@ -181,6 +183,51 @@ TEST_F(Recorder, Payloads) {
     desktop.displays.clear();
     json = payload({"click", Json::object(), Point{0, 0}, 42});
     EXPECT_EQ(json["target"].dump(), R"({"point":{"x":0.0,"y":0.0}})");
+}
+
+/// Does something else while the time is asked for.
+class InterruptedClock : public Clock {
+  public:
+    explicit InterruptedClock(Clock& clock) : clock_(clock) {}
+    double timeIntervalSince1970() override {
+        if (const auto work = std::exchange(meanwhile, nullptr)) work();
+        return clock_.timeIntervalSince1970();
+    }
+    double systemUptime() override { return clock_.systemUptime(); }
+    void sleepMicroseconds(std::uint32_t time) override { clock_.sleepMicroseconds(time); }
+    std::string uuidString() override { return clock_.uuidString(); }
+
+    std::function<void()> meanwhile;
+
+  private:
+    Clock& clock_;
+};
+
+class InterruptedPlatform : public SimulatedPlatform {
+  public:
+    using SimulatedPlatform::SimulatedPlatform;
+    InterruptedClock& clock() override { return clock_; }
+
+  private:
+    InterruptedClock clock_{SimulatedPlatform::clock()};
+};
+
+TEST(RecorderRaces, ALateEventOfAnEarlierRecordingIsNotOfTheNext) {
+    SimulatedDesktop desktop;
+    InterruptedPlatform platform(desktop);
+    const auto recorder = InputRecorder::create(platform);
+    recorder->start();
+    platform.clock().meanwhile = [&] {
+        recorder->stop();
+        recorder->start();
+    };
+    desktop.person().click({1, 1});
+    desktop.settle();
+    desktop.person().click({2, 2});
+    desktop.settle();
+    const auto records = recorder->stopAndDrain();
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(records[0].point, (Point{2, 2}));
 }
 
 // For the thread sanitizer; and whatever the order was, no run loop is left running.

@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <system_error>
 
 namespace quil {
 namespace {
@@ -37,17 +38,25 @@ PosixThreads::~PosixThreads() {
 
 ThreadRef PosixThreads::startThread(const std::string& name, QualityOfService,
                                     std::function<void()> body) {
-    const auto ended = std::make_shared<bool>(false);
-    std::thread thread([this, name, body = std::move(body), ended]() mutable {
-        nameCurrentThread(name);
-        body();
-        body = nullptr;  // what the body holds is released on its own thread
+    {
+        // First, so that those that have ended make room for this one.
         const std::lock_guard guard(lock_);
-        *ended = true;
-    });
-    const std::lock_guard guard(lock_);
-    reapEnded();
-    threads_.push_back({std::move(thread), ended});
+        reapEnded();
+    }
+    const auto ended = std::make_shared<bool>(false);
+    try {
+        std::thread thread([this, name, body = std::move(body), ended]() mutable {
+            nameCurrentThread(name);
+            body();
+            body = nullptr;  // what the body holds is released on its own thread
+            const std::lock_guard guard(lock_);
+            *ended = true;
+        });
+        const std::lock_guard guard(lock_);
+        threads_.push_back({std::move(thread), ended});
+    } catch (const std::system_error&) {
+        return nullptr;
+    }
     return std::make_shared<StartedThread>();
 }
 

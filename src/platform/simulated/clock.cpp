@@ -1,17 +1,17 @@
 #include "platform/simulated/clock.h"
 
+#include <algorithm>
 #include <cmath>
 #include <thread>
 
 namespace quil::simulated {
-namespace {
 
-/// Whole nanoseconds, so that many short sleeps add up exactly.
-std::chrono::nanoseconds nanoseconds(double seconds) {
-    return std::chrono::nanoseconds(std::llround(seconds * 1e9));
+DesktopClock::Nanoseconds DesktopClock::nanoseconds(double seconds) {
+    const double count = std::round(seconds * 1e9);
+    constexpr auto kLongest = Nanoseconds::max();
+    if (count >= static_cast<double>(kLongest.count())) return kLongest;
+    return Nanoseconds(static_cast<Nanoseconds::rep>(count));
 }
-
-}  // namespace
 
 void DesktopClock::useRealTime() {
     const std::lock_guard lock(mutex_);
@@ -20,20 +20,30 @@ void DesktopClock::useRealTime() {
     realStart_ = RealClock::now();
 }
 
+DesktopClock::Nanoseconds DesktopClock::passed() const {
+    const std::lock_guard lock(mutex_);
+    return passedLocked();
+}
+
 double DesktopClock::now() const {
     const std::lock_guard lock(mutex_);
     return nowLocked();
 }
 
-void DesktopClock::pass(double seconds) {
+bool DesktopClock::isVirtual() const {
+    const std::lock_guard lock(mutex_);
+    return !isReal_;
+}
+
+void DesktopClock::pass(Nanoseconds time) {
     {
         const std::lock_guard lock(mutex_);
         if (!isReal_) {
-            virtualNow_ += nanoseconds(seconds);
+            virtualNow_ += std::min(time, Nanoseconds::max() - virtualNow_);
             return;
         }
     }
-    std::this_thread::sleep_for(nanoseconds(seconds));
+    std::this_thread::sleep_for(time);
 }
 
 void DesktopClock::setWallClockAtStart(double seconds) {
@@ -56,10 +66,12 @@ double DesktopClock::uptime() const {
     return uptimeAtStart_ + nowLocked();
 }
 
+DesktopClock::Nanoseconds DesktopClock::passedLocked() const {
+    return isReal_ ? virtualNow_ + (RealClock::now() - realStart_) : virtualNow_;
+}
+
 double DesktopClock::nowLocked() const {
-    std::chrono::nanoseconds passed = virtualNow_;
-    if (isReal_) passed += RealClock::now() - realStart_;
-    return static_cast<double>(passed.count()) / 1e9;
+    return static_cast<double>(passedLocked().count()) / 1e9;
 }
 
 }  // namespace quil::simulated

@@ -12,10 +12,19 @@ class DesktopClock {
     /// Lets time pass as it really does, from now on; sleeps wait.
     void useRealTime();
 
-    /// Seconds since the desktop started.
+    /// A time, since the desktop started, or a length of time. Whole nanoseconds, so that times add
+    /// up exactly and are reached exactly.
+    using Nanoseconds = std::chrono::nanoseconds;
+    /// Rounds to the nearest one; what is out of range becomes the longest time.
+    static Nanoseconds nanoseconds(double seconds);
+
+    Nanoseconds passed() const;
+    /// `passed` in seconds.
     double now() const;
-    /// Lets that much time pass: waits, or moves the virtual clock.
-    void pass(double seconds);
+    bool isVirtual() const;
+    /// Lets that much time pass: waits, or moves the virtual clock, at most to the end of its
+    /// range.
+    void pass(Nanoseconds time);
 
     /// The wall clock when the desktop started, seconds since 1970; 1,700,000,000 at first.
     void setWallClockAtStart(double seconds);
@@ -27,10 +36,11 @@ class DesktopClock {
   private:
     using RealClock = std::chrono::steady_clock;
 
+    Nanoseconds passedLocked() const;
     double nowLocked() const;
 
     mutable std::mutex mutex_;
-    std::chrono::nanoseconds virtualNow_{0};
+    Nanoseconds virtualNow_{0};
     double wallClockAtStart_ = 1'700'000'000;
     double uptimeAtStart_ = 1000;
     bool isReal_ = false;

@@ -8,6 +8,8 @@
 namespace quil {
 namespace {
 
+using simulated::DesktopClock;
+
 simulated::Element* findBelow(simulated::Element& element, std::string_view id) {
     if (element.id() == id) return &element;
     for (const auto& child : element.children()) {
@@ -110,11 +112,12 @@ SimulatedDesktop::BundleFile& SimulatedDesktop::bundle(std::string path) {
     return bundles_.back();
 }
 
-void SimulatedDesktop::pass(double seconds) {
-    const double end = clock_.now() + seconds;
-    // What is due on the way happens at its own time.
-    for (double next = nextChangeBefore(end);; next = nextChangeBefore(end)) {
-        clock_.pass(std::max(0.0, next - clock_.now()));
+void SimulatedDesktop::pass(DesktopClock::Nanoseconds time) {
+    const auto start = clock_.passed();
+    const auto end = start + std::min(time, DesktopClock::Nanoseconds::max() - start);
+    for (;;) {
+        const auto next = std::min(end, nextChange().value_or(end));
+        clock_.pass(std::max(next - clock_.passed(), DesktopClock::Nanoseconds::zero()));
         const auto guard = lock();
         makeDueChanges();
         if (next >= end) break;
@@ -130,8 +133,9 @@ simulated::Rule& SimulatedDesktop::on(std::string_view call) {
 }
 
 void SimulatedDesktop::at(double seconds, Change change) {
-    const auto place = std::ranges::upper_bound(timedChanges_, seconds, {}, &TimedChange::time);
-    timedChanges_.insert(place, {seconds, std::move(change)});
+    const auto time = DesktopClock::nanoseconds(seconds);
+    const auto place = std::ranges::upper_bound(timedChanges_, time, {}, &TimedChange::time);
+    timedChanges_.insert(place, {time, std::move(change)});
 }
 
 void SimulatedDesktop::onRequest(int n, Change change) {
@@ -165,7 +169,7 @@ std::optional<simulated::Failure> SimulatedDesktop::enter(
     for (std::size_t i = 0; i < count; ++i) {
         simulated::Rule& rule = rules_[i];
         if (!rule.applies(call, subjects)) continue;
-        clock_.pass(rule.seconds());
+        clock_.pass(DesktopClock::nanoseconds(rule.seconds()));
         makeDueChanges();
         if (rule.change()) rule.change()(*this);
         if (rule.failure()) failure = rule.failure();
@@ -202,14 +206,14 @@ void SimulatedDesktop::applicationEnded(simulated::Application& application) {
     if (frontmost_ == &application) frontmost_ = nullptr;
 }
 
-/// When the next change is due, at most `end`.
-double SimulatedDesktop::nextChangeBefore(double end) const {
+std::optional<DesktopClock::Nanoseconds> SimulatedDesktop::nextChange() const {
     const auto guard = lock();
-    return timedChanges_.empty() ? end : std::min(end, timedChanges_.front().time);
+    if (timedChanges_.empty()) return {};
+    return timedChanges_.front().time;
 }
 
 void SimulatedDesktop::makeDueChanges() {
-    while (!timedChanges_.empty() && timedChanges_.front().time <= clock_.now()) {
+    while (!timedChanges_.empty() && timedChanges_.front().time <= clock_.passed()) {
         const Change change = std::move(timedChanges_.front().change);
         timedChanges_.erase(timedChanges_.begin());
         change(*this);

@@ -125,8 +125,11 @@ class SimulatedDesktop {
     simulated::DesktopClock& clock() { return clock_; }
     simulated::Person& person() { return person_; }
     simulated::SimulatedEventTaps& eventTaps() { return eventTaps_; }
-    /// Lets time pass: what is due happens, and the taps see it.
-    void pass(double seconds);
+    /// Lets time pass: what is due happens at its own time, and the taps see it.
+    void pass(double seconds) { pass(simulated::DesktopClock::nanoseconds(seconds)); }
+    void pass(simulated::DesktopClock::Nanoseconds time);
+    /// When the next change of `at` is due; nothing when there is none.
+    std::optional<simulated::DesktopClock::Nanoseconds> nextChange() const;
     /// Waits until the taps have seen what the person did.
     void settle() { eventTaps_.settle(); }
 
@@ -170,10 +173,9 @@ class SimulatedDesktop {
 
   private:
     struct TimedChange {
-        double time = 0;
+        simulated::DesktopClock::Nanoseconds time{0};
         Change change;
     };
-    double nextChangeBefore(double end) const;
     void makeDueChanges();
 
     mutable std::recursive_mutex mutex_;

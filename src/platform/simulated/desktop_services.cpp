@@ -218,9 +218,23 @@ double SimulatedClock::systemUptime() {
     return desktop_.clock().uptime();
 }
 
-void SimulatedClock::sleepMicroseconds(std::uint32_t microseconds) {
+/// On a virtual clock nothing comes before the next change, so one sleep takes all steps up to
+/// that.
+void SimulatedClock::sleepStep(std::uint32_t microseconds, double end) {
+    const DesktopClock& clock = desktop_.clock();
+    const std::chrono::nanoseconds step = std::chrono::microseconds(microseconds);
+    std::int64_t steps = 1;
+    if (clock.isVirtual() && step.count() > 0) {
+        auto wait = DesktopClock::nanoseconds(end - clock.uptime());
+        if (const auto next = desktop_.nextChange()) wait = std::min(wait, *next - clock.passed());
+        steps = std::max<std::int64_t>(1, wait / step + (wait % step > step.zero()));
+    }
+    sleep(static_cast<std::uint64_t>(steps) * microseconds);
+}
+
+void SimulatedClock::sleep(std::uint64_t microseconds) {
     desktop_.record(Pause{microseconds});
-    desktop_.pass(microseconds / 1e6);
+    desktop_.pass(std::chrono::microseconds(microseconds));
 }
 
 std::string SimulatedClock::uuidString() {

@@ -64,7 +64,7 @@ struct ElementCall {
 };
 
 struct Pause {
-    std::uint32_t microseconds = 0;
+    std::uint64_t microseconds = 0;
     bool operator==(const Pause&) const = default;
 };
 

@@ -55,6 +55,7 @@ constexpr Call kCalls[] = {
     {"setString", 0, CallSubjects::others},
     {"createTap"},
     {"createRunLoopSource"},
+    {"startThread", 0, CallSubjects::others},
 };
 
 }  // namespace

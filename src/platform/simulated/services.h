@@ -133,11 +133,14 @@ class SimulatedClock : public Clock, Service {
     explicit SimulatedClock(SimulatedDesktop& desktop) : Service(desktop) {}
     double timeIntervalSince1970() override;
     double systemUptime() override;
-    void sleepMicroseconds(std::uint32_t microseconds) override;
+    void sleepMicroseconds(std::uint32_t microseconds) override { sleep(microseconds); }
+    void sleepStep(std::uint32_t microseconds, double end) override;
     /// Counts up, so that answers are repeatable.
     std::string uuidString() override;
 
   private:
+    void sleep(std::uint64_t microseconds);
+
     std::atomic<unsigned> uuids_ = 0;
 };
 

@@ -21,6 +21,8 @@ SimulatedPlatform::SimulatedPlatform(SimulatedDesktop& desktop, InputStream& sta
       clock_(desktop),
       requests_(standardInput, [&desktop] { desktop.requestArrives(); }),
       standardOutput_(standardOutput),
-      threads_(desktop.eventTaps()) {}
+      threads_(desktop.eventTaps(), [&desktop](std::string_view name) {
+          return !desktop.enter("startThread", {name});
+      }) {}
 
 }  // namespace quil

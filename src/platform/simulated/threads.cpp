@@ -2,29 +2,14 @@
 
 namespace quil::simulated {
 
-SimulatedThreads::~SimulatedThreads() {
-    for (std::thread& thread : threads_) thread.join();
-}
-
-ThreadRef SimulatedThreads::startThread(const std::string&, QualityOfService,
+ThreadRef SimulatedThreads::startThread(const std::string& name, QualityOfService qualityOfService,
                                         std::function<void()> body) {
-    const std::lock_guard lock(mutex_);
-    threads_.emplace_back([this, body = std::move(body)] {
-        body();
-        eventTaps_.endThread();
-    });
-    return std::make_shared<ThreadHandle>();
-}
-
-void SimulatedThreads::runMainRunLoop() {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return mainStopped_; });
-}
-
-void SimulatedThreads::stopMainRunLoop() {
-    const std::lock_guard lock(mutex_);
-    mainStopped_ = true;
-    changed_.notify_all();
+    if (!gate_(name)) return nullptr;
+    return PosixThreads::startThread(name, qualityOfService,
+                                     [&taps = eventTaps_, body = std::move(body)] {
+                                         body();
+                                         taps.endThread();
+                                     });
 }
 
 }  // namespace quil::simulated

@@ -1,33 +1,28 @@
 #pragma once
 
-#include <condition_variable>
 #include <functional>
-#include <mutex>
-#include <thread>
-#include <vector>
+#include <string_view>
 
+#include "platform/posix/posix_threads.h"
 #include "platform/simulated/event_taps.h"
-#include "platform/threads.h"
 
 namespace quil::simulated {
 
-/// Real threads whose run loops are those of `SimulatedEventTaps`, which outlives them.
-class SimulatedThreads : public Threads {
+/// The machine's threads, with the run loops of `SimulatedEventTaps`, which outlives them.
+class SimulatedThreads : public PosixThreads {
   public:
-    explicit SimulatedThreads(SimulatedEventTaps& eventTaps) : eventTaps_(eventTaps) {}
-    ~SimulatedThreads() override;
+    /// Asked before a thread is started, with its name; false makes it fail.
+    using Gate = std::function<bool(std::string_view name)>;
+
+    SimulatedThreads(SimulatedEventTaps& eventTaps, Gate gate)
+        : eventTaps_(eventTaps), gate_(std::move(gate)) {}
 
     ThreadRef startThread(const std::string& name, QualityOfService qualityOfService,
                           std::function<void()> body) override;
-    void runMainRunLoop() override;
-    void stopMainRunLoop() override;
 
   private:
     SimulatedEventTaps& eventTaps_;
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::vector<std::thread> threads_;
-    bool mainStopped_ = false;
+    const Gate gate_;
 };
 
 }  // namespace quil::simulated

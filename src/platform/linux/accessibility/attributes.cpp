@@ -5,6 +5,7 @@
 
 #include "platform/accessibility.h"
 #include "platform/linux/accessibility/action_names.h"
+#include "platform/linux/accessibility/element_value.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -12,33 +13,6 @@ namespace {
 /// Those of the facts that have not been asked for.
 FactSet unasked(const Facts& facts, FactSet wanted) {
     return wanted.without(facts.asked);
-}
-
-bool isDocument(AtspiRole role) {
-    switch (role) {
-        case AtspiRole::documentFrame:
-        case AtspiRole::documentSpreadsheet:
-        case AtspiRole::documentPresentation:
-        case AtspiRole::documentText:
-        case AtspiRole::documentWeb:
-        case AtspiRole::documentEmail:
-            return true;
-        default:
-            return false;
-    }
-}
-
-bool isField(AtspiRole role) {
-    switch (role) {
-        case AtspiRole::editbar:
-        case AtspiRole::entry:
-        case AtspiRole::passwordText:
-        case AtspiRole::terminal:
-        case AtspiRole::text:
-            return true;
-        default:
-            return false;
-    }
 }
 
 // AXRole, AXSubrole
@@ -67,7 +41,7 @@ ProtocolRole roleOf(const Facts& facts) {
     return protocolRole(facts.role,
                         {.isChildOfApplication = facts.parentRole == AtspiRole::application,
                          .isChildOfMenuBar = facts.parentRole == AtspiRole::menuBar,
-                         .hasEditableText = facts.hasEditableChild,
+                         .hasEditableText = !facts.editableChild.path.empty(),
                          .isMultiLine = facts.states.has(AtspiState::multiLine)});
 }
 
@@ -99,84 +73,17 @@ std::int32_t readText(const Facts& facts, const ElementMaker&, std::optional<Val
 
 // AXValue
 
-/// Whether the value is a state: checked, not checked or mixed.
-bool hasStateValue(AtspiRole role) {
-    switch (role) {
-        case AtspiRole::checkBox:
-        case AtspiRole::checkMenuItem:
-        case AtspiRole::pageTab:
-        case AtspiRole::radioButton:
-        case AtspiRole::radioMenuItem:
-        case AtspiRole::toggleButton:
-            return true;
-        default:
-            return false;
-    }
-}
-
-int stateValue(const Facts& facts) {
-    if (facts.states.has(AtspiState::indeterminate)) return 2;
-    const bool isOn =
-        facts.states.has(AtspiState::checked) ||
-        (facts.role == AtspiRole::toggleButton && facts.states.has(AtspiState::pressed)) ||
-        (facts.role == AtspiRole::pageTab && facts.states.has(AtspiState::selected));
-    return isOn ? 1 : 0;
-}
-
-FactSet needsForValue(const Facts& facts) {
-    const FactSet first = unasked(facts, {Fact::role, Fact::states, Fact::interfaces});
-    if (!first.isEmpty()) return first;
-    if (hasTextValue(facts)) return unasked(facts, {Fact::text});
-    if (facts.interfaces.has(AtspiInterface::value)) return unasked(facts, {Fact::number});
-    return {};
-}
-
-/// Whether a text consists of nothing but the characters that stand for embedded elements.
-bool isPlaceholders(std::string_view text) {
-    constexpr std::string_view kPlaceholder = "\uFFFC";
-    while (!text.empty()) {
-        const bool isSpace = text.front() == ' ' || text.front() == '\n';
-        if (!isSpace && !text.starts_with(kPlaceholder)) return false;
-        text.remove_prefix(isSpace ? 1 : kPlaceholder.size());
-    }
-    return true;
-}
-
-/// As many bullets as characters: some toolkits hand passwords out.
-std::string bullets(std::string_view text) {
-    std::string masked;
-    for (const char c : text) {
-        const bool beginsCharacter = (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-        if (beginsCharacter) masked += "\u2022";
-    }
-    return masked;
-}
-
-std::int32_t readValue(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
-    if (hasTextValue(facts)) {
-        if (facts.code(Fact::text) != 0) return facts.code(Fact::text);
-        if (facts.role == AtspiRole::passwordText) {
-            value = Value(bullets(facts.text));
-            return 0;
-        }
-        const bool isOnlyElements = isDocument(facts.role) && isPlaceholders(facts.text);
-        if (!isOnlyElements) value = Value(facts.text);
-        return 0;
-    }
-    if (facts.interfaces.has(AtspiInterface::value) && facts.code(Fact::number) == 0) {
-        value = Value(facts.number);
-        return 0;
-    }
-    if (!hasStateValue(facts.role)) return kAxAttributeUnsupported;
-    value = Value(stateValue(facts));
-    return 0;
+std::int32_t readElementValue(const Facts& facts, const ElementMaker&,
+                              std::optional<Value>& value) {
+    return readValue(facts, value);
 }
 
 // AXEnabled
 
 std::int32_t readEnabled(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {
     if (facts.code(Fact::states) != 0) return facts.code(Fact::states);
-    value = Value(facts.states.has(AtspiState::sensitive));
+    // Toolkits mean the same by both; some say one of them only.
+    value = Value(facts.states.has(AtspiState::sensitive) || facts.states.has(AtspiState::enabled));
     return 0;
 }
 
@@ -213,7 +120,8 @@ std::int32_t readSize(const Facts& facts, const ElementMaker&, std::optional<Val
 // AXChildren
 
 FactSet needsForChildren(const Facts& facts) {
-    if (!facts.asked.has(Fact::childCount)) return {Fact::childCount};
+    const FactSet first = unasked(facts, {Fact::states, Fact::interfaces, Fact::childCount});
+    if (!first.isEmpty()) return first;
     return unasked(facts, {Fact::children});
 }
 
@@ -234,7 +142,7 @@ constexpr Attribute kAttributes[] = {
     {"AXDescription", needsFact<Fact::description>,
      readText<Fact::description, &Facts::description>},
     {"AXIdentifier", needsFact<Fact::identifier>, readText<Fact::identifier, &Facts::identifier>},
-    {"AXValue", needsForValue, readValue},
+    {"AXValue", needsForValue, readElementValue},
     {"AXEnabled", needsFact<Fact::states>, readEnabled},
     {"AXPosition", needsForExtents, readPosition},
     {"AXSize", needsForExtents, readSize},
@@ -250,23 +158,26 @@ const Attribute* findAttribute(std::string_view name) {
     return found == std::end(kAttributes) ? nullptr : found;
 }
 
-bool hasTextValue(const Facts& facts) {
-    if (!facts.interfaces.has(AtspiInterface::text)) return false;
-    if (isField(facts.role) || isDocument(facts.role)) return true;
-    return facts.states.has(AtspiState::editable) && !facts.interfaces.has(AtspiInterface::value);
+FactSet needsForActions(const Facts& facts) {
+    const FactSet first = unasked(facts, {Fact::role, Fact::states, Fact::interfaces});
+    if (!first.isEmpty()) return first;
+    FactSet next;
+    if (facts.interfaces.has(AtspiInterface::action)) next.add(Fact::actions);
+    if (facts.role == AtspiRole::documentWeb) next.add(Fact::childCount);
+    return unasked(facts, next);
 }
 
-FactSet needsForActions(const Facts& facts) {
-    const FactSet first = unasked(facts, {Fact::role, Fact::interfaces});
-    if (!first.isEmpty()) return first;
-    const bool hasActions = facts.interfaces.has(AtspiInterface::action);
-    return hasActions ? unasked(facts, {Fact::actions}) : FactSet();
+bool isScrolledPage(const Facts& facts) {
+    return facts.role == AtspiRole::documentWeb && facts.actions.empty() && facts.childCount > 0 &&
+           isSomewhere(facts);
 }
 
 std::vector<std::string> actionNames(const Facts& facts) {
     std::vector<std::string> names = protocolNames(facts.actions, facts.role);
     std::erase(names, "");
-    if (!facts.scrollBar.path.empty()) {
+    const bool scrollsItself =
+        std::find(names.begin(), names.end(), kScrollDownByPage) != names.end();
+    if (!scrollsItself && (!facts.scrollBar.path.empty() || isScrolledPage(facts))) {
         names.emplace_back(kScrollUpByPage);
         names.emplace_back(kScrollDownByPage);
     }

@@ -33,11 +33,11 @@ const Attribute* findAttribute(std::string_view name);
 FactSet needsForActions(const Facts& facts);
 /// The names of an element's actions for hosts, in order.
 std::vector<std::string> actionNames(const Facts& facts);
+/// Whether it is a page that is scrolled by asking for its content to be elsewhere: one that offers
+/// no actions for that.
+bool isScrolledPage(const Facts& facts);
 /// 0, or why the actions are not known.
 std::int32_t actionsCode(const Facts& facts);
-
-/// Whether "AXValue" is the element's text (it is a field or a document).
-bool hasTextValue(const Facts& facts);
 
 /// The code of an element about which nothing can be known: it or its program has gone, or its
 /// program hangs. 0 otherwise.

@@ -2,52 +2,22 @@
 
 #include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cmath>
 #include <optional>
 #include <string>
-#include <thread>
 
 #include "platform/accessibility.h"
 #include "platform/linux/accessibility/action_names.h"
 #include "platform/linux/accessibility/attributes.h"
+#include "platform/linux/accessibility/element_calls.h"
 #include "platform/linux/accessibility/element_reader.h"
+#include "platform/linux/accessibility/element_value.h"
+#include "platform/linux/accessibility/page_scrolling.h"
+#include "platform/linux/accessibility/range_values.h"
 #include "platform/linux/atspi/messages.h"
 
 namespace quil::linux_platform {
 namespace {
-
-/// Points of a line of text, of those who scroll by lines.
-constexpr double kLineHeight = 18;
-/// For a text that a program changes after it has answered, as browsers do.
-constexpr std::chrono::milliseconds kChangePatience{500};
-constexpr std::chrono::milliseconds kLookInterval{10};
-
-/// A call that answers with a boolean, or with nothing.
-template <typename... Values>
-std::int32_t command(AccessibilityBus& bus, const Reference& element, const char* interface,
-                     const char* member, const char* signature = "", Values... values) {
-    std::int32_t code = kAxFailure;
-    bus.introducedProgram(element.busName)
-        .peer()
-        .call(
-            element.path.c_str(), interface, member,
-            [&](Answer answer) {
-                code = answer.code;
-                int isDone = 1;
-                if (!answer.message) return;
-                const bool isBoolean = sd_bus_message_read_basic(answer.message, 'b', &isDone) > 0;
-                if (isBoolean && !isDone) code = kAxFailure;
-            },
-            signature, values...);
-    bus.waitForAnswers();
-    return code;
-}
-
-std::int32_t setNumber(AccessibilityBus& bus, const Reference& element, double number) {
-    return command(bus, element, atspi::kProperties, "Set", "ssv", atspi::kValue, "CurrentValue",
-                   "d", number);
-}
 
 std::optional<double> numberFrom(const Value& value) {
     if (const auto number = value.number()) return number;
@@ -58,37 +28,6 @@ std::optional<double> numberFrom(const Value& value) {
     const auto parsed = std::from_chars(text->data(), end, number);
     const bool isNumber = parsed.ec == std::errc() && parsed.ptr == end && std::isfinite(number);
     return isNumber ? std::optional(number) : std::nullopt;
-}
-
-/// A property of a range of numbers.
-std::optional<double> rangeProperty(AccessibilityBus& bus, const Reference& element,
-                                    const char* name) {
-    std::optional<double> value;
-    bus.introducedProgram(element.busName)
-        .peer()
-        .call(
-            element.path.c_str(), atspi::kProperties, "Get",
-            [&](Answer answer) {
-                if (answer.message) value = readVariant(answer.message, "d", readDouble);
-            },
-            "ss", atspi::kValue, name);
-    bus.waitForAnswers();
-    return value;
-}
-
-/// Scrolls by what the pane shows at a time. Scroll bars count in the pane's own units, of which
-/// the bar does not say how many a page has: for all but short contents they are points.
-std::int32_t scrollByPage(AccessibilityBus& bus, const Facts& pane, bool isDown) {
-    const Reference& bar = pane.scrollBar;
-    const auto position = rangeProperty(bus, bar, "CurrentValue");
-    const auto minimum = rangeProperty(bus, bar, "MinimumValue");
-    const auto maximum = rangeProperty(bus, bar, "MaximumValue");
-    if (!position || !minimum || !maximum) return kAxCannotComplete;
-    const auto step = rangeProperty(bus, bar, "MinimumIncrement");
-    const double unit = step == 1.0 ? kLineHeight : 1.0;
-    const double page = std::max(std::floor(pane.extents.height / unit), 1.0);
-    const double wanted = *position + (isDown ? page : -page);
-    return setNumber(bus, bar, std::clamp(wanted, *minimum, std::max(*minimum, *maximum)));
 }
 
 FactSet needsForSetting(const Facts& facts) {
@@ -112,34 +51,27 @@ std::int32_t setText(AccessibilityBus& bus, const Reference& element, const std:
         command(bus, element, atspi::kEditableText, "SetTextContents", "s", text.c_str());
     if (code != 0 || !before || *before == text) return code;
     // Some programs say that they have done it and do nothing (Firefox in pages).
-    const auto deadline = std::chrono::steady_clock::now() + kChangePatience;
-    while (textOf(bus, element) == before) {
-        if (std::chrono::steady_clock::now() >= deadline) return kAxFailure;
-        std::this_thread::sleep_for(kLookInterval);
-    }
-    return 0;
+    const bool hasChanged = comesTrue([&] { return textOf(bus, element) != before; });
+    return hasChanged ? 0 : kAxFailure;
 }
 
 }  // namespace
 
-std::int32_t performElementAction(AccessibilityBus& bus, const Reference& element,
-                                  std::string_view action) {
+std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display,
+                                  const Reference& element, std::string_view action) {
     Facts facts;
-    if (action == kScrollUpByPage || action == kScrollDownByPage) {
-        readScrollBar(bus, element, facts);
-        if (facts.code(Fact::scrollBar) != 0) return facts.code(Fact::scrollBar);
-        readFacts(bus, element, findAttribute("AXSize")->needs, facts);
-        if (facts.scrollBar.path.empty()) return kAxActionUnsupported;
-        return scrollByPage(bus, facts, action == kScrollDownByPage);
-    }
     std::int32_t code = readFacts(bus, element, needsForActions, facts);
     if (code == 0) code = actionsCode(facts);
     if (code != 0) return code;
     const auto names = protocolNames(facts.actions, facts.role);
     const auto named = std::find(names.begin(), names.end(), action);
-    if (named == names.end() || action.empty()) return kAxActionUnsupported;
-    return command(bus, element, atspi::kAction, "DoAction", "i",
-                   static_cast<std::int32_t>(named - names.begin()));
+    if (named != names.end() && !action.empty()) {
+        return command(bus, element, atspi::kAction, "DoAction", "i",
+                       static_cast<std::int32_t>(named - names.begin()));
+    }
+    const bool isDown = action == kScrollDownByPage;
+    if (!isDown && action != kScrollUpByPage) return kAxActionUnsupported;
+    return scrollByPage(bus, display, element, isDown);
 }
 
 std::int32_t setElementFocused(AccessibilityBus& bus, const Reference& element,
@@ -156,10 +88,11 @@ std::int32_t setElementValue(AccessibilityBus& bus, const Reference& element, co
     Facts facts;
     const std::int32_t code = readFacts(bus, element, needsForSetting, facts);
     if (code != 0) return code;
-    const bool isNumeric = facts.interfaces.has(AtspiInterface::value) && !hasTextValue(facts);
-    if (isNumeric) {
+    if (takesNumber(facts)) {
         const auto number = numberFrom(value);
-        return number ? setNumber(bus, element, *number) : kAxIllegalArgument;
+        if (number) return setRangeValue(bus, element, *number);
+        // Such as a date.
+        if (!facts.interfaces.has(AtspiInterface::editableText)) return kAxIllegalArgument;
     }
     if (!facts.interfaces.has(AtspiInterface::editableText)) return kAxAttributeUnsupported;
     // The bus cannot carry NUL.

@@ -5,6 +5,7 @@
 
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/atspi/facts.h"
+#include "platform/linux/x11/connection.h"
 #include "platform/value.h"
 
 /// What can be done to an element. Each call returns 0 or an error code and waits for a bounded
@@ -12,8 +13,8 @@
 namespace quil::linux_platform {
 
 /// Performs one of the element's actions.
-std::int32_t performElementAction(AccessibilityBus& bus, const Reference& element,
-                                  std::string_view action);
+std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display,
+                                  const Reference& element, std::string_view action);
 
 /// Moves the keyboard focus to the element, for the value true; there is no taking it away.
 std::int32_t setElementFocused(AccessibilityBus& bus, const Reference& element, const Value& value);

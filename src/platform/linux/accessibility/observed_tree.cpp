@@ -97,7 +97,8 @@ FactSet ObservedTree::needs(const Facts& facts) const {
     FactSet needs;
     for (const Attribute* attribute : attributes_) needs.add(attribute->needs(facts));
     if (wantsActions_) needs.add(needsForActions(facts));
-    return needs;
+    // Few have it, and it leans on answers that are still to come.
+    return needs.without({Fact::selection});
 }
 
 void ObservedTree::fetch(const Reference& root) {

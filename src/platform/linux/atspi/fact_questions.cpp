@@ -4,6 +4,7 @@
 
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/messages.h"
+#include "platform/linux/atspi/showing_children.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -11,17 +12,20 @@ namespace {
 constexpr std::uint32_t kWithinScreen = 0;
 constexpr std::uint32_t kWithinWindow = 1;
 
-/// More text than this is cut off: an answer has to fit into memory, and into the pipe to a host.
-constexpr std::int32_t kMaximumText = 4'000'000;
+/// Characters of a text that are asked for at a time: a message holds no more than 128 MiB.
+constexpr std::int32_t kPieceOfText = 4'000'000;
 
-/// Actions of one element.
-constexpr std::int32_t kMaximumActions = 32;
+/// The children of a combo box among which its list is looked for.
+constexpr std::size_t kListPlaces = 2;
+
+/// Actions of one element. Swing's text fields have 67.
+constexpr std::int32_t kMaximumActions = 500;
 
 /// Lists up to this length are asked for as a whole, also when less of them is wanted.
 constexpr std::int64_t kShortList = 1000;
 
 /// The children among which a text field is looked for.
-constexpr std::int32_t kMaximumParts = 8;
+constexpr std::size_t kMaximumParts = 8;
 
 /// Counts the answers that are still to come; calls `done` after the last.
 class Countdown {
@@ -148,6 +152,10 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
                         take(Fact::number, answer, variant(answer, "d", readDouble), facts_.number);
                     },
                     "ss", atspi::kValue, "CurrentValue");
+            case Fact::range:
+                return askRange();
+            case Fact::selection:
+                return askSelection();
             case Fact::parent:
                 return askParent();
             case Fact::parentRole:
@@ -247,6 +255,9 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
 
     void askChildren() {
         const auto count = facts_.childCount;
+        const bool isEndless = facts_.states.has(AtspiState::managesDescendants) &&
+                               count > kShortList && maximumChildren_ > kShortList;
+        if (facts_.knows(Fact::childCount) && isEndless) return askShowingChildren();
         // GTK 3 goes through the whole list for every child of it: who tells of a long list at once
         // stays silent for long.
         const auto most =
@@ -254,6 +265,20 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
         if (!facts_.knows(Fact::childCount) || count > most) return askFirstChildren();
         if (count <= 0) return facts_.answered(Fact::children, 0);
         askFor(Fact::children, atspi::kAccessible, "GetChildren", readReferences, &Facts::children);
+    }
+
+    /// Of a container that makes its children up when they are asked for, those that are showing.
+    void askShowingChildren() {
+        countdown_.expect();
+        findShowingChildren(program_, path_, facts_.interfaces.has(AtspiInterface::table),
+                            maximumChildren_,
+                            [self = shared_from_this()](std::vector<Reference> showing) {
+                                Facts& facts = self->facts_;
+                                facts.children = std::move(showing);
+                                facts.answered(Fact::children, 0);
+                                if (facts.children.empty()) self->askFirstChildren();
+                                self->countdown_.answered();
+                            });
     }
 
     /// A list of any length costs what is wanted of it.
@@ -310,12 +335,93 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
             atspi::kProperties, "Get",
             [this](Answer answer) {
                 const auto count = variant(answer, "i", readInt32);
-                if (!count) return facts_.answered(Fact::text, answer.code);
-                // Not -1 for the end, which not every toolkit knows.
-                askFor(Fact::text, atspi::kText, "GetText", readString, &Facts::text, "ii", 0,
-                       std::clamp(*count, 0, kMaximumText));
+                facts_.answered(Fact::text, count              ? 0
+                                            : answer.code != 0 ? answer.code
+                                                               : kAxFailure);
+                facts_.text.clear();
+                if (count.value_or(0) > 0) askPieceOfText(0, *count);
             },
             "ss", atspi::kText, "CharacterCount");
+    }
+
+    /// Not up to -1 for the end, which not every toolkit knows.
+    void askPieceOfText(std::int32_t begin, std::int32_t end) {
+        const std::int32_t pieceEnd = begin + std::min(end - begin, kPieceOfText);
+        call(
+            atspi::kText, "GetText",
+            [this, pieceEnd, end](Answer answer) {
+                const auto piece = answer.message ? readString(answer.message) : std::nullopt;
+                if (!piece) {
+                    return facts_.answered(Fact::text, answer.code != 0 ? answer.code : kAxFailure);
+                }
+                facts_.text += *piece;
+                if (pieceEnd < end) askPieceOfText(pieceEnd, end);
+            },
+            "ii", begin, pieceEnd);
+    }
+
+    /// A range that says that it has no length is none. Some toolkits say so of every range: there
+    /// the number may be one, as long as it is not 0.
+    void askRange() {
+        facts_.answered(Fact::range, 0);
+        facts_.hasRange = facts_.number != 0;
+        const auto minimum = std::make_shared<std::optional<double>>();
+        call(
+            atspi::kProperties, "Get",
+            [this, minimum](Answer answer) { *minimum = variant(answer, "d", readDouble); }, "ss",
+            atspi::kValue, "MinimumValue");
+        call(
+            atspi::kProperties, "Get",
+            [this, minimum](Answer answer) {
+                const auto maximum = variant(answer, "d", readDouble);
+                if (maximum && *minimum && *maximum > **minimum) facts_.hasRange = true;
+            },
+            "ss", atspi::kValue, "MaximumValue");
+    }
+
+    /// What is in a combo box's text field, else what is selected in it or in a list of it.
+    void askSelection() {
+        facts_.answered(Fact::selection, 0);
+        if (!facts_.editableChild.path.empty()) return askTextOf(facts_.editableChild);
+        if (facts_.interfaces.has(AtspiInterface::selection)) {
+            return askSelectedOf({program_.busName(), path_});
+        }
+        const auto last = std::min(facts_.children.size(), kListPlaces);
+        for (std::size_t i = 0; i < last; ++i) askSelectedOf(facts_.children[i]);
+    }
+
+    void askTextOf(const Reference& field) {
+        ofElement(
+            field, atspi::kProperties, "Get",
+            [this, field](Answer answer) {
+                const auto count = variant(answer, "i", readInt32);
+                if (count.value_or(0) <= 0) return;
+                ofElement(
+                    field, atspi::kText, "GetText",
+                    [this](Answer text) {
+                        if (!text.message) return;
+                        facts_.selection = readString(text.message).value_or("");
+                    },
+                    "ii", 0, std::min(*count, kPieceOfText));
+            },
+            "ss", atspi::kText, "CharacterCount");
+    }
+
+    void askSelectedOf(const Reference& list) {
+        ofElement(
+            list, atspi::kSelection, "GetSelectedChild",
+            [this](Answer answer) {
+                const auto child = answer.message ? readReference(answer.message) : std::nullopt;
+                if (!child || child->path.empty()) return;
+                ofElement(
+                    *child, atspi::kProperties, "Get",
+                    [this](Answer name) {
+                        if (!facts_.selection.empty()) return;
+                        facts_.selection = variant(name, "s", readString).value_or("");
+                    },
+                    "ss", atspi::kAccessible, "Name");
+            },
+            "i", 0);
     }
 
     void askParent() {
@@ -329,7 +435,7 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
 
     void askParentRole() {
         if (facts_.parent.path.empty()) return facts_.answered(Fact::parentRole, kAxFailure);
-        ofElement(facts_.parent, "GetRole", [this](Answer answer) {
+        ofElement(facts_.parent, atspi::kAccessible, "GetRole", [this](Answer answer) {
             const auto number = answer.message ? readUint32(answer.message) : std::nullopt;
             facts_.parentRole = static_cast<AtspiRole>(number.value_or(0));
             facts_.answered(Fact::parentRole, answer.code);
@@ -337,25 +443,31 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
     }
 
     /// Calls another element, of this program or of one that is embedded in it.
-    void ofElement(const Reference& element, const char* member, AnswerHandler handler) {
+    template <typename... Values>
+    void ofElement(const Reference& element, const char* interface, const char* member,
+                   AnswerHandler handler, const char* signature = "", Values... values) {
         const bool isOurs = element.busName == program_.busName();
         countdown_.expect();
         Peer& peer = isOurs ? peer_ : program_.onBus().bus().peer(element.busName);
-        peer.call(element.path.c_str(), atspi::kAccessible, member,
-                  [self = shared_from_this(), handler = std::move(handler)](Answer answer) {
-                      handler(answer);
-                      self->countdown_.answered();
-                  });
+        peer.call(
+            element.path.c_str(), interface, member,
+            [self = shared_from_this(), handler = std::move(handler)](Answer answer) {
+                handler(answer);
+                self->countdown_.answered();
+            },
+            signature, values...);
     }
 
     /// Looks for a text field among the first children.
     void askEditableChild() {
         facts_.answered(Fact::editableChild, 0);
-        const auto last = std::min<std::size_t>(facts_.children.size(), kMaximumParts);
+        const auto last = std::min(facts_.children.size(), kMaximumParts);
         for (std::size_t i = 0; i < last; ++i) {
-            ofElement(facts_.children[i], "GetState", [this](Answer answer) {
+            const Reference& child = facts_.children[i];
+            ofElement(child, atspi::kAccessible, "GetState", [this, child](Answer answer) {
                 const auto states = answer.message ? readStates(answer.message) : std::nullopt;
-                if (states && states->has(AtspiState::editable)) facts_.hasEditableChild = true;
+                const bool isEditable = states && states->has(AtspiState::editable);
+                if (isEditable && facts_.editableChild.path.empty()) facts_.editableChild = child;
             });
         }
     }

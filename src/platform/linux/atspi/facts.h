@@ -33,10 +33,14 @@ enum class AtspiState : unsigned {
     checked = 4,
     defunct = 6,
     editable = 7,
+    enabled = 8,
+    expandable = 9,
+    expanded = 10,
     focused = 12,
     horizontal = 14,
     multiLine = 17,
     pressed = 20,
+    selectable = 22,
     selected = 23,
     sensitive = 24,
     showing = 25,
@@ -44,10 +48,19 @@ enum class AtspiState : unsigned {
     visible = 30,
     managesDescendants = 31,
     indeterminate = 32,
+    checkable = 41,
 };
 
 /// Interfaces that are looked for: bit numbers, our own.
-enum class AtspiInterface : unsigned { action, component, editableText, text, value };
+enum class AtspiInterface : unsigned {
+    action,
+    component,
+    editableText,
+    selection,
+    table,
+    text,
+    value,
+};
 
 /// A set of flags, named by the values of an enumeration of bit numbers.
 template <typename Flag>
@@ -98,6 +111,8 @@ enum class Fact : unsigned {
     actions,
     text,
     number,
+    range,
+    selection,
     parent,
     parentRole,
     editableChild,
@@ -126,9 +141,14 @@ struct Facts {
     std::vector<std::string> actions;
     std::string text;
     double number = 0;
+    /// Whether the number has a range to be in. One without is no number of the element's.
+    bool hasRange = false;
+    /// What is chosen in a combo box; empty when that is not told.
+    std::string selection;
     Reference parent;
     AtspiRole parentRole{};
-    bool hasEditableChild = false;
+    /// The text field among its first children; empty when there is none.
+    Reference editableChild;
     /// What scrolls it up and down; empty when it cannot be scrolled.
     Reference scrollBar;
 

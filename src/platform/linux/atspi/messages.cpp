@@ -22,6 +22,8 @@ constexpr InterfaceName kInterfaceNames[] = {
     {atspi::kAction, AtspiInterface::action},
     {atspi::kComponent, AtspiInterface::component},
     {atspi::kEditableText, AtspiInterface::editableText},
+    {atspi::kSelection, AtspiInterface::selection},
+    {atspi::kTable, AtspiInterface::table},
     {atspi::kText, AtspiInterface::text},
     {atspi::kValue, AtspiInterface::value},
 };

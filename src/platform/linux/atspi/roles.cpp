@@ -155,6 +155,19 @@ bool isText(AtspiRole role) {
 
 }  // namespace
 
+bool isTextField(AtspiRole role) {
+    switch (role) {
+        case AtspiRole::editbar:
+        case AtspiRole::entry:
+        case AtspiRole::passwordText:
+        case AtspiRole::terminal:
+        case AtspiRole::text:
+            return true;
+        default:
+            return false;
+    }
+}
+
 ProtocolRole protocolRole(AtspiRole role, const RoleContext& context) {
     if (role == AtspiRole::alert && !context.isChildOfApplication) {
         return {"AXGroup", "AXApplicationAlert"};

@@ -11,19 +11,29 @@ enum class AtspiRole : std::uint32_t {
     alert = 2,
     checkBox = 7,
     checkMenuItem = 8,
+    columnHeader = 10,
     comboBox = 11,
     filler = 20,
+    label = 29,
     listItem = 32,
     menu = 33,
     menuBar = 34,
     menuItem = 35,
     pageTab = 37,
+    panel = 39,
     passwordText = 40,
     pushButton = 43,
     radioButton = 44,
     radioMenuItem = 45,
+    rowHeader = 47,
     scrollBar = 48,
     scrollPane = 49,
+    separator = 50,
+    spinButton = 52,
+    tableCell = 56,
+    tableColumnHeader = 57,
+    tableRowHeader = 58,
+    tearoffMenuItem = 59,
     terminal = 60,
     text = 61,
     toggleButton = 62,
@@ -38,7 +48,12 @@ enum class AtspiRole : std::uint32_t {
     documentText = 94,
     documentWeb = 95,
     documentEmail = 96,
+    staticText = 116,
+    pushButtonMenu = 129,
 };
+
+/// Whether it is a field for text of its own, as its role says.
+bool isTextField(AtspiRole role);
 
 /// What else decides about the role that an element has for a host.
 struct RoleContext {

@@ -1,0 +1,28 @@
+#include "platform/linux/accessibility/element_calls.h"
+
+#include <thread>
+
+namespace quil::linux_platform {
+namespace {
+
+constexpr std::chrono::milliseconds kLookInterval{10};
+
+}  // namespace
+
+bool comesTrue(const std::function<bool()>& condition) {
+    const auto deadline = BusClock::now() + kChangePatience;
+    while (!condition()) {
+        if (BusClock::now() >= deadline) return false;
+        std::this_thread::sleep_for(kLookInterval);
+    }
+    return true;
+}
+
+std::int32_t commandCode(const Answer& answer) {
+    if (!answer.message) return answer.code;
+    int isDone = 1;
+    const bool isBoolean = sd_bus_message_read_basic(answer.message, 'b', &isDone) > 0;
+    return isBoolean && !isDone ? kAxFailure : answer.code;
+}
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+
+#include "platform/linux/atspi/accessibility_bus.h"
+#include "platform/linux/atspi/facts.h"
+
+namespace quil::linux_platform {
+
+/// How long a program may take to do what it has answered that it did: browsers and Java do it
+/// later.
+inline constexpr std::chrono::milliseconds kChangePatience{500};
+
+/// Looks until it is so, or until the time for a change is over. Whether it was.
+bool comesTrue(const std::function<bool()>& condition);
+
+/// The code of the answer to a command: a boolean, or nothing.
+std::int32_t commandCode(const Answer& answer);
+
+/// Makes a call that answers with a boolean, or with nothing: 0 when it was done, else an error
+/// code.
+template <typename... Values>
+std::int32_t command(AccessibilityBus& bus, const Reference& element, const char* interface,
+                     const char* member, const char* signature = "", Values... values) {
+    std::int32_t code = kAxFailure;
+    bus.introducedProgram(element.busName)
+        .peer()
+        .call(
+            element.path.c_str(), interface, member,
+            [&](Answer answer) { code = commandCode(answer); }, signature, values...);
+    bus.waitForAnswers();
+    return code;
+}
+
+}  // namespace quil::linux_platform

@@ -7,7 +7,6 @@ import sys
 import tempfile
 import unittest
 
-from desktop_tools import output
 from protocol_schema import ROOT
 from quil_host import executable
 
@@ -21,6 +20,18 @@ class ClientTest(unittest.TestCase):
         with open(os.path.join(ROOT, "README.md"), encoding="utf-8") as file:
             lines = re.search(r"^```python\n(.*?)^```", file.read(), re.M | re.S)[1]
         self.run_on_desktop("-c", lines)
+
+    def test_tasks(self):
+        for _ in range(RUNS):
+            for task in ("fill_form", "find_word"):
+                with self.subTest(task):
+                    self.run_on_desktop("-B", os.path.join(ROOT, "examples", "tasks", task + ".py"))
+
+    @unittest.skipUnless("QUIL_TEST_TASK_RUNS" in os.environ, "takes 40 s: QUIL_TEST_TASK_RUNS is not set")
+    @unittest.skipUnless(shutil.which("localc"), "libreoffice-calc is not installed")
+    def test_the_spreadsheet_task(self):
+        for _ in range(RUNS):
+            self.run_on_desktop("-B", os.path.join(ROOT, "examples", "tasks", "sum_column.py"))
 
     def run_on_desktop(self, *arguments):
         with tempfile.TemporaryDirectory() as home:

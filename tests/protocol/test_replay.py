@@ -69,12 +69,12 @@ class ReplayTest(unittest.TestCase):
                 file.write("\n" + line + "\n")
             status, message = self.replay("play", {})
             self.assertEqual(status, 2)
-            self.assertIn(f"replay: {self.file}, line 2: not a record", message)
+            self.assertIn(f"replay: {self.file}, line 2: not a recorded action", message)
         with open(self.file, "w", encoding="utf-8") as file:
             file.write('{"action": "type", "params": {"text": "x"}, "at": 1}')
         self.assertEqual(self.replay("play", {"permissions": {"accessibility": False}}),
-                         (1, f"replay: {self.file}, line 1: desktop_type: "
-                             "accessibility permission required"))
+                         (1, "replay: desktop_type: accessibility permission required "
+                             f"({self.file}, line 1)"))
 
 
 if __name__ == "__main__":

@@ -135,14 +135,14 @@ class Locator(Locators):
 
     # Acting
 
-    def click(self, *, pointer: bool = False, button: str = "left", modifiers: Optional[str] = None,
+    def click(self, *, pointer: bool = False, button: str = "left", modifiers: Optional[str] = None, force: bool = False,
               timeout: Optional[float] = None) -> None:
         """Presses it where it offers that, else (and with `pointer`, another button than "left", or modifiers such as "ctrl+shift")
-        clicks its centre with the pointer."""
+        clicks its centre with the pointer. With `force` also what says that it is disabled, as the cells of some spreadsheets do."""
         if button != "left" or modifiers:
-            self._mouse_click("click", button, modifiers, timeout)
+            self._mouse_click("click", button, modifiers, timeout, force)
         else:
-            self._act("click", lambda element: self._click(element, pointer), timeout)
+            self._act("click", lambda element: self._click(element, pointer), timeout, enabled=not force)
 
     def double_click(self, *, timeout: Optional[float] = None) -> None:
         """Two clicks of the pointer on its centre."""
@@ -262,9 +262,10 @@ class Locator(Locators):
                     raise
         self._runtime.desktop_click(_seen(element))
 
-    def _mouse_click(self, what: str, button: str, modifiers: Optional[str], timeout: Optional[float]) -> None:
+    def _mouse_click(self, what: str, button: str, modifiers: Optional[str], timeout: Optional[float],
+                     force: bool = False) -> None:
         self._act(what, lambda element: self._desktop.extension(
-            lambda: self._runtime.desktop_mouse_click(_seen(element), button=button, modifiers=modifiers), "such a click"), timeout)
+            lambda: self._runtime.desktop_mouse_click(_seen(element), button=button, modifiers=modifiers), "such a click"), timeout, enabled=not force)
 
     def _focus(self, element: Element) -> None:
         try:

@@ -11,7 +11,7 @@ from .errors import InvalidParameter, Refused
 from .protocol import RecordedAction
 from .runtime import Runtime
 
-_SLICE_MS = 250  # for so long stop() may have to wait for an iteration in another thread
+_SLICE_MS = 250  # for so long other requests may have to wait, and end() until it is seen
 _LONGEST_PAUSE = 24 * 60 * 60.0
 
 
@@ -24,6 +24,7 @@ class Recording:
         self.actions: List[RecordedAction] = []
         """All that was taken so far, the oldest first."""
         self.is_running = True
+        self._is_ended = False
 
     def __enter__(self) -> "Recording":
         return self
@@ -38,11 +39,15 @@ class Recording:
     def within(self, seconds: Optional[float]) -> Iterator[RecordedAction]:
         """The actions as they happen, for so many seconds; None: until it is stopped."""
         end = float("inf") if seconds is None else time.monotonic() + seconds
-        while self.is_running and (rest := end - time.monotonic()) > 0:
+        while self.is_running and not self._is_ended and (rest := end - time.monotonic()) > 0:
             event = self._runtime.next_input_event(min(_SLICE_MS, max(1, round(rest * 1000))) if rest < 1 else _SLICE_MS)["event"]
             if event:
                 self.actions.append(event)
                 yield event
+
+    def end(self) -> None:
+        """Lets an iteration end within 250 ms; may be called from a signal handler or another thread."""
+        self._is_ended = True
 
     def stop(self) -> List[RecordedAction]:
         """Ends the recording; gives what had not been taken yet, and adds it to the actions."""

@@ -9,7 +9,7 @@ import threading
 import unittest
 
 from ax_tools import find, observe, request_on
-from desktop_tools import PYTHON, SUPPORT, Program
+from desktop_tools import CHROMIUM, PYTHON, SUPPORT, Program, until
 from quil_host import Host
 
 GALLERY = os.path.join(SUPPORT, "gallery")
@@ -63,6 +63,26 @@ ACTIONS = {
 ACTIONS["qt6"] = ACTIONS["qt5"]
 # Buttons of Qt Quick 6.4 answer that they are pressed, and do nothing.
 ACTIONS["qml6"] = [action for action in ACTIONS["qml5"] if action[0] != "AXButton"]
+
+
+PAGE = os.path.join(GALLERY, "gallery.html")
+# Of each browser: (role, name, value); what has no name is called "".
+PAGES = {
+    "firefox": [("AXGroup", "", "A paragraph of bold words."), ("AXGroup", "", "Shadow paragraph"),
+                ("AXGroup", "", "Frame paragraph"), ("AXGroup", "", "Table caption"),
+                ("AXPopUpButton", "Fruit", "Pear"), ("AXPopUpButton", "Aria", "Chosen")],
+    "chromium": [("AXPopUpButton", "Fruit", "Pear"), ("AXStaticText", "Shadow paragraph", None),
+                 ("AXStaticText", "editable ", None), ("AXGroup", "Editable", "editable content")],
+}
+SHEET = """<?xml version="1.0" encoding="UTF-8"?>
+<office:document xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0"
+ xmlns:table="urn:oasis:names:tc:opendocument:xmlns:table:1.0"
+ xmlns:text="urn:oasis:names:tc:opendocument:xmlns:text:1.0" office:version="1.2"
+ office:mimetype="application/vnd.oasis.opendocument.spreadsheet"><office:body><office:spreadsheet>
+<table:table table:name="S"><table:table-row><table:table-cell office:value-type="string">
+<text:p>first</text:p></table:table-cell></table:table-row><table:table-row><table:table-cell
+ office:value-type="float" office:value="12.5"><text:p>12.5</text:p></table:table-cell>
+</table:table-row></table:table></office:spreadsheet></office:body></office:document>"""
 
 
 def missing(toolkit):
@@ -148,6 +168,59 @@ class Toolkits(unittest.TestCase):
         self.assertGreaterEqual(moved[-1], 2 * height - 2)
         self.assertIn("AXPageDown", find(state, "AXTextField", "Entry")["actions"])
         self.assertNotIn("AXPress", find(state, "AXTextField", "Entry")["actions"])
+
+    def folder(self):
+        return self.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
+
+    def state_with(self, text):
+        def look():
+            state = self.host.result("desktop_ax_get_state")
+            return state if text in state["axText"] else None
+        return until(look, text, 60)
+
+    def on_node(self, role, name, **request):
+        """As often as the tree changes in between."""
+        def act():
+            token = find(self.host.result("desktop_ax_get_state"), role, name)["token"]
+            error = self.host.request("desktop_ax_action", token=token, **request).get("error")
+            if error:
+                self.assertEqual(error["code"], "COMPUTER_CONTROL_STALE_SNAPSHOT", error)
+            return not error
+        until(act, f"{request} of {role} {name}")
+
+    def test_pages_hold_their_text_and_are_scrolled(self):
+        for browser, expected in PAGES.items():
+            if not shutil.which(browser):
+                self.skipTest(f"{browser} is not installed")
+            command = {"firefox": ["firefox", "--no-remote", "--profile", self.folder()],
+                       "chromium": [*CHROMIUM, f"--user-data-dir={self.folder()}"]}[browser]
+            with self.subTest(browser):
+                program = Program(self, *command, "file://" + PAGE, has_window=False)
+                state = self.state_with("Frame paragraph")
+                for role, name, value in expected:
+                    self.assertIn(value, value_of(state, role, name), f"{name}\n{state['axText']}")
+
+                def is_seen(name):
+                    return "bounds" in find(self.host.result("desktop_ax_get_state"), "AXHeading", name)
+                for amount, is_at_top in ((2, False), (-1, False), (-10, True)):
+                    self.on_node("AXWebArea", "Gallery", action="scroll", amount=amount)
+                    until(lambda: is_seen("Heading text") == is_at_top, f"scrolled by {amount}")
+                program.end()
+
+    @unittest.skipUnless(shutil.which("soffice"), "libreoffice-calc is not installed")
+    def test_spreadsheets_list_the_cells_that_are_showing(self):
+        path = os.path.join(self.folder(), "sheet.fods")
+        with open(path, "w") as file:
+            file.write(SHEET)
+        Program(self, "soffice", f"-env:UserInstallation=file://{self.folder()}", "--norestore",
+                "--nologo", "--nofirststartwizard", "--calc", path, has_window=False)
+        state = self.state_with("AXCell | A2")
+        values = {node["name"]: node.get("value") for node in state["nodes"] if node["role"] == "AXCell"}
+        self.assertEqual([values[name] for name in ("A1", "A2", "B1")], ["first", "12.5", None])
+        rows = {name.lstrip("ABCDEFGHIJKLMNOPQRSTUVWXYZ") for name in values}
+        self.assertTrue(10 < len(rows) < 100, sorted(rows))
+        self.assertFalse(state["truncated"])
+        self.assertTrue(find(state, "AXTable")["enabled"])
 
     def changes_of(self, gallery):
         changes = [gallery.changes.get(timeout=20)]

@@ -58,7 +58,8 @@ def gtk(version):
         choice.set_active(1)
     row(one, two, combo, editable)
     if is_4:
-        row(Gtk.DropDown.new_from_strings(FRUIT), Gtk.EditableLabel(text="editable label"))
+        row(Gtk.DropDown.new_from_strings(FRUIT), Gtk.EditableLabel(text="editable label"),
+            Gtk.Spinner(spinning=True))
     spin = Gtk.SpinButton.new_with_range(0, 100, 1)
     scale = Gtk.Scale.new_with_range(Gtk.Orientation.HORIZONTAL, 0, 100, 1)
     scale.set_size_request(120, -1)

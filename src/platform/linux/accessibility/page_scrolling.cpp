@@ -22,9 +22,13 @@ constexpr int kMostWheelTurns = 60;
 /// The first children are looked at for one that is somewhere.
 constexpr std::size_t kContentParts = 8;
 
+/// Where an element is, as its program sees it, also when that is out of sight.
 Rect extentsOf(AccessibilityBus& bus, const Reference& element) {
     Facts facts;
-    readFacts(bus, element, findAttribute("AXSize")->needs, facts);
+    const Needs needs = [](const Facts& known) {
+        return FactSet{Fact::extents}.without(known.asked);
+    };
+    readFacts(bus, element, needs, facts);
     return facts.knows(Fact::extents) ? facts.extents : Rect();
 }
 

@@ -52,14 +52,15 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
           facts_(facts),
           countdown_([this, done = std::move(done)] {
               tellPassword();
+              tellSpinner();
               done();
           }) {}
 
     void begin(FactSet wanted) {
         countdown_.expect();  // ourselves, so that an answer that comes at once does not end it
-        // Needed to tell passwords.
-        if (program_.placesWithinWindow() && wanted.has(Fact::role) &&
-            !facts_.asked.has(Fact::name)) {
+        // Needed to tell passwords and spinners.
+        const bool needsName = wanted.has(Fact::role) || wanted.has(Fact::extents);
+        if (program_.placesWithinWindow() && needsName && !facts_.asked.has(Fact::name)) {
             wanted.add(Fact::name);
         }
         FactSet properties;
@@ -199,6 +200,13 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
         if (program_.placesWithinWindow() && isField && facts_.name == "GtkPasswordEntry") {
             facts_.role = AtspiRole::passwordText;
         }
+    }
+
+    /// GTK 4 gives the place of a spinner's corner as it turns, half a diagonal around the middle,
+    /// and tells by nothing but the size that it is the same spinner: nobody knows where it is.
+    void tellSpinner() {
+        const bool isSpinner = program_.placesWithinWindow() && facts_.name == "GtkSpinner";
+        if (isSpinner && facts_.knows(Fact::extents)) facts_.extents = {};
     }
 
     void askProperties(FactSet wanted) {

@@ -91,14 +91,17 @@ class Desktop(Locators):
     # Not kept: they would keep the desktop, and with it the runtime, beyond the last reference to it.
     @property
     def mouse(self) -> Mouse:
+        """The pointer, for places; locators are better where there are elements."""
         return Mouse(self)
 
     @property
     def keyboard(self) -> Keyboard:
+        """The keyboard, wherever the focus is."""
         return Keyboard(self)
 
     @property
     def clipboard(self) -> Clipboard:
+        """The clipboard's text."""
         return Clipboard(self)
 
     def permissions(self) -> Permissions:

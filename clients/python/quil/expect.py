@@ -19,6 +19,8 @@ def expect(locator: Locator, timeout: Optional[float] = None) -> "Expectation":
 
 
 class Expectation:
+    """What a locator's element should come to be like; each method waits for it, or raises ExpectationFailed."""
+
     def __init__(self, locator: Locator, timeout: Optional[float] = None) -> None:
         self._locator = locator
         self._timeout = timeout
@@ -41,9 +43,11 @@ class Expectation:
         self._of_one("is to be seen", lambda element: element.is_visible)
 
     def to_be_enabled(self) -> None:
+        """Exactly one matches and is enabled; what does not say counts as enabled."""
         self._of_one("is enabled", lambda element: element.enabled is not False)
 
     def to_be_disabled(self) -> None:
+        """Exactly one matches and is disabled."""
         self._of_one("is disabled", lambda element: element.enabled is False)
 
     def to_be_checked(self, checked: bool = True) -> None:

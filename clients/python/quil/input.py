@@ -40,6 +40,7 @@ class Mouse:
         return points
 
     def move(self, place: Place) -> None:
+        """Moves the pointer to a place."""
         self._desktop.runtime.desktop_move(*self._points(place))
 
     def click(self, place: Place, *, button: str = "left", count: int = 1, modifiers: Optional[str] = None) -> None:
@@ -94,4 +95,5 @@ class Clipboard:
         return self._desktop.extension(self._desktop.runtime.desktop_clipboard_read, "the clipboard")["text"]
 
     def write(self, text: str) -> None:
+        """Puts a text there; it stays at least as long as the runtime lives."""
         self._desktop.extension(lambda: self._desktop.runtime.desktop_clipboard_write(text), "the clipboard")

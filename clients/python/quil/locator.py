@@ -77,10 +77,12 @@ class Locator(Locators):
 
     @property
     def first(self) -> "Locator":
+        """The first of them."""
         return self.nth(0)
 
     @property
     def last(self) -> "Locator":
+        """The last of them."""
         return self.nth(-1)
 
     def elements(self) -> List[Element]:

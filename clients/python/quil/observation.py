@@ -18,6 +18,7 @@ class Rectangle(NamedTuple):
 
     @property
     def center(self) -> "tuple[float, float]":
+        """The place in its middle."""
         return self.x + self.width / 2, self.y + self.height / 2
 
 
@@ -81,10 +82,12 @@ class Element:
 
     @property
     def short_role(self) -> str:
+        """The role's short name, such as "button"; the native role where there is none."""
         return roles.shown(self.role)
 
     @property
     def is_visible(self) -> bool:
+        """Whether it is to be seen, as far as the platform tells: what is covered counts as visible."""
         return self.bounds is not None
 
     @property
@@ -146,6 +149,7 @@ class Observation:
         return self.elements[ref]
 
     def by_token(self, token: str) -> Optional[Element]:
+        """The element with this token; None when there is none."""
         return self._by_token.get(token)
 
     def find(self, **criteria: Any) -> List[Element]:

@@ -28,5 +28,6 @@ class Picture(bytes):
         return width, height
 
     def save(self, path: "Union[str, os.PathLike[str]]") -> None:
+        """Writes it to a file."""
         with open(path, "wb") as file:
             file.write(self)

@@ -2,9 +2,11 @@
 import os
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 from protocol_schema import ROOT
@@ -26,6 +28,23 @@ class ClientTest(unittest.TestCase):
             for task in ("fill_form", "find_word"):
                 with self.subTest(task):
                     self.run_on_desktop("-B", os.path.join(ROOT, "examples", "tasks", task + ".py"))
+
+    def test_an_application_that_is_stopped_and_one_that_quits(self):
+        with quil.Desktop(executable("quil")) as desktop:
+            pid = desktop.launch("galculator.desktop").pid
+            key = desktop.locator(name="6", exact=True)
+            key.click()
+            os.kill(pid, signal.SIGSTOP)
+            begin = time.monotonic()
+            with self.assertRaises((quil.NotInTime, quil.CommandFailed)):
+                key.click(timeout=1)
+            self.assertLess(time.monotonic() - begin, 20)
+            os.kill(pid, signal.SIGCONT)
+            key.click(timeout=20)
+            desktop.get_by_role("menuitem", "Quit").click(timeout=20)
+            with self.assertRaises(quil.ElementNotFound):
+                key.wait_for("gone", timeout=20)
+                key.click(timeout=0.2)
 
     @unittest.skipUnless("QUIL_TEST_TASK_RUNS" in os.environ, "takes 40 s: QUIL_TEST_TASK_RUNS is not set")
     @unittest.skipUnless(shutil.which("localc"), "libreoffice-calc is not installed")

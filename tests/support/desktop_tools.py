@@ -35,6 +35,7 @@ class Cleanups(contextlib.ExitStack):
     """Stands in for a test, outside of one: ends what was started with it."""
 
     addCleanup = contextlib.ExitStack.callback
+    enterContext = contextlib.ExitStack.enter_context
 
 
 class Program:

@@ -11,6 +11,7 @@
 #include "platform/linux/x11/capture/linux_screen_capture.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/displays/displays.h"
+#include "platform/linux/x11/input/pointer_effects.h"
 #include "platform/linux/x11/input/x11_event_posting.h"
 #include "platform/linux/x11/pasteboard/x11_pasteboard.h"
 #include "platform/linux/x11/tap/linux_event_taps.h"
@@ -18,6 +19,7 @@
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_streams.h"
 #include "platform/posix/posix_threads.h"
+#include "platform/posix/termination_watch.h"
 
 namespace quil::linux_platform {
 
@@ -48,12 +50,15 @@ class LinuxPlatform : public Platform {
     AccessibilityBus accessibilityBus_;
     LinuxPermissions permissions_{display_, accessibilityBus_};
     X11Displays displays_{display_};
-    LinuxWorkspace workspace_{display_};
+    X11Display inputDisplay_;
+    PointerEffects pointerEffects_{inputDisplay_};
+    LinuxWorkspace workspace_{display_, pointerEffects_};
     LinuxWindowList windowList_{display_, workspace_};
     NoCodeSigning codeSigning_;
     LinuxAccessibility accessibility_{accessibilityBus_, display_};
     LinuxScreenCapture screenCapture_{display_};
-    X11EventPosting eventPosting_;
+    X11EventPosting eventPosting_{inputDisplay_, pointerEffects_};
+    TerminationWatch terminationWatch_{[this] { eventPosting_.abandon(); }};
     X11Pasteboard pasteboard_;
     LinuxEventTaps eventTaps_;
     DesktopBundles bundles_;

@@ -18,6 +18,7 @@ std::optional<RunningApplication> LinuxWorkspace::applicationOf(const X11Window&
 }
 
 std::optional<RunningApplication> LinuxWorkspace::frontmostApplication() {
+    effects_.settle();
     const auto connection = display_.connection();
     if (!connection) return {};
     const auto active = activeWindow(*connection);

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "platform/linux/applications/application_identities.h"
+#include "platform/linux/x11/input/pointer_effects.h"
 #include "platform/linux/x11/windows/windows.h"
 #include "platform/workspace.h"
 
@@ -13,10 +14,12 @@ namespace quil::linux_platform {
 /// included ("org.gnome.Calculator.desktop"), the bundle the entry's file.
 class LinuxWorkspace : public Workspace {
   public:
-    /// `display` outlives this service.
-    explicit LinuxWorkspace(X11Display& display) : display_(display) {}
+    /// Both outlive this service.
+    LinuxWorkspace(X11Display& display, PointerEffects& effects)
+        : display_(display), effects_(effects) {}
 
-    /// The application that owns the active window; nothing when its process is not known.
+    /// The application that owns the active window, once posted pointer events have had their
+    /// effect; nothing when its process is not known.
     std::optional<RunningApplication> frontmostApplication() override;
     /// Also finds an application that still runs but has closed its last window since it was
     /// looked at.
@@ -37,6 +40,7 @@ class LinuxWorkspace : public Workspace {
     std::optional<RunningApplication> applicationOf(const X11Window& window);
 
     X11Display& display_;
+    PointerEffects& effects_;
     ApplicationIdentities identities_;
 };
 

@@ -1,6 +1,7 @@
 #include "platform/linux/applications/processes.h"
 
 #include <charconv>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -102,19 +103,49 @@ bool hasMapped(std::int32_t pid, const std::function<bool(std::string_view path)
     return false;
 }
 
-std::optional<std::uint64_t> timeRunAtRest(std::int32_t pid) {
-    std::uint64_t sum = 0;
+std::vector<ThreadActivity> threadsOf(std::int32_t pid) {
+    std::vector<ThreadActivity> threads;
     std::error_code error;
     for (const auto& task : std::filesystem::directory_iterator(pathOf(pid, "task"), error)) {
-        std::string status;
-        std::getline(std::ifstream(task.path() / "stat"), status);
+        const std::string status = contentsOf(task.path() / "stat");
         const std::size_t name = status.rfind(") ");
-        if (name != std::string::npos && status.compare(name + 2, 1, "S") != 0) return {};
-        std::uint64_t run = 0;
-        std::ifstream(task.path() / "schedstat") >> run;
-        sum += run;
+        if (name == std::string::npos) continue;  // it has ended
+        ThreadActivity& thread = threads.emplace_back();
+        thread.id = std::atoi(task.path().filename().c_str());
+        thread.isAsleep = status.compare(name + 2, 1, "S") == 0;
+        std::ifstream(task.path() / "schedstat") >> thread.timeRun >> thread.timeReady;
+    }
+    return threads;
+}
+
+std::optional<std::uint64_t> timeRunAtRest(std::int32_t pid) {
+    std::uint64_t sum = 0;
+    for (const ThreadActivity& thread : threadsOf(pid)) {
+        if (!thread.isAsleep) return {};
+        sum += thread.timeRun;
     }
     return sum;
+}
+
+std::vector<std::int32_t> processesOfProgram(std::int32_t pid) {
+    const std::vector<std::string> arguments = argumentsOf(pid);
+    std::vector<std::int32_t> processes{pid};
+    if (arguments.empty()) return processes;
+    for (std::size_t i = 0; i < processes.size(); ++i) {
+        std::error_code error;
+        for (const auto& task :
+             std::filesystem::directory_iterator(pathOf(processes[i], "task"), error)) {
+            std::ifstream children(task.path() / "children");
+            for (std::int32_t child = 0; children >> child;) {
+                // Not the whole argument: some programs write all of theirs into the first.
+                const std::vector<std::string> line = argumentsOf(child);
+                if (!line.empty() && line.front().starts_with(arguments.front())) {
+                    processes.push_back(child);
+                }
+            }
+        }
+    }
+    return processes;
 }
 
 std::string flatpakIdOf(std::int32_t pid) {

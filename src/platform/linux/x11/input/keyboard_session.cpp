@@ -3,14 +3,13 @@
 #include <xcb/xtest.h>
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 #include "platform/event_posting.h"
+#include "platform/linux/x11/input/left_behind.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
 #include "platform/linux/x11/keyboard/key_symbols.h"
 #include "platform/linux/x11/keyboard/xkb_protocol.h"
-#include "platform/linux/x11/properties.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -19,9 +18,6 @@ namespace {
 constexpr std::uint8_t kUsualControl = 37;
 constexpr std::uint8_t kUsualShift = 50;
 constexpr std::uint8_t kUsualAlt = 64;
-
-/// On the root window during a session: the modifiers that the person has locked.
-constexpr std::string_view kLocksProperty = "_QUIL_KEYBOARD_LOCKS";
 
 }  // namespace
 
@@ -37,19 +33,8 @@ KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection)
     numLock_ = map_.modifiersOf(kSymbolNumLock);
     shiftKey_ = flagKey(kSymbolShiftL, kSymbolShiftR, kUsualShift);
     if (!knowsKeys_) return;
-    undoUseOfKilled();
+    releaseKeysLeftBehind(*connection_);
     takeKeyboard();
-}
-
-void KeyboardSession::undoUseOfKilled() {
-    const auto locks = readProperty(*connection_, connection_->root(), kLocksProperty).number();
-    if (!locks) return;
-    KeySet left = keysDown(*connection_);
-    for (const HeldKeys& held : keysHeldByHand(*connection_)) left &= ~held.keys;
-    for (std::size_t code = 0; code < left.size(); ++code) {
-        if (left[code]) send(static_cast<std::uint8_t>(code), false);
-    }
-    lockModifiers(*connection_, 0xFF, static_cast<std::uint8_t>(*locks));
 }
 
 void KeyboardSession::takeKeyboard() {
@@ -59,18 +44,21 @@ void KeyboardSession::takeKeyboard() {
     group_ = state->group;
     locks_ = locksBefore_ = state->lockedMods;
     latchesBefore_ = state->latchedMods;
-    const std::uint32_t locks = locksBefore_;
-    xcb_change_property(connection_->get(), XCB_PROP_MODE_REPLACE, connection_->root(),
-                        connection_->atom(kLocksProperty), XCB_ATOM_CARDINAL, 32, 1, &locks);
-    if (state->baseMods != 0) {
-        heldBefore_ = keysDown(*connection_);
-        for (const HeldKeys& held : keysHeldByHand(*connection_)) heldByHandBefore_ |= held.keys;
-        for (std::size_t code = 0; code < heldBefore_.size(); ++code) {
-            if (map_.keys[code].modifiers == 0) heldBefore_[code] = false;
-            if (heldBefore_[code]) send(static_cast<std::uint8_t>(code), false);
-        }
-    }
+    noteLocks(*connection_, locksBefore_);
+    releaseHeldKeys();
     if (latchesBefore_ != 0) latchModifiers(*connection_, 0);
+}
+
+/// A key that is down already is not pressed by pressing it once more.
+void KeyboardSession::releaseHeldKeys() {
+    heldBefore_ = keysDown(*connection_);
+    if (heldBefore_.none()) return;
+    for (const HeldKeys& held : keysHeldByHand(*connection_)) heldByHandBefore_ |= held.keys;
+    for (std::size_t code = 0; code < heldBefore_.size(); ++code) {
+        if (heldBefore_[code]) send(static_cast<std::uint8_t>(code), false);
+        // Others are not given back: they would type once more.
+        if (map_.keys[code].modifiers == 0) heldBefore_[code] = false;
+    }
 }
 
 KeyboardSession::~KeyboardSession() {
@@ -78,7 +66,7 @@ KeyboardSession::~KeyboardSession() {
     useModifiersAsBefore();
     if (latchesBefore_ != 0) latchModifiers(*connection_, latchesBefore_);
     giveHeldKeysBack();
-    xcb_delete_property(connection_->get(), connection_->root(), connection_->atom(kLocksProperty));
+    noteKeyboardGivenBack(*connection_);
     connection_->sync();
 }
 

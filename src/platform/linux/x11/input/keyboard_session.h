@@ -14,7 +14,8 @@ namespace quil::linux_platform {
 /// The keyboard while keys are posted, which no other runtime does meanwhile. What the person
 /// holds, has latched or locked is taken away at the start, so that posted keys have the modifiers
 /// that they are posted with and no others, and given back at the end: modifier keys that the
-/// person has let go meanwhile stay up. Num Lock stays as it is.
+/// user has let go meanwhile stay up. Other keys that are held are released for good; the user
+/// presses them again. Num Lock stays as it is.
 /// What a runtime that was killed has left pressed or locked is undone first.
 class KeyboardSession {
   public:
@@ -46,8 +47,8 @@ class KeyboardSession {
     std::uint8_t keptLocks() const { return locksBefore_ & numLock_; }
 
   private:
-    void undoUseOfKilled();
     void takeKeyboard();
+    void releaseHeldKeys();
     void giveHeldKeysBack();
     void releaseFlagKeys();
     void lock(std::uint8_t locks);

@@ -1,5 +1,6 @@
 #include "platform/linux/x11/input/keyboard_turn.h"
 
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -10,11 +11,18 @@ namespace {
 constexpr std::chrono::seconds kPatience{7};
 constexpr std::chrono::seconds kSignInterval{1};
 constexpr std::chrono::milliseconds kLookInterval{10};
+constexpr std::string_view kSelection = "_QUIL_KEYBOARD_TURN";
+
+xcb_window_t ownerOf(X11Connection& connection, xcb_atom_t selection) {
+    const auto reply = connection.reply(xcb_get_selection_owner_reply,
+                                        xcb_get_selection_owner(connection.get(), selection));
+    return reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
+}
 
 }  // namespace
 
 KeyboardTurn::KeyboardTurn(X11Connection& connection)
-    : connection_(connection), selection_(connection.atom("_QUIL_KEYBOARD_TURN")) {
+    : connection_(connection), selection_(connection.atom(kSelection)) {
     xcb_window_t other = owner();
     auto deadline = Clock::now() + kPatience;
     while (connection_.isAlive()) {
@@ -32,15 +40,17 @@ KeyboardTurn::~KeyboardTurn() {
     xcb_flush(connection_.get());
 }
 
+bool KeyboardTurn::isTaken(X11Connection& connection) {
+    return ownerOf(connection, connection.atom(kSelection)) != XCB_WINDOW_NONE;
+}
+
 bool KeyboardTurn::keep() {
     if (Clock::now() < nextSign_) return true;
     return window_ != XCB_WINDOW_NONE && takeIf(window_);
 }
 
 xcb_window_t KeyboardTurn::owner() const {
-    const auto reply = connection_.reply(xcb_get_selection_owner_reply,
-                                         xcb_get_selection_owner(connection_.get(), selection_));
-    return reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
+    return ownerOf(connection_, selection_);
 }
 
 /// Whether that one was the owner still.

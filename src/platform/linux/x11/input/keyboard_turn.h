@@ -16,6 +16,9 @@ class KeyboardTurn {
     KeyboardTurn(const KeyboardTurn&) = delete;
     KeyboardTurn& operator=(const KeyboardTurn&) = delete;
 
+    /// Whether some runtime has the keyboard.
+    static bool isTaken(X11Connection& connection);
+
     /// A sign of life, to be given about every second. False when the turn has been lost.
     bool keep();
 

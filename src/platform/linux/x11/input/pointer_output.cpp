@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "platform/linux/x11/input/left_behind.h"
+
 namespace quil::linux_platform {
 namespace {
 
@@ -16,7 +18,10 @@ constexpr std::uint8_t kWheelDown = 5;
 constexpr std::uint8_t kWheelLeft = 6;
 constexpr std::uint8_t kWheelRight = 7;
 
-constexpr std::chrono::milliseconds kButtonsValidity{100};
+/// Two presses of the same millisecond are one to Chromium, and no double click.
+constexpr std::uint32_t kPressDelay = 2;
+
+constexpr std::chrono::milliseconds kButtonsValidity{20};
 
 std::int16_t pixel(double coordinate) {
     using Limits = std::numeric_limits<std::int16_t>;
@@ -30,9 +35,11 @@ void moveTo(X11Connection& connection, Point point) {
                         pixel(point.x), pixel(point.y), 0);
 }
 
-void sendButton(X11Connection& connection, std::uint8_t button, bool isDown) {
+/// `delay` is in milliseconds, kept by the server.
+void sendButton(X11Connection& connection, std::uint8_t button, bool isDown,
+                std::uint32_t delay = 0) {
     xcb_test_fake_input(connection.get(), isDown ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, button,
-                        XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+                        delay, XCB_WINDOW_NONE, 0, 0, 0);
 }
 
 }  // namespace
@@ -63,13 +70,21 @@ void PointerOutput::turnWheel(X11Connection& connection, std::int32_t amount, st
     }
 }
 
-void PointerOutput::send(X11Connection& connection, const PostedEvent& event) {
+void PointerOutput::send(X11Connection& connection, const PostedEvent& event,
+                         xcb_window_t runtime) {
+    const bool isPress = event.type == kEventLeftMouseDown;
+    const bool isButton = isPress || event.type == kEventLeftMouseUp;
+    const std::uint8_t left = isButton ? deviceButton(connection, kLeftButton) : kLeftButton;
+    if (isPress) releaseButtonLeftBehind(connection);
     moveTo(connection, event.location);
     switch (event.type) {
         case kEventLeftMouseDown:
+            notePressedButton(connection, runtime, left);
+            sendButton(connection, left, true, kPressDelay);
+            break;
         case kEventLeftMouseUp:
-            sendButton(connection, deviceButton(connection, kLeftButton),
-                       event.type == kEventLeftMouseDown);
+            sendButton(connection, left, false);
+            noteReleasedButton(connection);
             break;
         case kEventScrollWheel:
             turnWheel(connection, event.wheel1, kWheelUp, kWheelDown);

@@ -18,7 +18,10 @@ inline constexpr std::int32_t kMostWheelClicks = 1000;
 class PointerOutput {
   public:
     /// Sends one event of a mouse button, the pointer or the wheel, without waiting for the server.
-    void send(X11Connection& connection, const PostedEvent& event);
+    /// `runtime` is a window of ours, by which others know whether this process is there; only a
+    /// press needs it.
+    void send(X11Connection& connection, const PostedEvent& event,
+              xcb_window_t runtime = XCB_WINDOW_NONE);
 
   private:
     /// The device's button that applications see as `button`.

@@ -111,8 +111,12 @@ void forgetSpareKeys(X11Connection& connection, KeyboardMap& map) {
     }
 }
 
+bool hasSpareKeys(X11Connection& connection) {
+    return leftKeys(connection).exists();
+}
+
 void clearSpareKeys(X11Connection& connection) {
-    if (!leftKeys(connection).exists()) return;
+    if (!hasSpareKeys(connection)) return;
     const KeyboardTurn turn(connection);
     if (!enableXkb(connection)) return;
     auto map = readKeyboardMap(connection);

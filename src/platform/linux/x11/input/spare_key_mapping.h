@@ -35,6 +35,9 @@ class SpareKeyUse {
 /// Takes from the map what an earlier use has left behind.
 void forgetSpareKeys(X11Connection& connection, KeyboardMap& map);
 
+/// Whether an earlier use has left something behind, or one goes on.
+bool hasSpareKeys(X11Connection& connection);
+
 /// Takes it from the keyboard.
 void clearSpareKeys(X11Connection& connection);
 

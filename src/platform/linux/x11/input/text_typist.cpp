@@ -14,21 +14,41 @@ namespace {
 constexpr std::size_t kStrokesAtOnce = 50;
 /// How many such parts the program may be behind: a server keeps what is not read yet.
 constexpr std::uint32_t kPartsAhead = 20;
-/// For the program to deal with one part.
-constexpr std::chrono::milliseconds kPatience{5000};
+/// One that does not tell how far it is must deal with all of them before it counts as hanging.
+constexpr std::uint32_t kPartsAheadOfSilent = 4;
+/// Other runtimes take the keyboard from one that gives no sign for some seconds.
+constexpr std::chrono::milliseconds kSignInterval{1000};
 
-/// Waits until the program has dealt with all that was sent. Whether it has, and in our turn.
-bool waitForAll(KeyboardSession& session, KeyReceiver& receiver) {
-    for (std::uint32_t open = kPartsAhead; open > 0;) {
-        if (!receiver.waitForMarks(--open, kPatience) || !session.keepTurn()) return false;
+enum class Following { yes, hangs, lostTurn };
+
+/// Waits until the program has dealt with all parts but the last `open` ones.
+Following waitFor(KeyboardSession& session, KeyReceiver& receiver, std::uint32_t open) {
+    for (;;) {
+        const bool hasPassed = receiver.waitForMarks(open, kSignInterval);
+        if (!session.keepTurn()) return Following::lostTurn;
+        if (hasPassed) return Following::yes;
+        if (receiver.isHanging()) return Following::hangs;
     }
-    return true;
 }
 
-/// Sends strokes no faster than the program can follow. Whether it has followed.
-bool sendStrokes(KeyboardSession& session, KeyReceiver& receiver, std::span<const Stroke> strokes) {
+/// Waits until the program has dealt with all that was sent.
+Following waitForAll(KeyboardSession& session, KeyReceiver& receiver) {
+    for (std::uint32_t open = kPartsAhead; open > 0;) {
+        const Following following = waitFor(session, receiver, --open);
+        if (following != Following::yes) return following;
+    }
+    return Following::yes;
+}
+
+/// Sends strokes no faster than the program can follow. One that hangs gets them nevertheless, as
+/// from a person who types on: the server keeps them until it reads them.
+Following sendStrokes(KeyboardSession& session, KeyReceiver& receiver,
+                      std::span<const Stroke> strokes) {
     const std::size_t atOnce = receiver.takesKeysSingly() ? 1 : kStrokesAtOnce;
-    const std::uint32_t partsAhead = receiver.takesKeysSingly() ? 0 : kPartsAhead;
+    const std::uint32_t partsAhead = receiver.takesKeysSingly() ? 0
+                                     : receiver.answersPings()  ? kPartsAhead
+                                                                : kPartsAheadOfSilent;
+    Following following = Following::yes;
     while (!strokes.empty()) {
         const auto part = strokes.first(std::min(strokes.size(), atOnce));
         for (const Stroke& stroke : part) {
@@ -40,10 +60,11 @@ bool sendStrokes(KeyboardSession& session, KeyReceiver& receiver, std::span<cons
         // What the server has not dealt with is lost should the process be ended: keys that it is
         // in the middle of stay down. So one part at the most is on its way.
         session.connection().sync();
-        if (!receiver.waitForMarks(partsAhead, kPatience) || !session.keepTurn()) return false;
+        if (following == Following::yes) following = waitFor(session, receiver, partsAhead);
+        if (following == Following::lostTurn || !session.keepTurn()) return Following::lostTurn;
         strokes = strokes.subspan(part.size());
     }
-    return true;
+    return following;
 }
 
 }  // namespace
@@ -58,12 +79,12 @@ void typeText(KeyboardSession& session, std::u16string_view text) {
     if (spare.isMapped()) receiver.mark();
     for (const TextBatch& batch : batches) {
         if (!batch.symbols.empty()) {
-            if (spare.isMapped() && !waitForAll(session, receiver)) return;
+            if (spare.isMapped() && waitForAll(session, receiver) != Following::yes) return;
             if (!spare.map(batch.symbols)) break;
         }
-        if (!sendStrokes(session, receiver, batch.strokes)) return;
+        if (sendStrokes(session, receiver, batch.strokes) != Following::yes) return;
     }
-    if (spare.isMapped() && waitForAll(session, receiver)) spare.unmap();
+    if (spare.isMapped() && waitForAll(session, receiver) == Following::yes) spare.unmap();
 }
 
 }  // namespace quil::linux_platform

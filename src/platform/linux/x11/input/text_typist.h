@@ -8,8 +8,8 @@ namespace quil::linux_platform {
 
 /// Types the text, character for character, whatever the keyboard layout. Characters that it lacks
 /// are put on keys that have no meaning; these mean nothing again afterwards. A key's meaning is
-/// changed only when the program that gets the keys has dealt with those before; should it not do
-/// so in time, the rest of the text is left out.
+/// changed only when the program that gets the keys has dealt with those before; for one that hangs
+/// it is not changed any more, and what would need that is left out.
 void typeText(KeyboardSession& session, std::u16string_view text);
 
 }  // namespace quil::linux_platform

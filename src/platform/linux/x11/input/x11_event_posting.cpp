@@ -2,10 +2,14 @@
 
 #include <xcb/xtest.h>
 
+#include "platform/linux/x11/input/key_receiver.h"
+#include "platform/linux/x11/input/left_behind.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
 
 namespace quil::linux_platform {
 namespace {
+
+constexpr std::chrono::milliseconds kPatienceAtEnd{1000};
 
 PostedEvent& contentOf(PostableEvent& event) {
     return static_cast<PostedEvent&>(event);
@@ -20,18 +24,40 @@ X11EventPosting::~X11EventPosting() {
 }
 
 std::shared_ptr<X11Connection> X11EventPosting::connection() {
+    const std::lock_guard guard(lock_);
+    if (isAbandoned_) return nullptr;
     auto connection = display_.connection();
     if (!connection || !connection->hasExtension(xcb_test_id)) return nullptr;
     if (cleared_.lock() != connection) {
-        clearSpareKeys(*connection);
+        undoLeftBehind(*connection);
+        window_ = xcb_generate_id(connection->get());
+        xcb_create_window(connection->get(), 0, window_, connection->root(), 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
         cleared_ = connection;
     }
     return connection;
 }
 
+void X11EventPosting::abandon() {
+    const std::lock_guard guard(lock_);
+    isAbandoned_ = true;
+    if (window_ == XCB_WINDOW_NONE) return;
+    X11Display display;
+    const auto server = display.connection();
+    if (!server) return;
+    xcb_kill_client(server->get(), window_);
+    if (hasSpareKeys(*server)) {
+        KeyReceiver receiver(*server);
+        receiver.mark();
+        receiver.waitForMarks(0, kPatienceAtEnd);
+    }
+    undoLeftBehind(*server);
+}
+
 std::unique_ptr<EventSource> X11EventPosting::createSource(std::int32_t) {
     auto server = connection();
     if (!server) return nullptr;
+    effects_.settle();
     return std::make_unique<KeyboardSource>(std::move(server));
 }
 
@@ -83,10 +109,13 @@ void X11EventPosting::post(std::uint32_t, const PostableEvent& event) {
     const auto server = connection();
     if (!server) return;
     if (posted.type == kEventKeyDown || posted.type == kEventKeyUp) {
+        effects_.settle();
         return KeyboardSource(server).post(posted);
     }
-    pointer_.send(*server, posted);
-    if (posted.type == kEventMouseMoved) server->sync();
+    pointer_.send(*server, posted, window_);
+    const bool isMove = posted.type == kEventMouseMoved;
+    effects_.posted(posted.location, !isMove);
+    if (isMove) server->sync();
 }
 
 }  // namespace quil::linux_platform

@@ -1,0 +1,183 @@
+#include "platform/linux/x11/input/event_receiver.h"
+
+#include <poll.h>
+
+#include <algorithm>
+
+#include "platform/linux/applications/process_rest.h"
+#include "platform/linux/applications/processes.h"
+#include "platform/linux/x11/properties.h"
+#include "platform/linux/x11/windows/window_owners.h"
+
+namespace quil::linux_platform {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::nanoseconds;
+
+constexpr int kMostAncestors = 32;
+/// Keys may close the window that they go to; then nobody answers.
+constexpr milliseconds kWindowLookInterval{100};
+constexpr milliseconds kPatienceWithLifeless{5000};
+constexpr milliseconds kPatienceWithBusy{30'000};
+/// A program that hangs still has a thread that looks at the clock now and then.
+constexpr nanoseconds kActivityOfLife = milliseconds(20);
+
+bool declaresPings(X11Connection& connection, xcb_window_t window) {
+    return readProperty(connection, window, "WM_PROTOCOLS")
+        .contains(connection.atom("_NET_WM_PING"));
+}
+
+xcb_window_t parentOf(X11Connection& connection, xcb_window_t window) {
+    const auto tree =
+        connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.get(), window));
+    return tree ? tree->parent : xcb_window_t{XCB_WINDOW_NONE};
+}
+
+bool isThere(X11Connection& connection, xcb_window_t window) {
+    return connection.reply(xcb_get_window_attributes_reply,
+                            xcb_get_window_attributes(connection.get(), window)) != nullptr;
+}
+
+std::optional<std::int32_t> processOf(X11Connection& connection, xcb_window_t window) {
+    WindowOwners owners(connection, {window});
+    return owners.read(0, readProperty(connection, window, "_NET_WM_PID"),
+                       readProperty(connection, window, "WM_CLIENT_MACHINE"));
+}
+
+/// Later than all marks of earlier receivers, whose answers may still come.
+std::uint32_t firstMark() {
+    using Tick = std::chrono::duration<std::int64_t, std::ratio<1, 10'000>>;
+    return static_cast<std::uint32_t>(
+        std::chrono::floor<Tick>(std::chrono::steady_clock::now().time_since_epoch()).count());
+}
+
+void selectRootEvents(X11Connection& connection, std::uint32_t mask) {
+    xcb_change_window_attributes(connection.get(), connection.root(), XCB_CW_EVENT_MASK, &mask);
+}
+
+/// What the process has run and wanted to run.
+std::uint64_t activityOf(std::int32_t pid) {
+    std::uint64_t sum = 0;
+    for (const ThreadActivity& thread : threadsOf(pid)) sum += thread.timeRun + thread.timeReady;
+    return sum;
+}
+
+}  // namespace
+
+EventReceiver::EventReceiver(X11Connection& connection, xcb_window_t window)
+    : connection_(connection), window_(window), marks_(firstMark()) {
+    passMarks(marks_);
+    if (window_ == XCB_WINDOW_NONE || window_ == connection.root()) {
+        window_ = XCB_WINDOW_NONE;
+        return;
+    }
+    pid_ = processOf(connection, window_);
+    // Toolkits often give the focus to a window inside of the one that everybody knows.
+    for (int i = 0; i < kMostAncestors && window != XCB_WINDOW_NONE && window != connection.root();
+         ++i, window = parentOf(connection, window)) {
+        if (!declaresPings(connection, window)) continue;
+        window_ = window;
+        answersPings_ = true;
+        // The answers are sent to the root window, to those who care about the windows on it (GTK)
+        // or about itself (Qt).
+        selectRootEvents(connection_,
+                         XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+        return;
+    }
+}
+
+EventReceiver::~EventReceiver() {
+    if (answersPings_) selectRootEvents(connection_, XCB_EVENT_MASK_NO_EVENT);
+}
+
+void EventReceiver::passMarks(std::uint32_t last) {
+    passed_ = last;
+    lastPassed_ = lastLife_ = Clock::now();
+}
+
+void EventReceiver::mark() {
+    if (passed_ == marks_) passMarks(marks_);  // nothing has kept us waiting yet
+    ++marks_;
+    if (!answersPings_) return;
+    xcb_client_message_event_t ping{};
+    ping.response_type = XCB_CLIENT_MESSAGE;
+    ping.format = 32;
+    ping.window = window_;
+    ping.type = connection_.atom("WM_PROTOCOLS");
+    ping.data.data32[0] = connection_.atom("_NET_WM_PING");
+    // Stands for a time.
+    ping.data.data32[1] = marks_;
+    ping.data.data32[2] = window_;
+    xcb_send_event(connection_.get(), 0, window_, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char*>(&ping));
+    xcb_flush(connection_.get());
+}
+
+bool EventReceiver::waitForMarks(std::uint32_t open, milliseconds patience) {
+    const auto deadline = Clock::now() + patience;
+    if (window_ == XCB_WINDOW_NONE) passMarks(marks_);
+    while (marks_ - passed_ > open) {
+        bool hasPassed = false;
+        if (answersPings_) {
+            hasPassed = waitForAnswer(deadline);
+        } else {
+            connection_.sync();
+            hasPassed = ProcessRest({pid_.value_or(0)}).wait(deadline);
+            if (hasPassed) passMarks(marks_);
+        }
+        if (hasPassed) continue;
+        lookForLife();
+        return false;
+    }
+    return true;
+}
+
+void EventReceiver::lookForLife() {
+    if (!pid_) return;
+    const std::uint64_t activity = activityOf(*pid_);
+    if (activity - activity_ >= static_cast<std::uint64_t>(kActivityOfLife.count())) {
+        lastLife_ = Clock::now();
+    }
+    activity_ = activity;
+}
+
+bool EventReceiver::isHanging() const {
+    const auto now = Clock::now();
+    return now - lastLife_ >= kPatienceWithLifeless || now - lastPassed_ >= kPatienceWithBusy;
+}
+
+/// Whether an answer has come that passes a mark.
+bool EventReceiver::takeAnswer() {
+    const xcb_atom_t protocols = connection_.atom("WM_PROTOCOLS");
+    while (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
+        const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
+        const bool isAnswer = (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
+                              message.type == protocols && message.data.data32[2] == window_ &&
+                              message.data.data32[1] - passed_ - 1 < marks_ - passed_;
+        if (!isAnswer) continue;
+        passMarks(message.data.data32[1]);
+        return true;
+    }
+    return false;
+}
+
+bool EventReceiver::waitForAnswer(Clock::time_point deadline) {
+    auto nextLook = Clock::now() + kWindowLookInterval;
+    while (connection_.isAlive()) {
+        if (takeAnswer()) return true;
+        const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
+        if (left <= milliseconds::zero()) return false;
+        pollfd socket{xcb_get_file_descriptor(connection_.get()), POLLIN, 0};
+        poll(&socket, 1, static_cast<int>(std::min(left, kWindowLookInterval).count()));
+        if (Clock::now() < nextLook) continue;
+        nextLook = Clock::now() + kWindowLookInterval;
+        if (!isThere(connection_, window_)) {
+            passMarks(marks_);
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,86 @@
+#include "platform/linux/x11/input/left_behind.h"
+
+#include <xcb/xtest.h>
+
+#include <string_view>
+
+#include "platform/linux/x11/input/keyboard_devices.h"
+#include "platform/linux/x11/input/keyboard_turn.h"
+#include "platform/linux/x11/input/spare_key_mapping.h"
+#include "platform/linux/x11/keyboard/xkb_protocol.h"
+#include "platform/linux/x11/properties.h"
+
+namespace quil::linux_platform {
+namespace {
+
+/// The runtime's window and the button.
+constexpr std::string_view kButtonProperty = "_QUIL_POINTER_BUTTON";
+/// The modifiers that the user has locked.
+constexpr std::string_view kLocksProperty = "_QUIL_KEYBOARD_LOCKS";
+
+void setNumbers(X11Connection& connection, std::string_view property,
+                std::initializer_list<std::uint32_t> numbers) {
+    xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, connection.root(),
+                        connection.atom(property), XCB_ATOM_CARDINAL, 32,
+                        static_cast<std::uint32_t>(numbers.size()), numbers.begin());
+}
+
+void release(X11Connection& connection, std::uint8_t type, std::uint8_t detail) {
+    xcb_test_fake_input(connection.get(), type, detail, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+}
+
+bool isThere(X11Connection& connection, xcb_window_t window) {
+    return connection.reply(xcb_get_window_attributes_reply,
+                            xcb_get_window_attributes(connection.get(), window)) != nullptr;
+}
+
+}  // namespace
+
+void notePressedButton(X11Connection& connection, xcb_window_t runtime, std::uint8_t button) {
+    setNumbers(connection, kButtonProperty, {runtime, button});
+}
+
+void noteReleasedButton(X11Connection& connection) {
+    xcb_delete_property(connection.get(), connection.root(), connection.atom(kButtonProperty));
+}
+
+void releaseButtonLeftBehind(X11Connection& connection) {
+    const PropertyRequest property = readProperty(connection, connection.root(), kButtonProperty);
+    const auto& pressed = property.numbers();
+    if (pressed.size() != 2 || isThere(connection, pressed[0])) return;
+    release(connection, XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(pressed[1]));
+    noteReleasedButton(connection);
+}
+
+void noteLocks(X11Connection& connection, std::uint8_t locks) {
+    setNumbers(connection, kLocksProperty, {locks});
+}
+
+void noteKeyboardGivenBack(X11Connection& connection) {
+    xcb_delete_property(connection.get(), connection.root(), connection.atom(kLocksProperty));
+}
+
+void releaseKeysLeftBehind(X11Connection& connection) {
+    const auto locks = readProperty(connection, connection.root(), kLocksProperty).number();
+    if (!locks) return;
+    KeySet left = keysDown(connection);
+    for (const HeldKeys& held : keysHeldByHand(connection)) left &= ~held.keys;
+    for (std::size_t code = 0; code < left.size(); ++code) {
+        if (left[code]) release(connection, XCB_KEY_RELEASE, static_cast<std::uint8_t>(code));
+    }
+    lockModifiers(connection, 0xFF, static_cast<std::uint8_t>(*locks));
+    noteKeyboardGivenBack(connection);
+}
+
+void undoLeftBehind(X11Connection& connection) {
+    releaseButtonLeftBehind(connection);
+    if (KeyboardTurn::isTaken(connection) || !enableXkb(connection)) return;
+    if (readProperty(connection, connection.root(), kLocksProperty).exists()) {
+        const KeyboardTurn turn(connection);
+        releaseKeysLeftBehind(connection);
+    }
+    clearSpareKeys(connection);
+    connection.sync();
+}
+
+}  // namespace quil::linux_platform

@@ -1,0 +1,109 @@
+"""Two windows, "one" and "two", each filled by a text area, for tests of where text goes.
+
+usage: fields_app.py gtk3|gtk4|qt5|qt6|tk [restless|slow]
+
+"texts" on standard input is answered by what the two hold (a line of JSON), "clear" empties them. A
+restless program repaints every 5 ms and is never at rest, a slow one needs 15 ms for a key.
+"""
+import json
+import os
+import sys
+import time
+
+TITLES = "one", "two"
+
+
+class Commands:
+    def __init__(self, texts, clear):
+        self.commands = {"texts": texts, "clear": clear}
+        os.set_blocking(sys.stdin.fileno(), False)
+
+    def read(self, *_):
+        try:
+            line = os.read(sys.stdin.fileno(), 1000)
+        except BlockingIOError:
+            return True
+        if not line:
+            os._exit(0)
+        print(json.dumps(self.commands[line.decode().strip()]()), flush=True)
+        return True
+
+
+def gtk(version):
+    import gi
+    gi.require_version("Gtk", version)
+    from gi.repository import GLib, Gtk
+    if version == "4.0":
+        Gtk.init()
+    buffers = []
+    for title in TITLES:
+        window = Gtk.Window(title=title, default_width=400, default_height=300)
+        area = Gtk.TextView()
+        window.add(area) if version == "3.0" else window.set_child(area)
+        window.show_all() if version == "3.0" else window.present()
+        buffers.append(area.get_buffer())
+    commands = Commands(lambda: [b.get_text(*b.get_bounds(), True) for b in buffers],
+                        lambda: [b.set_text("") for b in buffers] and None)
+    GLib.io_add_watch(sys.stdin, GLib.PRIORITY_LOW, GLib.IOCondition.IN, commands.read)
+    GLib.MainLoop().run()
+
+
+def qt(version):
+    core = __import__(f"PyQt{version}.QtCore", fromlist=["QtCore"])
+    widgets = __import__(f"PyQt{version}.QtWidgets", fromlist=["QtWidgets"])
+    application = widgets.QApplication(sys.argv[:1])
+    areas = [widgets.QPlainTextEdit() for _ in TITLES]
+    for area, title in zip(areas, TITLES):
+        area.setWindowTitle(title)
+        area.resize(400, 300)
+        area.show()
+    commands = Commands(lambda: [area.toPlainText() for area in areas],
+                        lambda: [area.setPlainText("") for area in areas] and None)
+    kind = core.QSocketNotifier.Type.Read if version == "6" else core.QSocketNotifier.Read
+    notifier = core.QSocketNotifier(sys.stdin.fileno(), kind)
+    notifier.activated.connect(commands.read)
+    application.exec()
+
+
+def tk(options):
+    import tkinter
+    root = tkinter.Tk()
+    areas = []
+    for window, title in zip((root, tkinter.Toplevel(root)), TITLES):
+        window.title(title)
+        window.geometry("400x300")
+        area = tkinter.Text(window)
+        area.pack(expand=True, fill="both")
+        areas.append(area)
+    commands = Commands(lambda: [area.get("1.0", "end-1c") for area in areas],
+                        lambda: [area.delete("1.0", "end") for area in areas] and None)
+    root.createfilehandler(sys.stdin, tkinter.READABLE, commands.read)
+    bar = tkinter.Canvas(root, height=10)
+    if "restless" in options:
+        bar.pack()
+
+        def repaint(step=0):
+            bar.delete("all")
+            bar.create_rectangle(0, 0, step % 400, 10, fill="blue")
+            root.after(5, repaint, step + 1)
+
+        repaint()
+    if "slow" in options:
+        def handle(_):
+            end = time.monotonic() + 0.015
+            while time.monotonic() < end:
+                pass
+
+        for area in areas:
+            area.bind("<Key>", handle)
+    root.mainloop()
+
+
+if __name__ == "__main__":
+    toolkit, *options = sys.argv[1:]
+    if toolkit.startswith("qt"):
+        qt(toolkit[2])
+    elif toolkit.startswith("gtk"):
+        gtk(toolkit[3] + ".0")
+    else:
+        tk(options)

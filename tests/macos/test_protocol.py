@@ -14,9 +14,13 @@ ELSEWHERE = {
     "test_other_bundles_than_the_macs",
     # How quil-sim itself is started and refuses scenarios.
     "test_scenario_must_be_the_one_argument", "test_text_that_is_not_json",
-    "test_what_is_wrong_and_where",
-    # Slows the announcement of a walk, which the Mac backend has no call for.
-    "test_a_slow_service",
+    "test_what_is_wrong_and_where", "test_a_runtime_that_ends_says_why",
+    # Rules about the announcement of a walk, which the Mac backend has no call for.
+    "test_a_slow_service", "test_a_tree_that_changes_all_the_time",
+    # Long waits in one step, on the simulated clock.
+    "test_times_that_no_double_holds",
+    # A rule about the start of a thread, which the Mac backend does itself.
+    "test_recordings_leave_nothing_behind",
 }
 
 

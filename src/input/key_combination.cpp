@@ -60,6 +60,16 @@ std::optional<std::uint64_t> modifierFlag(std::string_view name) {
     return flag->second;
 }
 
+/// Calls `use` with every piece between "+", but for empty ones.
+template <typename Use>
+void forEachPiece(std::string_view text, const Use& use) {
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, text.find('+'));
+        text.remove_prefix(std::min(piece.size() + 1, text.size()));
+        if (!piece.empty()) use(piece);
+    }
+}
+
 std::optional<std::uint16_t> numberedKeyCode(std::string_view digits) {
     std::uint16_t code = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code);
@@ -71,23 +81,31 @@ std::optional<std::uint16_t> numberedKeyCode(std::string_view digits) {
 
 std::optional<KeyCombination> parseKeyCombination(std::string_view combo) {
     const std::string lowered = lowercased(combo);
-    std::string_view rest = lowered;
     KeyCombination combination;
     std::string_view key;
-    while (!rest.empty()) {
-        const std::string_view piece = rest.substr(0, rest.find('+'));
-        rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
-        if (piece.empty()) continue;
+    forEachPiece(lowered, [&](std::string_view piece) {
         if (const auto flag = modifierFlag(piece)) {
             combination.flags |= *flag;
         } else {
             key = piece;
         }
-    }
+    });
     const auto code = keyCode(key);
     if (!code) return {};
     combination.keyCode = *code;
     return combination;
+}
+
+std::optional<std::uint64_t> parseModifiers(std::string_view modifiers) {
+    const std::string lowered = lowercased(modifiers);
+    std::uint64_t flags = 0;
+    bool areKnown = true;
+    forEachPiece(lowered, [&](std::string_view piece) {
+        const auto flag = modifierFlag(piece);
+        flags |= flag.value_or(0);
+        areKnown = areKnown && flag;
+    });
+    return areKnown ? std::optional(flags) : std::nullopt;
 }
 
 std::optional<std::uint16_t> keyCode(std::string_view name) {

@@ -21,6 +21,10 @@ struct KeyCombination {
 /// unknown.
 std::optional<KeyCombination> parseKeyCombination(std::string_view combo);
 
+/// The flags of modifiers joined by "+", in the words of `parseKeyCombination`; none for an empty
+/// text. Nothing when a word is no modifier.
+std::optional<std::uint64_t> parseModifiers(std::string_view modifiers);
+
 /// The virtual key code of a key's name: one of the 72 of the table, or "keycode-" and a decimal
 /// number up to 65535. Names are lower case.
 std::optional<std::uint16_t> keyCode(std::string_view name);

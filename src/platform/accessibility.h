@@ -45,6 +45,18 @@ class Observation {
     virtual ~Observation() = default;
 };
 
+/// Notices, while it lives, what may be a change: of an application's tree, or of which application
+/// or window is in front.
+class ChangeWatch {
+  public:
+    virtual ~ChangeWatch() = default;
+
+    /// Waits until something has been noticed since the last call (or since the watch began), for
+    /// that many microseconds at the most. Whether something has. The platform may tell of what is
+    /// no change, and may miss one that an application keeps to itself.
+    virtual bool wait(std::uint64_t microseconds) = 0;
+};
+
 /// Other applications' element trees. Each call is a round trip to the application unless an
 /// observation is in progress; a backend bounds the wait. A call that succeeds may still give no
 /// value; one that fails leaves its result alone.
@@ -70,6 +82,10 @@ class Accessibility {
     /// Announces a walk. At most one observation lives at a time. A backend that has no use for the
     /// announcement returns null.
     virtual std::unique_ptr<Observation> beginObservation(const ObservationPlan& plan) = 0;
+
+    /// Watches the application with that process id (0: none, only what is in front). Null when the
+    /// platform cannot notify.
+    virtual std::unique_ptr<ChangeWatch> watchChanges(std::int32_t pid) = 0;
 };
 
 }  // namespace quil

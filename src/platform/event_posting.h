@@ -11,13 +11,24 @@ namespace quil {
 /// Event types, mouse buttons and other numbers of the Quartz event services (CGEventTypes.h).
 inline constexpr std::uint32_t kEventLeftMouseDown = 1;
 inline constexpr std::uint32_t kEventLeftMouseUp = 2;
+inline constexpr std::uint32_t kEventRightMouseDown = 3;
+inline constexpr std::uint32_t kEventRightMouseUp = 4;
 inline constexpr std::uint32_t kEventMouseMoved = 5;
 inline constexpr std::uint32_t kEventLeftMouseDragged = 6;
+inline constexpr std::uint32_t kEventRightMouseDragged = 7;
 inline constexpr std::uint32_t kEventKeyDown = 10;
 inline constexpr std::uint32_t kEventKeyUp = 11;
 inline constexpr std::uint32_t kEventScrollWheel = 22;
+/// Of every button but the left and the right one.
+inline constexpr std::uint32_t kEventOtherMouseDown = 25;
+inline constexpr std::uint32_t kEventOtherMouseUp = 26;
+inline constexpr std::uint32_t kEventOtherMouseDragged = 27;
 
 inline constexpr std::uint32_t kMouseButtonLeft = 0;
+inline constexpr std::uint32_t kMouseButtonRight = 1;
+inline constexpr std::uint32_t kMouseButtonCenter = 2;
+/// A field of mouse events: 1 for a single click, 2 for the second click of a double click, ….
+inline constexpr std::uint32_t kMouseEventClickState = 1;
 inline constexpr std::uint32_t kScrollEventUnitLine = 1;
 inline constexpr std::int32_t kEventSourceStateHidSystemState = 1;
 inline constexpr std::uint32_t kHidEventTap = 0;
@@ -68,8 +79,13 @@ class EventPosting {
 
     /// Places a wheel event, in global screen coordinates.
     virtual void setLocation(PostableEvent& event, Point point) = 0;
-    /// Replaces the modifier flags of a keyboard event.
+    /// Replaces the modifier flags of a keyboard or mouse event. On a platform whose mouse events
+    /// carry no flags of their own, those of a mouse event have no effect.
     virtual void setFlags(PostableEvent& event, std::uint64_t flags) = 0;
+    /// Sets a field of a mouse event (`kMouseEventClickState`). Without effect on a platform that
+    /// counts clicks by their times.
+    virtual void setIntegerValueField(PostableEvent& event, std::uint32_t field,
+                                      std::int64_t value) = 0;
     /// Makes a keyboard event type this text instead of its key.
     virtual void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) = 0;
 

@@ -31,9 +31,18 @@ struct ShareableWindow {
     std::shared_ptr<const PlatformWindow> platformWindow = nullptr;
 };
 
+/// A display that can be captured.
+struct ShareableDisplay {
+    /// As `Displays` numbers it.
+    std::uint32_t displayId = 0;
+    /// In global screen coordinates.
+    Rect frame;
+};
+
 /// The capturable content of the desktop, windows in the platform's order.
 struct ShareableContent {
     std::vector<ShareableWindow> windows;
+    std::vector<ShareableDisplay> displays;
 };
 
 /// How an image is to be made.
@@ -50,7 +59,8 @@ class CapturedImage {
     virtual ~CapturedImage() = default;
 };
 
-/// Captures single windows. Each call waits, for a bounded time, until the platform has delivered.
+/// Captures single windows and whole displays. Each call waits, for a bounded time, until the
+/// platform has delivered.
 class ScreenCapture {
   public:
     virtual ~ScreenCapture() = default;
@@ -58,10 +68,14 @@ class ScreenCapture {
     /// What can be captured; nothing on an error.
     virtual std::optional<ShareableContent> getShareableContent(bool excludingDesktopWindows,
                                                                 bool onScreenWindowsOnly) = 0;
-    /// An image of that window alone, whatever covers it, scaled to the configured size. Null on an
-    /// error (the window is gone, or has no content).
+    /// An image of that window alone, whatever covers it, scaled to the configured size; made
+    /// smaller, its pixels are averages. Null on an error (the window is gone, or has no content).
     virtual std::unique_ptr<CapturedImage> captureImage(
         const ShareableWindow& window, const StreamConfiguration& configuration) = 0;
+    /// An image of all that the display shows (every window, menus and tooltips included), scaled
+    /// to the configured size; made smaller, its pixels are averages. Null on an error.
+    virtual std::unique_ptr<CapturedImage> captureDisplayImage(
+        const ShareableDisplay& display, const StreamConfiguration& configuration) = 0;
     /// The image as the bytes of a PNG file; empty when it cannot be encoded.
     virtual std::string pngRepresentation(const CapturedImage& image) = 0;
 };

@@ -31,6 +31,14 @@ class WindowList {
     /// `relativeToWindow` is 0 for none. Nothing when the list cannot be had.
     virtual std::optional<Value> copyWindowInfo(std::uint32_t options,
                                                 std::uint32_t relativeToWindow) = 0;
+
+    /// Asks for the window with that number (`kWindowNumber`) to come to the front with the focus,
+    /// from another workspace or minimised as it may be, without waiting for it. False when there
+    /// is no such window, or nobody to ask.
+    virtual bool activateWindow(std::int64_t number) = 0;
+    /// The number of the window that has the focus, in front of its application's others; nothing
+    /// when no window has it.
+    virtual std::optional<std::int64_t> activeWindow() = 0;
 };
 
 }  // namespace quil

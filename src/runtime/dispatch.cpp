@@ -38,6 +38,16 @@ constexpr Method kMethods[] = {
     {"startInputRecording", handleStartInputRecording},
     {"nextInputEvent", handleNextInputEvent},
     {"stopInputRecording", handleStopInputRecording},
+
+    // Extensions.
+    {"desktop_displays_list", handleDisplaysList},
+    {"desktop_capture", handleCapture},
+    {"desktop_mouse_click", handleMouseClick},
+    {"desktop_mouse_drag", handleMouseDrag},
+    {"desktop_clipboard_read", handleClipboardRead},
+    {"desktop_clipboard_write", handleClipboardWrite},
+    {"desktop_ax_wait", handleAxWait},
+    {"desktop_window_activate", handleWindowActivate},
 };
 
 }  // namespace

@@ -82,4 +82,23 @@ void handleNextInputEvent(Runtime& runtime, std::int64_t id, const Parameters& p
 /// `stopInputRecording`: ends the recording and answers the records still to be taken.
 void handleStopInputRecording(Runtime& runtime, std::int64_t id, const Parameters& parameters);
 
+// Extensions: what came to the protocol later, under the same rules.
+
+/// `desktop_displays_list`: the displays, the main one first, and the virtual screen.
+void handleDisplaysList(Runtime& runtime, std::int64_t id, const Parameters& parameters);
+/// `desktop_capture`: a picture of a display or a window. Needs Screen Recording.
+void handleCapture(Runtime& runtime, std::int64_t id, const Parameters& parameters);
+/// `desktop_mouse_click`: clicks of any button, with modifiers. Needs Accessibility.
+void handleMouseClick(Runtime& runtime, std::int64_t id, const Parameters& parameters);
+/// `desktop_mouse_drag`: a drag along a path. Needs Accessibility.
+void handleMouseDrag(Runtime& runtime, std::int64_t id, const Parameters& parameters);
+/// `desktop_clipboard_read`: the clipboard's text, null when it has none.
+void handleClipboardRead(Runtime& runtime, std::int64_t id, const Parameters& parameters);
+/// `desktop_clipboard_write`: puts "text" on the clipboard.
+void handleClipboardWrite(Runtime& runtime, std::int64_t id, const Parameters& parameters);
+/// `desktop_ax_wait`: waits for another revision of the tree. Needs Accessibility.
+void handleAxWait(Runtime& runtime, std::int64_t id, const Parameters& parameters);
+/// `desktop_window_activate`: brings a window to the front. Needs Accessibility.
+void handleWindowActivate(Runtime& runtime, std::int64_t id, const Parameters& parameters);
+
 }  // namespace quil

@@ -7,28 +7,12 @@
 #include "input/pointer.h"
 #include "runtime/gates.h"
 #include "runtime/handlers.h"
+#include "runtime/places.h"
 #include "screen/display_geometry.h"
 #include "target/capture_target.h"
 
 namespace quil {
 namespace {
-
-/// The global point of a point object; absent when the member is no object or does not resolve.
-std::optional<Point> pointMember(Runtime& runtime, const Parameters& parameters,
-                                 std::string_view key) {
-    const Json* object = parameters.object(key);
-    if (!object) return {};
-    return screenPoint(runtime.platform.displays(), *object);
-}
-
-/// The centre of the element when one is named, else the point. Throws an `AxError` for an element
-/// that cannot be resolved.
-std::optional<Point> elementOrPoint(Runtime& runtime, const Parameters& parameters) {
-    if (const auto element = parameters.string("element")) {
-        return axElementCenter(runtime.platform, runtime.lastAxSnapshot, *element);
-    }
-    return pointMember(runtime, parameters, "point");
-}
 
 void respondOk(Runtime& runtime, std::int64_t id) {
     runtime.responses.respond(id, {{"ok", true}});

@@ -17,6 +17,16 @@ std::optional<std::int64_t> Parameters::integer(std::string_view key) const {
     return value ? jsonInteger(*value) : std::nullopt;
 }
 
+std::optional<double> Parameters::number(std::string_view key) const {
+    const Json* value = find(key);
+    return value && value->is_number() ? std::optional(value->get<double>()) : std::nullopt;
+}
+
+const Json* Parameters::list(std::string_view key) const {
+    const Json* value = find(key);
+    return value && value->is_array() ? value : nullptr;
+}
+
 const Json* Parameters::object(std::string_view key) const {
     const Json* value = find(key);
     return value && value->is_object() ? value : nullptr;

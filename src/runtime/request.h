@@ -20,6 +20,10 @@ class Parameters {
     std::optional<std::string> string(std::string_view key) const;
     /// A JSON number that is exactly an integer in the signed 64-bit range.
     std::optional<std::int64_t> integer(std::string_view key) const;
+    /// A JSON number.
+    std::optional<double> number(std::string_view key) const;
+    /// A JSON list; null when absent. Lives as long as these parameters.
+    const Json* list(std::string_view key) const;
     /// A JSON object; null when absent. Lives as long as these parameters.
     const Json* object(std::string_view key) const;
 

@@ -92,15 +92,17 @@ Json normalizedPoint(Displays& displays, Point point) {
             {"y", limited((point.y - bounds.minY()) / bounds.height)}};
 }
 
+Json rectJson(const Rect& rect) {
+    return {{"x", rect.x}, {"y", rect.y}, {"width", rect.width}, {"height", rect.height}};
+}
+
+Json displayJson(const DisplayGeometry& display) {
+    return {{"id", display.id}, {"name", display.name}, {"bounds", rectJson(display.bounds)}};
+}
+
 std::optional<Json> displayInfo(Displays& displays, Point point) {
     const auto display = displayContaining(point, activeDisplays(displays));
-    if (!display) return {};
-    const Rect& bounds = display->bounds;
-    return Json{
-        {"id", display->id},
-        {"name", display->name},
-        {"bounds",
-         {{"x", bounds.x}, {"y", bounds.y}, {"width", bounds.width}, {"height", bounds.height}}}};
+    return display ? std::optional(displayJson(*display)) : std::nullopt;
 }
 
 }  // namespace quil

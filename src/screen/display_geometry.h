@@ -45,6 +45,12 @@ std::optional<Point> screenPoint(Displays& displays, const Json& pointObject);
 /// virtual screen has no area.
 Json normalizedPoint(Displays& displays, Point point);
 
+/// {"x", "y", "width", "height"}
+Json rectJson(const Rect& rect);
+
+/// {"id", "name", "bounds"}
+Json displayJson(const DisplayGeometry& display);
+
 /// {"id", "name", "bounds"} of the display that contains the point, or of the first display when
 /// none does; absent when there is no display.
 std::optional<Json> displayInfo(Displays& displays, Point point);

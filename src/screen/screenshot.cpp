@@ -1,9 +1,12 @@
 #include "screen/screenshot.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
+#include "screen/display_geometry.h"
 #include "screen/windows.h"
 #include "text/base64.h"
 
@@ -26,9 +29,26 @@ const ShareableWindow* chooseWindow(const ShareableContent& content,
 }
 
 /// Truncated toward zero; 0, which is no image's size, for what no integer can hold.
-std::int64_t pixels(double points) {
-    const double size = std::trunc(points * kPixelsPerPoint);
+std::int64_t pixels(double points, double scale = kPixelsPerPoint) {
+    const double size = std::trunc(points * scale);
     return std::abs(size) < 1e15 ? static_cast<std::int64_t>(size) : 0;
+}
+
+StreamConfiguration configurationFor(const Rect& frame, double scale) {
+    // A narrow thing made small is still a picture.
+    const auto size = [&](double points) {
+        return points > 0 ? std::max<std::int64_t>(1, pixels(points, scale)) : 0;
+    };
+    return {.width = size(frame.width), .height = size(frame.height), .showsCursor = false};
+}
+
+/// Empty without an image, or when it cannot be encoded.
+std::string dataUrl(ScreenCapture& capture, const CapturedImage* image) {
+    const std::string png = image ? capture.pngRepresentation(*image) : std::string();
+    if (png.empty()) return {};
+    std::string url = "data:image/png;base64,";
+    appendBase64(url, png);
+    return url;
 }
 
 }  // namespace
@@ -48,12 +68,39 @@ std::optional<std::string> screenshotDataURL(Platform& platform) {
     const auto image = capture.captureImage(*window, {.width = pixels(window->frame.width),
                                                       .height = pixels(window->frame.height),
                                                       .showsCursor = false});
-    if (!image) return {};
-    const std::string png = capture.pngRepresentation(*image);
-    if (png.empty()) return {};
-    std::string url = "data:image/png;base64,";
-    appendBase64(url, png);
-    return url;
+    std::string url = dataUrl(capture, image.get());
+    return url.empty() ? std::nullopt : std::optional(std::move(url));
+}
+
+std::optional<Capture> captureDisplay(Platform& platform, std::optional<std::int64_t> display,
+                                      double scale) {
+    const auto active = activeDisplays(platform.displays());
+    const auto found = std::ranges::find_if(
+        active, [&](const DisplayGeometry& entry) { return !display || entry.id == *display; });
+    if (found == active.end()) return {};
+    Capture result{.dataUrl = {}, .bounds = found->bounds};
+    ScreenCapture& capture = platform.screenCapture();
+    const auto content = capture.getShareableContent(/*excludingDesktopWindows=*/false,
+                                                     /*onScreenWindowsOnly=*/true);
+    if (!content) return result;
+    const auto shareable =
+        std::ranges::find(content->displays, found->id, &ShareableDisplay::displayId);
+    if (shareable == content->displays.end()) return result;
+    const auto image =
+        capture.captureDisplayImage(*shareable, configurationFor(found->bounds, scale));
+    result.dataUrl = dataUrl(capture, image.get());
+    return result;
+}
+
+std::optional<Capture> captureWindow(Platform& platform, std::int64_t window, double scale) {
+    ScreenCapture& capture = platform.screenCapture();
+    const auto content = capture.getShareableContent(/*excludingDesktopWindows=*/false,
+                                                     /*onScreenWindowsOnly=*/true);
+    if (!content) return {};
+    const auto found = std::ranges::find(content->windows, window, &ShareableWindow::windowId);
+    if (found == content->windows.end()) return {};
+    const auto image = capture.captureImage(*found, configurationFor(found->frame, scale));
+    return Capture{.dataUrl = dataUrl(capture, image.get()), .bounds = found->frame};
 }
 
 }  // namespace quil

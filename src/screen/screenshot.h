@@ -13,4 +13,21 @@ namespace quil {
 /// window, a window that went away.
 std::optional<std::string> screenshotDataURL(Platform& platform);
 
+/// A picture, and what it shows.
+struct Capture {
+    /// As above; empty for every failure of the platform.
+    std::string dataUrl;
+    /// In global screen coordinates.
+    Rect bounds;
+};
+
+/// A picture of what a display shows, menus and all but the pointer, at `scale` pixels per point.
+/// Absent when there is no such display; without an id, the main one is taken.
+std::optional<Capture> captureDisplay(Platform& platform, std::optional<std::int64_t> display,
+                                      double scale);
+
+/// A picture of the window with that number alone, at `scale` pixels per point. Absent when no
+/// window on screen has it.
+std::optional<Capture> captureWindow(Platform& platform, std::int64_t window, double scale);
+
 }  // namespace quil

@@ -1,5 +1,8 @@
 #include "platform/linux/linux_window_list.h"
 
+#include <algorithm>
+
+#include "platform/linux/x11/windows/window_activation.h"
 #include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
@@ -39,6 +42,23 @@ std::optional<Value> LinuxWindowList::copyWindowInfo(std::uint32_t options, std:
         list.emplace_back(std::move(information));
     }
     return Value(std::move(list));
+}
+
+bool LinuxWindowList::activateWindow(std::int64_t number) {
+    const auto connection = display_.connection();
+    if (!connection) return false;
+    const auto windows = topLevelWindows(*connection);
+    const auto found = std::ranges::find(windows, number, &X11Window::id);
+    if (found == windows.end()) return false;
+    bringToFront(*connection, found->id);
+    return true;
+}
+
+std::optional<std::int64_t> LinuxWindowList::activeWindow() {
+    const auto connection = display_.connection();
+    const auto window =
+        connection ? linux_platform::activeWindow(*connection) : std::optional<X11Window>();
+    return window ? std::optional<std::int64_t>(window->id) : std::nullopt;
 }
 
 }  // namespace quil::linux_platform

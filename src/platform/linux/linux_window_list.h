@@ -16,6 +16,8 @@ class LinuxWindowList : public WindowList {
     /// `relativeToWindow` is ignored: every list is of the whole desktop.
     std::optional<Value> copyWindowInfo(std::uint32_t options,
                                         std::uint32_t relativeToWindow) override;
+    bool activateWindow(std::int64_t number) override;
+    std::optional<std::int64_t> activeWindow() override;
 
   private:
     X11Display& display_;

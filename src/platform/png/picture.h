@@ -28,9 +28,10 @@ struct Picture {
     std::vector<std::uint32_t> pixels;
 };
 
-/// The picture as an image of `width` by `height` pixels, each taken from the nearest pixel of the
-/// source. A whole multiple of the source's size costs nothing but the factor. Empty when the
-/// picture is empty, or the size is not one for images.
+/// The picture as an image of `width` by `height` pixels. Made smaller in both directions, each is
+/// the average of what it covers; else each is taken from the nearest pixel of the source. A whole
+/// multiple of the source's size costs nothing but the factor. Empty when the picture is empty, or
+/// the size is not one for images.
 Picture resized(Picture picture, std::int64_t width, std::int64_t height);
 
 /// A captured image that is a picture in memory.

@@ -92,6 +92,28 @@ std::int32_t SimulatedAccessibility::setAttributeValue(const ElementRef& element
     return code;
 }
 
+namespace {
+
+/// Notices the changes that come at their time. Waiting lets the desktop's time pass.
+class ScriptedChanges : public ChangeWatch {
+  public:
+    explicit ScriptedChanges(SimulatedDesktop& desktop) : desktop_(desktop) {}
+    bool wait(std::uint64_t microseconds) override {
+        return desktop_.passUntilChange(static_cast<double>(microseconds) / 1e6);
+    }
+
+  private:
+    SimulatedDesktop& desktop_;
+};
+
+}  // namespace
+
+std::unique_ptr<ChangeWatch> SimulatedAccessibility::watchChanges(std::int32_t) {
+    const auto guard = desktop_.lock();
+    if (desktop_.enter("watchChanges")) return nullptr;
+    return std::make_unique<ScriptedChanges>(desktop_);
+}
+
 std::unique_ptr<Observation> SimulatedAccessibility::beginObservation(const ObservationPlan&) {
     const auto guard = desktop_.lock();
     desktop_.enter("beginObservation");

@@ -125,6 +125,14 @@ void SimulatedDesktop::pass(DesktopClock::Nanoseconds time) {
     settle();
 }
 
+bool SimulatedDesktop::passUntilChange(double seconds) {
+    const auto limit = simulated::DesktopClock::nanoseconds(seconds);
+    const auto next = nextChange();
+    const auto left = next ? *next - clock_.passed() : limit;
+    pass(std::clamp(left, simulated::DesktopClock::Nanoseconds::zero(), limit));
+    return next && left < limit;
+}
+
 simulated::Rule& SimulatedDesktop::on(std::string_view call) {
     if (std::ranges::find(simulated::callNames(), call) == simulated::callNames().end()) {
         throw std::invalid_argument("no call of the platform: " + std::string(call));

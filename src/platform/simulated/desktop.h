@@ -130,6 +130,9 @@ class SimulatedDesktop {
     void pass(simulated::DesktopClock::Nanoseconds time);
     /// When the next change of `at` is due; nothing when there is none.
     std::optional<simulated::DesktopClock::Nanoseconds> nextChange() const;
+    /// Lets time pass until the next change that is due, that many seconds at the most. Whether one
+    /// has been made.
+    bool passUntilChange(double seconds);
     /// Waits until the taps have seen what the person did.
     void settle() { eventTaps_.settle(); }
 

@@ -74,6 +74,11 @@ void SimulatedEventPosting::setFlags(PostableEvent& event, std::uint64_t flags) 
     contentOf(event).flags = flags;
 }
 
+void SimulatedEventPosting::setIntegerValueField(PostableEvent& event, std::uint32_t field,
+                                                 std::int64_t value) {
+    if (field == kMouseEventClickState) contentOf(event).clickState = value;
+}
+
 void SimulatedEventPosting::keyboardSetUnicodeString(PostableEvent& event,
                                                      std::u16string_view text) {
     contentOf(event).text = text;

@@ -60,6 +60,12 @@ void releaseButton(SimulatedDesktop& desktop, Point point) {
     if (!enabled || enabled->boolean() != false) button->perform(desktop, "AXPress");
 }
 
+void showMenu(SimulatedDesktop& desktop, Point point) {
+    Element* element =
+        nearest(elementAt(desktop, point), [](Element& e) { return e.hasAction("AXShowMenu"); });
+    if (element) element->perform(desktop, "AXShowMenu");
+}
+
 /// The focused element if it holds text.
 Element* focusedText(SimulatedDesktop& desktop) {
     Application* application = desktop.frontmost();
@@ -88,6 +94,7 @@ void pressKey(SimulatedDesktop& desktop, const PostedEvent& event) {
 
 void actUpon(SimulatedDesktop& desktop, const PostedEvent& event) {
     if (event.type == kEventLeftMouseDown) pressButton(desktop, event.location);
+    if (event.type == kEventRightMouseDown) showMenu(desktop, event.location);
     if (event.type == kEventLeftMouseUp) releaseButton(desktop, event.location);
     if (event.type == kEventKeyDown) pressKey(desktop, event);
 }

@@ -16,6 +16,7 @@ namespace quil::simulated {
 ///   attribute "AXFocused"), from the picked one upward.
 /// - The release performs "AXPress" on the nearest element that offers it, from the picked one
 ///   upward, if that is the same as at the press and not disabled.
+/// - A right button press performs "AXShowMenu" on the nearest element that offers it.
 /// - A key press with a text adds it to the "AXValue" of the frontmost application's focused
 ///   element, if that is a string.
 /// - Command and V adds the pasteboard's plain text in the same way; the delete key without flags

@@ -20,11 +20,17 @@ struct NamedEventType {
 constexpr NamedEventType kEventTypeNames[] = {
     {kEventLeftMouseDown, "leftMouseDown"},
     {kEventLeftMouseUp, "leftMouseUp"},
+    {kEventRightMouseDown, "rightMouseDown"},
+    {kEventRightMouseUp, "rightMouseUp"},
     {kEventMouseMoved, "mouseMoved"},
     {kEventLeftMouseDragged, "leftMouseDragged"},
+    {kEventRightMouseDragged, "rightMouseDragged"},
     {kEventKeyDown, "keyDown"},
     {kEventKeyUp, "keyUp"},
     {kEventScrollWheel, "scrollWheel"},
+    {kEventOtherMouseDown, "otherMouseDown"},
+    {kEventOtherMouseUp, "otherMouseUp"},
+    {kEventOtherMouseDragged, "otherMouseDragged"},
     {kEventTapDisabledByTimeout, "tapDisabledByTimeout"},
     {kEventTapDisabledByUserInput, "tapDisabledByUserInput"},
 };
@@ -61,6 +67,21 @@ std::string describePlace(const PostedEvent& event) {
     return ' ' + decimal(event.location.x) + ',' + decimal(event.location.y);
 }
 
+std::uint32_t usualButton(std::uint32_t type) {
+    switch (type) {
+        case kEventRightMouseDown:
+        case kEventRightMouseUp:
+        case kEventRightMouseDragged:
+            return kMouseButtonRight;
+        case kEventOtherMouseDown:
+        case kEventOtherMouseUp:
+        case kEventOtherMouseDragged:
+            return kMouseButtonCenter;
+        default:
+            return kMouseButtonLeft;
+    }
+}
+
 std::string describeKey(const PostedEvent& event) {
     std::string line = ' ' + std::to_string(event.keyCode);
     if (event.flags) line += " flags " + hexadecimal(*event.flags);
@@ -90,7 +111,11 @@ struct Describe {
         } else {
             line += describePlace(event);
             if (event.type == kEventScrollWheel) line += describeWheels(event);
-            if (event.button != kMouseButtonLeft) line += " button " + std::to_string(event.button);
+            if (event.clickState) line += " click " + std::to_string(*event.clickState);
+            if (event.flags) line += " flags " + hexadecimal(*event.flags);
+            if (event.button != usualButton(event.type)) {
+                line += " button " + std::to_string(event.button);
+            }
             if (event.sourceState) line += " source " + std::to_string(*event.sourceState);
         }
         if (event.tapLocation != kHidEventTap) line += " tap " + std::to_string(event.tapLocation);
@@ -121,6 +146,11 @@ struct Describe {
 
     std::string operator()(const Launch& launch) const {
         return "openUrl " + launch.path + (launch.opened ? "" : " refused");
+    }
+
+    std::string operator()(const WindowActivation& activation) const {
+        return "activateWindow " + std::to_string(activation.number) +
+               (activation.accepted ? "" : " refused");
     }
 
     std::string operator()(const PermissionRequest& request) const {

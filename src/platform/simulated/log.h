@@ -21,6 +21,8 @@ struct PostedEvent {
     // Mouse and wheel events.
     Point location;
     std::uint32_t button = 0;
+    /// Nothing unless it was set.
+    std::optional<std::int64_t> clickState;
     // Wheel events.
     std::uint32_t units = 0;
     std::uint32_t wheelCount = 0;
@@ -29,7 +31,7 @@ struct PostedEvent {
     std::int32_t wheel3 = 0;
     // Key events.
     std::uint16_t keyCode = 0;
-    /// Nothing unless flags were set.
+    /// Of key and mouse events; nothing unless flags were set.
     std::optional<std::uint64_t> flags;
     /// Nothing unless a text was set; UTF-16 units.
     std::optional<std::u16string> text;
@@ -63,6 +65,13 @@ struct ElementCall {
     bool operator==(const ElementCall&) const = default;
 };
 
+/// A window that was asked to come to the front.
+struct WindowActivation {
+    std::int64_t number = 0;
+    bool accepted = false;
+    bool operator==(const WindowActivation&) const = default;
+};
+
 struct Pause {
     std::uint64_t microseconds = 0;
     bool operator==(const Pause&) const = default;
@@ -87,7 +96,9 @@ struct LogEntry {
     double time = 0;
     /// How many lines of standard input had reached the runtime.
     int request = 0;
-    std::variant<PostedEvent, PasteboardCall, ElementCall, Pause, Launch, PermissionRequest> what;
+    std::variant<PostedEvent, PasteboardCall, ElementCall, Pause, Launch, PermissionRequest,
+                 WindowActivation>
+        what;
 };
 
 /// The name of an event type ("leftMouseDown"), or its number.
@@ -98,6 +109,7 @@ std::optional<std::uint32_t> eventTypeNamed(std::string_view name);
 /// The entry in one line, without its time; what is as usual is left out:
 ///
 ///     leftMouseDown 100,200
+///     rightMouseDown 100,200 click 1 flags 0x20000
 ///     scrollWheel 500,300 wheels -3,0
 ///     keyDown 17 flags 0x120000
 ///     keyUp 0 text "héllo"
@@ -111,9 +123,11 @@ std::optional<std::uint32_t> eventTypeNamed(std::string_view name);
 ///     openUrl /Applications/Notes.app
 ///     openUrl /Applications/Gone.app refused
 ///     requestListenEventAccess granted
+///     activateWindow 3
+///     activateWindow 9 refused
 ///
-/// Unusual, and so said: "button 1" for another button than the left one, "tap 1" for another place
-/// than the HID tap, "source 1" for a mouse event with a source, "no source" for a key event
+/// Unusual, and so said: "button 1" for a button that does not fit the type, "tap 1" for another
+/// place than the HID tap, "source 1" for a mouse event with a source, "no source" for a key event
 /// without one, "source 0" for one with another state than the HID system state, "units 0" for
 /// another unit than lines, "count 1" for another wheel count than 2, a third wheel that is not 0,
 /// "type ..." for another pasteboard type than plain text.

@@ -40,6 +40,8 @@ class SimulatedWindowList : public WindowList, Service {
     explicit SimulatedWindowList(SimulatedDesktop& desktop) : Service(desktop) {}
     std::optional<Value> copyWindowInfo(std::uint32_t options,
                                         std::uint32_t relativeToWindow) override;
+    bool activateWindow(std::int64_t number) override;
+    std::optional<std::int64_t> activeWindow() override;
 };
 
 class SimulatedWorkspace : public Workspace, Service {
@@ -76,6 +78,7 @@ class SimulatedAccessibility : public Accessibility, Service {
     std::int32_t setAttributeValue(const ElementRef& element, std::string_view attribute,
                                    const Value& value) override;
     std::unique_ptr<Observation> beginObservation(const ObservationPlan& plan) override;
+    std::unique_ptr<ChangeWatch> watchChanges(std::int32_t pid) override;
 };
 
 class SimulatedScreenCapture : public ScreenCapture, Service {
@@ -85,6 +88,8 @@ class SimulatedScreenCapture : public ScreenCapture, Service {
                                                         bool onScreenWindowsOnly) override;
     std::unique_ptr<CapturedImage> captureImage(const ShareableWindow& window,
                                                 const StreamConfiguration& configuration) override;
+    std::unique_ptr<CapturedImage> captureDisplayImage(
+        const ShareableDisplay& display, const StreamConfiguration& configuration) override;
     std::string pngRepresentation(const CapturedImage& image) override;
 };
 
@@ -101,6 +106,8 @@ class SimulatedEventPosting : public EventPosting, Service {
                                          bool keyDown) override;
     void setLocation(PostableEvent& event, Point point) override;
     void setFlags(PostableEvent& event, std::uint64_t flags) override;
+    void setIntegerValueField(PostableEvent& event, std::uint32_t field,
+                              std::int64_t value) override;
     void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) override;
     void post(std::uint32_t tapLocation, const PostableEvent& event) override;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 
 namespace quil::simulated {
 namespace {
@@ -17,6 +18,11 @@ class Painter {
           scaleX_(picture.width / frame.width),
           scaleY_(picture.height / frame.height) {}
 
+    void paintWindow(const Window& window) {
+        paintRectangle(window.frame(), window.colour(), /*isFramed=*/false);
+        paint(window);
+    }
+
     void paint(const Element& element) {
         for (const auto& child : element.children()) {
             if (const auto rectangle = child->rectangle()) {
@@ -27,14 +33,15 @@ class Painter {
     }
 
   private:
-    void paintRectangle(const Rect& rect, std::uint32_t colour) {
+    void paintRectangle(const Rect& rect, std::uint32_t colour, bool isFramed = true) {
         const int left = pixel((rect.minX() - frame_.x) * scaleX_, picture_.width);
         const int right = pixel((rect.maxX() - frame_.x) * scaleX_, picture_.width);
         const int top = pixel((rect.minY() - frame_.y) * scaleY_, picture_.height);
         const int bottom = pixel((rect.maxY() - frame_.y) * scaleY_, picture_.height);
         for (int y = top; y < bottom; ++y) {
             for (int x = left; x < right; ++x) {
-                const bool edge = y == top || y == bottom - 1 || x == left || x == right - 1;
+                const bool edge =
+                    isFramed && (y == top || y == bottom - 1 || x == left || x == right - 1);
                 picture_
                     .pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(picture_.width) +
                             static_cast<std::size_t>(x)] = kOpaque | (edge ? kBlack : colour);
@@ -60,6 +67,17 @@ Picture drawWindow(const Window& window, std::int64_t width, std::int64_t height
     Picture picture{static_cast<int>(width), static_cast<int>(height), 1, {}};
     picture.pixels.assign(static_cast<std::size_t>(width * height), kOpaque | window.colour());
     Painter(picture, window.frame()).paint(window);
+    return picture;
+}
+
+Picture drawScreen(const std::vector<Window*>& windows, Rect frame, std::int64_t width,
+                   std::int64_t height) {
+    Picture picture{static_cast<int>(width), static_cast<int>(height), 1, {}};
+    picture.pixels.assign(static_cast<std::size_t>(width * height), kOpaque | kBlack);
+    Painter painter(picture, frame);
+    for (const Window* window : windows | std::views::reverse) {
+        if (window->onScreen()) painter.paintWindow(*window);
+    }
     return picture;
 }
 

@@ -28,6 +28,26 @@ std::optional<Value> SimulatedWindowList::copyWindowInfo(std::uint32_t options, 
     return Value(std::move(list));
 }
 
+bool SimulatedWindowList::activateWindow(std::int64_t number) {
+    const auto guard = desktop_.lock();
+    const auto windows = desktop_.windows();
+    const auto found = std::ranges::find(windows, number, &Window::number);
+    const bool accepted = !desktop_.enter("activateWindow") && found != windows.end();
+    desktop_.record(WindowActivation{number, accepted});
+    if (!accepted) return false;
+    (*found)->onScreen(true);
+    desktop_.raise(**found);
+    if (Application* owner = (*found)->owner()) owner->activate().focusWindow(*found);
+    return true;
+}
+
+std::optional<std::int64_t> SimulatedWindowList::activeWindow() {
+    const auto guard = desktop_.lock();
+    if (desktop_.enter("activeWindow") || !desktop_.frontmost()) return {};
+    const auto* window = dynamic_cast<const Window*>(desktop_.frontmost()->focusedWindow());
+    return window ? std::optional<std::int64_t>(window->number()) : std::nullopt;
+}
+
 std::optional<ShareableContent> SimulatedScreenCapture::getShareableContent(
     bool excludingDesktopWindows, bool onScreenWindowsOnly) {
     const auto guard = desktop_.lock();
@@ -42,6 +62,9 @@ std::optional<ShareableContent> SimulatedScreenCapture::getShareableContent(
         if (window->owner()) shareable.owningProcessId = window->owner()->pid();
         content.windows.push_back(shareable);
     }
+    for (const SimulatedDesktop::Display& display : desktop_.displays) {
+        content.displays.push_back({display.id, display.bounds});
+    }
     return content;
 }
 
@@ -55,6 +78,17 @@ std::unique_ptr<CapturedImage> SimulatedScreenCapture::captureImage(
     if (found == windows.end()) return nullptr;
     return std::make_unique<PictureImage>(
         drawWindow(**found, configuration.width, configuration.height));
+}
+
+std::unique_ptr<CapturedImage> SimulatedScreenCapture::captureDisplayImage(
+    const ShareableDisplay& display, const StreamConfiguration& configuration) {
+    const auto guard = desktop_.lock();
+    if (desktop_.enter("captureDisplayImage") || !desktop_.permissions.screenRecording) {
+        return nullptr;
+    }
+    if (!isImageSize(configuration.width, configuration.height)) return nullptr;
+    return std::make_unique<PictureImage>(
+        drawScreen(desktop_.windows(), display.frame, configuration.width, configuration.height));
 }
 
 std::string SimulatedScreenCapture::pngRepresentation(const CapturedImage& image) {

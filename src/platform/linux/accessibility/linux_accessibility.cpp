@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "platform/linux/accessibility/application_windows.h"
+#include "platform/linux/accessibility/atspi_change_watch.h"
 #include "platform/linux/accessibility/element_actions.h"
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/focused_window.h"
@@ -53,6 +54,10 @@ std::unique_ptr<Observation> LinuxAccessibility::beginObservation(const Observat
     tree_ = std::make_unique<ObservedTree>(bus_, places_, *root, plan);
     observedRoot_ = plan.root;
     return std::make_unique<CurrentObservation>(*this);
+}
+
+std::unique_ptr<ChangeWatch> LinuxAccessibility::watchChanges(std::int32_t pid) {
+    return AtspiChangeWatch::begin(pid);
 }
 
 ObservedElement* LinuxAccessibility::observed(const ElementRef& element) {

@@ -34,7 +34,10 @@ Json keyJson(const PostedEvent& event) {
 }
 
 Json mouseJson(const PostedEvent& event) {
-    return {{"point", {event.location.x, event.location.y}}, {"button", event.button}};
+    return {{"point", {event.location.x, event.location.y}},
+            {"button", event.button},
+            {"click", orNull(event.clickState)},
+            {"flags", orNull(event.flags)}};
 }
 
 Json wheelJson(const PostedEvent& event) {
@@ -82,6 +85,12 @@ struct ToJson {
 
     Json operator()(const Launch& launch) const {
         return {{"call", "openUrl"}, {"path", launch.path}, {"opened", launch.opened}};
+    }
+
+    Json operator()(const WindowActivation& activation) const {
+        return {{"call", "activateWindow"},
+                {"window", activation.number},
+                {"accepted", activation.accepted}};
     }
 
     Json operator()(const PermissionRequest& request) const {

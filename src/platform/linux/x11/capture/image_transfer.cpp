@@ -65,8 +65,8 @@ SharedSegment::~SharedSegment() {
     if (memory_) munmap(memory_, size_);
 }
 
-const std::uint8_t* ImageTransfer::fetch(xcb_pixmap_t pixmap, int x, int y, int width, int height,
-                                         std::size_t size) {
+const std::uint8_t* ImageTransfer::fetch(xcb_drawable_t drawable, int x, int y, int width,
+                                         int height, std::size_t size) {
     xcb_connection_t* const server = connection_->get();
     const auto left = static_cast<std::int16_t>(x);
     const auto top = static_cast<std::int16_t>(y);
@@ -81,13 +81,13 @@ const std::uint8_t* ImageTransfer::fetch(xcb_pixmap_t pixmap, int x, int y, int 
     if (segment_) {
         const auto answer = connection_->reply(
             xcb_shm_get_image_reply,
-            xcb_shm_get_image(server, pixmap, left, top, columns, rows, kAllPlanes,
+            xcb_shm_get_image(server, drawable, left, top, columns, rows, kAllPlanes,
                               XCB_IMAGE_FORMAT_Z_PIXMAP, segment_->id(), 0));
         return answer && answer->size == size ? segment_->bytes() : nullptr;
     }
-    reply_ = connection_->reply(xcb_get_image_reply,
-                                xcb_get_image(server, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, left, top,
-                                              columns, rows, kAllPlanes));
+    reply_ = connection_->reply(
+        xcb_get_image_reply, xcb_get_image(server, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, left, top,
+                                           columns, rows, kAllPlanes));
     if (!reply_ || static_cast<std::size_t>(xcb_get_image_data_length(reply_.get())) < size) {
         return nullptr;
     }

@@ -34,15 +34,15 @@ class SharedSegment {
     std::size_t size_;
 };
 
-/// Fetches the pixels of pixmaps, the fastest way that the server offers.
+/// Fetches the pixels of pixmaps and windows, the fastest way that the server offers.
 class ImageTransfer {
   public:
     explicit ImageTransfer(std::shared_ptr<X11Connection> connection)
         : connection_(std::move(connection)) {}
 
-    /// The pixels of a rectangle of the pixmap, which covers it, `size` bytes in all. Null when the
-    /// pixmap has gone or the server sends something else. Valid until the next call.
-    const std::uint8_t* fetch(xcb_pixmap_t pixmap, int x, int y, int width, int height,
+    /// The pixels of a rectangle of the pixmap or window, which covers it, `size` bytes in all.
+    /// Null when it has gone or the server sends something else. Valid until the next call.
+    const std::uint8_t* fetch(xcb_drawable_t drawable, int x, int y, int width, int height,
                               std::size_t size);
 
   private:

@@ -1,8 +1,11 @@
 #include "platform/linux/x11/capture/linux_screen_capture.h"
 
+#include <algorithm>
+
 #include "platform/linux/x11/capture/pixel_format.h"
 #include "platform/linux/x11/capture/window_content.h"
 #include "platform/linux/x11/capture/window_shape.h"
+#include "platform/linux/x11/displays/displays.h"
 #include "platform/linux/x11/windows/window_stack.h"
 #include "platform/png/picture.h"
 #include "platform/png/png_encoder.h"
@@ -49,6 +52,13 @@ std::optional<ShareableContent> LinuxScreenCapture::getShareableContent(
         if (excludingDesktopWindows && window.isDesktopElement) continue;
         content.windows.push_back({window.id, window.layer, window.pid, window.frame});
     }
+    X11Displays displays(display_);
+    std::uint32_t count = 0;
+    if (displays.getActiveDisplayList(0, nullptr, &count) != 0) return content;
+    std::vector<std::uint32_t> ids(count);
+    if (displays.getActiveDisplayList(count, ids.data(), &count) != 0) return content;
+    ids.resize(std::min<std::size_t>(ids.size(), count));
+    for (const std::uint32_t id : ids) content.displays.push_back({id, displays.displayBounds(id)});
     return content;
 }
 
@@ -77,6 +87,32 @@ std::unique_ptr<CapturedImage> LinuxScreenCapture::captureImage(
     Picture picture = pictureFromImage(pixels, part.width, part.height, *format);
     clipToShape(connection, window.windowId, part.x - content->x, part.y - content->y, picture);
     picture = resized(std::move(picture), configuration.width, configuration.height);
+    if (picture.width == 0) return nullptr;
+    return std::make_unique<PictureImage>(std::move(picture));
+}
+
+std::unique_ptr<CapturedImage> LinuxScreenCapture::captureDisplayImage(
+    const ShareableDisplay& display, const StreamConfiguration& configuration) {
+    Session* const with = session();
+    if (!with) return nullptr;
+    X11Connection& connection = *with->connection;
+    const auto root = connection.reply(xcb_get_geometry_reply,
+                                       xcb_get_geometry(connection.get(), connection.root()));
+    const Rect& frame = display.frame;
+    if (!root || frame.minX() < 0 || frame.minY() < 0 || frame.maxX() > root->width ||
+        frame.maxY() > root->height || frame.width < 1 || frame.height < 1) {
+        return nullptr;
+    }
+    const auto format = readPixelFormat(connection, root->depth, connection.screen().root_visual);
+    if (!format) return nullptr;
+    const int width = static_cast<int>(frame.width);
+    const int height = static_cast<int>(frame.height);
+    const std::uint8_t* pixels = with->transfer.fetch(
+        connection.root(), static_cast<int>(frame.x), static_cast<int>(frame.y), width, height,
+        format->rowBytes(width) * static_cast<std::size_t>(height));
+    if (!pixels) return nullptr;
+    Picture picture = resized(pictureFromImage(pixels, width, height, *format), configuration.width,
+                              configuration.height);
     if (picture.width == 0) return nullptr;
     return std::make_unique<PictureImage>(std::move(picture));
 }

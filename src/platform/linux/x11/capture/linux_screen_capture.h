@@ -10,7 +10,8 @@
 namespace quil::linux_platform {
 
 /// Pictures of windows from the pixmaps that the Composite extension keeps for them. A window is
-/// the one of the window list, without its frame and shadows; the pointer is never in a pixmap.
+/// the one of the window list, without its frame and shadows. Pictures of displays from the root
+/// window. The pointer is in neither.
 class LinuxScreenCapture : public ScreenCapture {
   public:
     /// `display` outlives this service.
@@ -21,6 +22,9 @@ class LinuxScreenCapture : public ScreenCapture {
     /// Nothing, too, when the window was resized since the content was asked for.
     std::unique_ptr<CapturedImage> captureImage(const ShareableWindow& window,
                                                 const StreamConfiguration& configuration) override;
+    /// Nothing, too, when the display has changed since the content was asked for.
+    std::unique_ptr<CapturedImage> captureDisplayImage(
+        const ShareableDisplay& display, const StreamConfiguration& configuration) override;
     std::string pngRepresentation(const CapturedImage& image) override;
 
   private:

@@ -13,6 +13,8 @@ namespace quil::linux_platform {
 namespace {
 
 constexpr std::uint8_t kLeftButton = 1;
+constexpr std::uint8_t kMiddleButton = 2;
+constexpr std::uint8_t kRightButton = 3;
 constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
 constexpr std::uint8_t kWheelLeft = 6;
@@ -33,6 +35,21 @@ std::int16_t pixel(double coordinate) {
 void moveTo(X11Connection& connection, Point point) {
     xcb_test_fake_input(connection.get(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, connection.root(),
                         pixel(point.x), pixel(point.y), 0);
+}
+
+bool isButtonPress(std::uint32_t type) {
+    return type == kEventLeftMouseDown || type == kEventRightMouseDown ||
+           type == kEventOtherMouseDown;
+}
+
+bool isButtonRelease(std::uint32_t type) {
+    return type == kEventLeftMouseUp || type == kEventRightMouseUp || type == kEventOtherMouseUp;
+}
+
+/// The number of the button that clients see.
+std::uint8_t buttonOf(const PostedEvent& event) {
+    if (event.button == kMouseButtonRight) return kRightButton;
+    return event.button == kMouseButtonCenter ? kMiddleButton : kLeftButton;
 }
 
 /// `delay` is in milliseconds, kept by the server.
@@ -72,26 +89,21 @@ void PointerOutput::turnWheel(X11Connection& connection, std::int32_t amount, st
 
 void PointerOutput::send(X11Connection& connection, const PostedEvent& event,
                          xcb_window_t runtime) {
-    const bool isPress = event.type == kEventLeftMouseDown;
-    const bool isButton = isPress || event.type == kEventLeftMouseUp;
-    const std::uint8_t left = isButton ? deviceButton(connection, kLeftButton) : kLeftButton;
+    const bool isPress = isButtonPress(event.type);
+    const std::uint8_t button = isPress || isButtonRelease(event.type)
+                                    ? deviceButton(connection, buttonOf(event))
+                                    : kLeftButton;
     if (isPress) releaseButtonLeftBehind(connection);
     moveTo(connection, event.location);
-    switch (event.type) {
-        case kEventLeftMouseDown:
-            notePressedButton(connection, runtime, left);
-            sendButton(connection, left, true, kPressDelay);
-            break;
-        case kEventLeftMouseUp:
-            sendButton(connection, left, false);
-            noteReleasedButton(connection);
-            break;
-        case kEventScrollWheel:
-            turnWheel(connection, event.wheel1, kWheelUp, kWheelDown);
-            turnWheel(connection, event.wheel2, kWheelLeft, kWheelRight);
-            break;
-        default:
-            break;
+    if (isPress) {
+        notePressedButton(connection, runtime, button);
+        sendButton(connection, button, true, kPressDelay);
+    } else if (isButtonRelease(event.type)) {
+        sendButton(connection, button, false);
+        noteReleasedButton(connection);
+    } else if (event.type == kEventScrollWheel) {
+        turnWheel(connection, event.wheel1, kWheelUp, kWheelDown);
+        turnWheel(connection, event.wheel2, kWheelLeft, kWheelRight);
     }
     xcb_flush(connection.get());
 }

@@ -1,4 +1,5 @@
 #include "platform/linux/x11/input/x11_event_posting.h"
+#include "platform/linux/x11/input/modifier_keys.h"
 
 #include <xcb/xtest.h>
 
@@ -105,6 +106,10 @@ void X11EventPosting::keyboardSetUnicodeString(PostableEvent& event, std::u16str
 
 void X11EventPosting::post(std::uint32_t, const PostableEvent& event) {
     const auto& posted = static_cast<const PostedEvent&>(event);
+    if (isModifierKey(posted)) {
+        if (const auto server = connection()) holdModifierKey(*server, posted);
+        return;
+    }
     if (posted.source) return posted.source->post(posted);
     const auto server = connection();
     if (!server) return;

@@ -29,6 +29,7 @@ class X11EventPosting : public EventPosting {
                                          bool keyDown) override;
     void setLocation(PostableEvent& event, Point point) override;
     void setFlags(PostableEvent& event, std::uint64_t flags) override;
+    void setIntegerValueField(PostableEvent&, std::uint32_t, std::int64_t) override {}
     void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) override;
     void post(std::uint32_t tapLocation, const PostableEvent& event) override;
 

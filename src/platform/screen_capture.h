@@ -10,8 +10,8 @@
 
 namespace quil {
 
-/// What the platform itself needs to know of a window in order to capture it, opaque above the
-/// backends.
+/// What the platform itself needs to know of a window or display in order to capture it, opaque
+/// above the backends.
 class PlatformWindow {
   public:
     virtual ~PlatformWindow() = default;
@@ -37,6 +37,9 @@ struct ShareableDisplay {
     std::uint32_t displayId = 0;
     /// In global screen coordinates.
     Rect frame;
+    /// Comes with the listing and goes back to `captureDisplayImage`; null where the number is
+    /// enough.
+    std::shared_ptr<const PlatformWindow> platformDisplay = nullptr;
 };
 
 /// The capturable content of the desktop, windows in the platform's order.

@@ -17,6 +17,7 @@ class MacAccessibility : public Accessibility {
     std::int32_t setAttributeValue(const ElementRef& element, std::string_view attribute,
                                    const Value& value) override;
     std::unique_ptr<Observation> beginObservation(const ObservationPlan& plan) override;
+    std::unique_ptr<ChangeWatch> watchChanges(std::int32_t pid) override;
 
   private:
     AxCalls calls_;

@@ -2,6 +2,7 @@
 
 #import <ApplicationServices/ApplicationServices.h>
 
+#import "platform/macos/ax_change_watch.h"
 #import "platform/macos/ns_strings.h"
 #import "platform/macos/values.h"
 
@@ -47,6 +48,10 @@ std::int32_t MacAccessibility::setAttributeValue(const ElementRef& element,
 
 std::unique_ptr<Observation> MacAccessibility::beginObservation(const ObservationPlan& plan) {
     return std::make_unique<AxObservation>(calls_, plan, observation_);
+}
+
+std::unique_ptr<ChangeWatch> MacAccessibility::watchChanges(std::int32_t pid) {
+    return AxChangeWatch::begin(pid);
 }
 
 }  // namespace quil::macos

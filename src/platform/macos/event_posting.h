@@ -17,6 +17,8 @@ class MacEventPosting : public EventPosting {
                                          bool keyDown) override;
     void setLocation(PostableEvent& event, Point point) override;
     void setFlags(PostableEvent& event, std::uint64_t flags) override;
+    void setIntegerValueField(PostableEvent& event, std::uint32_t field,
+                              std::int64_t value) override;
     void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) override;
     void post(std::uint32_t tapLocation, const PostableEvent& event) override;
 };

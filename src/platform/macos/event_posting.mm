@@ -69,6 +69,11 @@ void MacEventPosting::setFlags(PostableEvent& event, std::uint64_t flags) {
     CGEventSetFlags(eventOf(event), static_cast<CGEventFlags>(flags));
 }
 
+void MacEventPosting::setIntegerValueField(PostableEvent& event, std::uint32_t field,
+                                           std::int64_t value) {
+    CGEventSetIntegerValueField(eventOf(event), static_cast<CGEventField>(field), value);
+}
+
 void MacEventPosting::keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) {
     CGEventKeyboardSetUnicodeString(eventOf(event), text.size(),
                                     reinterpret_cast<const UniChar*>(text.data()));

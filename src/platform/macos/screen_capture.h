@@ -11,6 +11,8 @@ class MacScreenCapture : public ScreenCapture {
                                                         bool onScreenWindowsOnly) override;
     std::unique_ptr<CapturedImage> captureImage(const ShareableWindow& window,
                                                 const StreamConfiguration& configuration) override;
+    std::unique_ptr<CapturedImage> captureDisplayImage(
+        const ShareableDisplay& display, const StreamConfiguration& configuration) override;
     std::string pngRepresentation(const CapturedImage& image) override;
 };
 

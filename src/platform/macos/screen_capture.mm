@@ -19,6 +19,11 @@ struct ListedWindow : PlatformWindow {
     SCWindow* const window;
 };
 
+struct ListedDisplay : PlatformWindow {
+    explicit ListedDisplay(SCDisplay* object) : display(object) {}
+    SCDisplay* const display;
+};
+
 struct MacImage : CapturedImage {
     explicit MacImage(CfRef<CGImageRef> object) : image(std::move(object)) {}
     const CfRef<CGImageRef> image;
@@ -38,34 +43,17 @@ ShareableWindow described(SCWindow* window) {
     return result;
 }
 
-}  // namespace
-
-std::optional<ShareableContent> MacScreenCapture::getShareableContent(bool excludingDesktopWindows,
-                                                                      bool onScreenWindowsOnly) {
-    const auto delivery = std::make_shared<Delivery<SCShareableContent*>>();
-    [SCShareableContent
-        getShareableContentExcludingDesktopWindows:excludingDesktopWindows
-                               onScreenWindowsOnly:onScreenWindowsOnly
-                                 completionHandler:^(SCShareableContent* content, NSError* error) {
-                                   delivery->deliver(error ? nil : content);
-                                 }];
-    SCShareableContent* content = delivery->await(kPatience);
-    if (!content) return {};
-    ShareableContent result;
-    for (SCWindow* window in content.windows) result.windows.push_back(described(window));
-    return result;
+ShareableDisplay described(SCDisplay* display) {
+    const CGRect frame = display.frame;
+    return {.displayId = display.displayID,
+            .frame = {frame.origin.x, frame.origin.y, frame.size.width, frame.size.height},
+            .platformDisplay = std::make_shared<ListedDisplay>(display)};
 }
 
-std::unique_ptr<CapturedImage> MacScreenCapture::captureImage(
-    const ShareableWindow& window, const StreamConfiguration& configuration) {
-    if (!window.platformWindow || configuration.width < 1 || configuration.height < 1) {
-        return nullptr;
-    }
+std::unique_ptr<CapturedImage> capture(SCContentFilter* filter,
+                                       const StreamConfiguration& configuration) {
+    if (configuration.width < 1 || configuration.height < 1) return nullptr;
     if (@available(macOS 14.0, *)) {
-        SCContentFilter* filter = [[SCContentFilter alloc]
-            initWithDesktopIndependentWindow:static_cast<const ListedWindow&>(
-                                                 *window.platformWindow)
-                                                 .window];
         SCStreamConfiguration* settings = [[SCStreamConfiguration alloc] init];
         settings.width = static_cast<std::size_t>(configuration.width);
         settings.height = static_cast<std::size_t>(configuration.height);
@@ -81,6 +69,45 @@ std::unique_ptr<CapturedImage> MacScreenCapture::captureImage(
         if (image) return std::make_unique<MacImage>(std::move(image));
     }
     return nullptr;
+}
+
+}  // namespace
+
+std::optional<ShareableContent> MacScreenCapture::getShareableContent(bool excludingDesktopWindows,
+                                                                      bool onScreenWindowsOnly) {
+    const auto delivery = std::make_shared<Delivery<SCShareableContent*>>();
+    [SCShareableContent
+        getShareableContentExcludingDesktopWindows:excludingDesktopWindows
+                               onScreenWindowsOnly:onScreenWindowsOnly
+                                 completionHandler:^(SCShareableContent* content, NSError* error) {
+                                   delivery->deliver(error ? nil : content);
+                                 }];
+    SCShareableContent* content = delivery->await(kPatience);
+    if (!content) return {};
+    ShareableContent result;
+    for (SCWindow* window in content.windows) result.windows.push_back(described(window));
+    for (SCDisplay* display in content.displays) result.displays.push_back(described(display));
+    return result;
+}
+
+std::unique_ptr<CapturedImage> MacScreenCapture::captureImage(
+    const ShareableWindow& window, const StreamConfiguration& configuration) {
+    if (!window.platformWindow) return nullptr;
+    return capture(
+        [[SCContentFilter alloc] initWithDesktopIndependentWindow:static_cast<const ListedWindow&>(
+                                                                      *window.platformWindow)
+                                                                      .window],
+        configuration);
+}
+
+std::unique_ptr<CapturedImage> MacScreenCapture::captureDisplayImage(
+    const ShareableDisplay& display, const StreamConfiguration& configuration) {
+    if (!display.platformDisplay) return nullptr;
+    return capture(
+        [[SCContentFilter alloc]
+             initWithDisplay:static_cast<const ListedDisplay&>(*display.platformDisplay).display
+            excludingWindows:@[]],
+        configuration);
 }
 
 std::string MacScreenCapture::pngRepresentation(const CapturedImage& image) {

@@ -76,6 +76,7 @@ class CombinedReads : public Accessibility, public AxReads {
     std::unique_ptr<Observation> beginObservation(const ObservationPlan& plan) override {
         return std::make_unique<AxObservation>(*this, plan, observation_);
     }
+    std::unique_ptr<ChangeWatch> watchChanges(std::int32_t) override { return nullptr; }
 
   private:
     bool hangs() {

@@ -16,6 +16,7 @@ enum NSApplicationActivationPolicy : NSInteger {
 
 @interface NSRunningApplication : NSObject
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid;
+- (BOOL)activateWithOptions:(NSUInteger)options;
 @property(readonly) pid_t processIdentifier;
 @property(readonly) NSApplicationActivationPolicy activationPolicy;
 @property(readonly, copy) NSString* bundleIdentifier;

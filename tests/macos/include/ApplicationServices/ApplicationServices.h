@@ -44,6 +44,14 @@ AXError AXUIElementPerformAction(AXUIElementRef element, CFStringRef action);
 AXError AXUIElementSetAttributeValue(AXUIElementRef element, CFStringRef attribute,
                                      CFTypeRef value);
 
+using AXObserverRef = struct __AXObserver*;
+using AXObserverCallback = void (*)(AXObserverRef observer, AXUIElementRef element,
+                                    CFStringRef notification, void* context);
+AXError AXObserverCreate(pid_t pid, AXObserverCallback callback, AXObserverRef* observer);
+AXError AXObserverAddNotification(AXObserverRef observer, AXUIElementRef element,
+                                  CFStringRef notification, void* context);
+CFRunLoopSourceRef AXObserverGetRunLoopSource(AXObserverRef observer);
+
 CFTypeID AXValueGetTypeID();
 Boolean AXValueGetValue(AXValueRef value, AXValueType type, void* result);
 

@@ -42,6 +42,7 @@ extern const CFAllocatorRef kCFAllocatorDefault;
 extern const CFBooleanRef kCFBooleanTrue;
 extern const CFBooleanRef kCFBooleanFalse;
 extern const CFRunLoopMode kCFRunLoopCommonModes;
+extern const CFRunLoopMode kCFRunLoopDefaultMode;
 
 CFTypeID CFStringGetTypeID();
 CFTypeID CFBooleanGetTypeID();
@@ -76,6 +77,11 @@ struct CFRunLoopSourceContext {
 CFRunLoopRef CFRunLoopGetCurrent();
 CFRunLoopRef CFRunLoopGetMain();
 void CFRunLoopRun();
+enum CFRunLoopRunResult : SInt32 {
+    kCFRunLoopRunFinished = 1,
+};
+CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, double seconds,
+                                      Boolean returnAfterSourceHandled);
 void CFRunLoopStop(CFRunLoopRef runLoop);
 void CFRunLoopWakeUp(CFRunLoopRef runLoop);
 void CFRunLoopPerformBlock(CFRunLoopRef runLoop, CFTypeRef mode, void (^block)(void));

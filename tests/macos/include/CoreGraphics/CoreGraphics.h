@@ -56,11 +56,17 @@ using CGKeyCode = std::uint16_t;
 enum CGEventType : std::uint32_t {
     kCGEventLeftMouseDown = 1,
     kCGEventLeftMouseUp = 2,
+    kCGEventRightMouseDown = 3,
+    kCGEventRightMouseUp = 4,
     kCGEventMouseMoved = 5,
     kCGEventLeftMouseDragged = 6,
+    kCGEventRightMouseDragged = 7,
     kCGEventKeyDown = 10,
     kCGEventKeyUp = 11,
     kCGEventScrollWheel = 22,
+    kCGEventOtherMouseDown = 25,
+    kCGEventOtherMouseUp = 26,
+    kCGEventOtherMouseDragged = 27,
     kCGEventTapDisabledByTimeout = 0xFFFFFFFE,
     kCGEventTapDisabledByUserInput = 0xFFFFFFFF,
 };
@@ -72,10 +78,15 @@ enum : CGEventFlags {
     kCGEventFlagMaskAlternate = 0x00080000,
     kCGEventFlagMaskCommand = 0x00100000,
 };
-enum CGMouseButton : std::uint32_t { kCGMouseButtonLeft = 0 };
+enum CGMouseButton : std::uint32_t {
+    kCGMouseButtonLeft = 0,
+    kCGMouseButtonRight = 1,
+    kCGMouseButtonCenter = 2,
+};
 enum CGScrollEventUnit : std::uint32_t { kCGScrollEventUnitLine = 1 };
 enum CGEventSourceStateID : std::int32_t { kCGEventSourceStateHIDSystemState = 1 };
 enum CGEventField : std::uint32_t {
+    kCGMouseEventClickState = 1,
     kCGKeyboardEventKeycode = 9,
     kCGScrollWheelEventDeltaAxis1 = 11,
 };
@@ -101,6 +112,7 @@ CGEventTimestamp CGEventGetTimestamp(CGEventRef event);
 CGEventFlags CGEventGetFlags(CGEventRef event);
 void CGEventSetFlags(CGEventRef event, CGEventFlags flags);
 std::int64_t CGEventGetIntegerValueField(CGEventRef event, CGEventField field);
+void CGEventSetIntegerValueField(CGEventRef event, CGEventField field, std::int64_t value);
 
 CFMachPortRef CGEventTapCreate(CGEventTapLocation tap, CGEventTapPlacement place,
                                CGEventTapOptions options, CGEventMask eventsOfInterest,

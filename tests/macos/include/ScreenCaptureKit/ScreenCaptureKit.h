@@ -15,16 +15,23 @@
 @property(readonly) SCRunningApplication* owningApplication;
 @end
 
+@interface SCDisplay : NSObject
+@property(readonly) CGDirectDisplayID displayID;
+@property(readonly) CGRect frame;
+@end
+
 @interface SCShareableContent : NSObject
 + (void)getShareableContentExcludingDesktopWindows:(BOOL)excludeDesktopWindows
                                onScreenWindowsOnly:(BOOL)onScreenWindowsOnly
                                  completionHandler:
                                      (void (^)(SCShareableContent* content, NSError* error))handler;
 @property(readonly) NSArray<SCWindow*>* windows;
+@property(readonly) NSArray<SCDisplay*>* displays;
 @end
 
 @interface SCContentFilter : NSObject
 - (instancetype)initWithDesktopIndependentWindow:(SCWindow*)window;
+- (instancetype)initWithDisplay:(SCDisplay*)display excludingWindows:(NSArray<SCWindow*>*)excluded;
 @end
 
 @interface SCStreamConfiguration : NSObject

@@ -1,7 +1,7 @@
 #include "input/pointer.h"
 
 #include <algorithm>
-#include <ranges>
+#include <iterator>
 #include <utility>
 
 #include "platform/virtual_keys.h"
@@ -35,10 +35,11 @@ class HeldModifiers {
     HeldModifiers(const HeldModifiers&) = delete;
     HeldModifiers& operator=(const HeldModifiers&) = delete;
     ~HeldModifiers() {
-        for (const auto& [flag, key] : kModifierKeys | std::views::reverse) {
-            if ((held_ & flag) == 0) continue;
-            held_ &= ~flag;
-            post(key, false);
+        for (auto modifier = std::rbegin(kModifierKeys); modifier != std::rend(kModifierKeys);
+             ++modifier) {
+            if ((held_ & modifier->first) == 0) continue;
+            held_ &= ~modifier->first;
+            post(modifier->second, false);
         }
     }
 

@@ -181,7 +181,9 @@ class Extensions(unittest.TestCase):
             self.assertEqual(host.error("desktop_window_activate"), {"message": "window is required"})
             self.assertEqual(host.error("desktop_window_activate", window=99), {
                 "code": "COMPUTER_CONTROL_UNSUPPORTED_OPERATION", "message": "window not found"})
-        with Simulated({**scenario, "rules": [{"call": "activeWindow", "fails": True}]}) as host:
+
+    def test_a_window_that_does_not_come(self):
+        with Simulated(desktop(rules=[{"call": "activeWindow", "fails": True}])) as host:
             self.assertEqual(host.error("desktop_window_activate", window=1), {
                 "code": "COMPUTER_CONTROL_COMMAND_FAILED",
                 "message": "window did not come to the front"})

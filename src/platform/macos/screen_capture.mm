@@ -106,7 +106,7 @@ std::unique_ptr<CapturedImage> MacScreenCapture::captureDisplayImage(
     return capture(
         [[SCContentFilter alloc]
              initWithDisplay:static_cast<const ListedDisplay&>(*display.platformDisplay).display
-            excludingWindows:@[]],
+            excludingWindows:[[NSArray alloc] init]],
         configuration);
 }
 

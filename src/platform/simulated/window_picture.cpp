@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
 
 namespace quil::simulated {
 namespace {
@@ -75,8 +74,8 @@ Picture drawScreen(const std::vector<Window*>& windows, Rect frame, std::int64_t
     Picture picture{static_cast<int>(width), static_cast<int>(height), 1, {}};
     picture.pixels.assign(static_cast<std::size_t>(width * height), kOpaque | kBlack);
     Painter painter(picture, frame);
-    for (const Window* window : windows | std::views::reverse) {
-        if (window->onScreen()) painter.paintWindow(*window);
+    for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
+        if ((*window)->onScreen()) painter.paintWindow(**window);
     }
     return picture;
 }

@@ -47,6 +47,17 @@ void quil::substitute::applicationObjectNeeded(const char* call) {
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid {
     return [self of:services->workspace().runningApplicationWithProcessIdentifier(pid)];
 }
+/// The first window of the application comes to the front with it.
+- (BOOL)activateWithOptions:(NSUInteger)options {
+    const auto windows = services->windowList().copyWindowInfo(0, 0);
+    for (const Value& window : *windows->list()) {
+        const Value* owner = findMember(*window.dictionary(), kWindowOwnerPid);
+        if (!owner || owner->integer() != facts_.processIdentifier) continue;
+        return services->windowList().activateWindow(
+            *findMember(*window.dictionary(), kWindowNumber)->integer());
+    }
+    return false;
+}
 - (pid_t)processIdentifier {
     return facts_.processIdentifier;
 }

@@ -46,6 +46,24 @@ id placeholder(AXError error) {
     return value;
 }
 
+/// Windows come to the front among those of their application, whether or not the scenario gives
+/// them the action.
+AXError raise(UIElement* element) {
+    id title = nil;
+    readAttribute(element, (__bridge CFStringRef) @"AXTitle", title);
+    const auto windows = services->windowList().copyWindowInfo(0, 0);
+    for (const Value& window : *windows->list()) {
+        const Value* owner = findMember(*window.dictionary(), kWindowOwnerPid);
+        const std::string* name = findString(*window.dictionary(), kWindowName);
+        if (!owner || owner->integer() != element->process || !name || !title) continue;
+        if (*name != utf8(title)) continue;
+        services->windowList().activateWindow(
+            *findMember(*window.dictionary(), kWindowNumber)->integer());
+        return kAXErrorSuccess;
+    }
+    return kAXErrorActionUnsupported;
+}
+
 }  // namespace
 
 extern "C" {
@@ -109,6 +127,9 @@ AXError AXUIElementCopyActionNames(AXUIElementRef element, CFArrayRef* names) {
 
 AXError AXUIElementPerformAction(AXUIElementRef element, CFStringRef action) {
     const Call call;
+    if (utf8((__bridge NSString*)action) == "AXRaise") {
+        return raise(elementOf(element, "AXUIElementPerformAction"));
+    }
     return static_cast<AXError>(services->accessibility().performAction(
         elementOf(element, "AXUIElementPerformAction")->element, utf8((__bridge NSString*)action)));
 }

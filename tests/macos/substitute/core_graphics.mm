@@ -139,6 +139,10 @@ CGEventFlags CGEventGetFlags(CGEventRef event) {
 void CGEventSetFlags(CGEventRef event, CGEventFlags flags) {
     services->eventPosting().setFlags(postable(event, "CGEventSetFlags"), flags);
 }
+void CGEventSetIntegerValueField(CGEventRef event, CGEventField field, std::int64_t value) {
+    services->eventPosting().setIntegerValueField(postable(event, "CGEventSetIntegerValueField"),
+                                                  field, value);
+}
 std::int64_t CGEventGetIntegerValueField(CGEventRef reference, CGEventField field) {
     const EventObject* event = eventOf(reference, "CGEventGetIntegerValueField");
     if (field == kCGKeyboardEventKeycode) return event->keyCode;

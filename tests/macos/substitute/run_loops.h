@@ -15,6 +15,14 @@ struct PortLife {
     }
 };
 
+/// Holds the one reference to a source.
+struct OwnedSource {
+    CFRunLoopSourceRef reference = nullptr;
+    ~OwnedSource() {
+        if (reference) CFRelease(reference);
+    }
+};
+
 /// One turn of the main run loop: returns after a source has been performed; false, at once, when
 /// there is none.
 bool runMainLoopOnce();
@@ -36,11 +44,23 @@ void emptyMainLoop();
     quil::substitute::PortLife life;
 }
 @end
+/// AXObserverRef: notices changes of the simulated desktop, and tells of each with every
+/// notification that it was asked for.
+@interface AXObserverObject : NSObject {
+  @public
+    std::unique_ptr<quil::ChangeWatch> watch;
+    AXObserverCallback callback;
+    std::vector<std::pair<NSString*, void*>> notifications;
+    quil::substitute::OwnedSource source;
+}
+@end
 @interface RunLoopSourceObject : NSObject {
   @public
     // Of a tap.
     quil::RunLoopSourceRef served;
     MachPort* port;
+    // Of an observer of notifications.
+    __unsafe_unretained AXObserverObject* observer;
     // Of the main run loop.
     CFRunLoopSourceContext context;
     bool valid, signalled;

@@ -17,6 +17,8 @@ using namespace quil::substitute;
 @end
 @implementation RunLoopSourceObject
 @end
+@implementation AXObserverObject
+@end
 @implementation NSRunLoop
 + (NSRunLoop*)mainRunLoop {
     static NSRunLoop* loop = singleton([[NSRunLoop alloc] init]);
@@ -58,6 +60,9 @@ RunLoopObject* own(CFRunLoopRef loop, const char* call) {
 RunLoopSourceObject* own(CFRunLoopSourceRef source, const char* call) {
     return substitute::own<RunLoopSourceObject>(source, call);
 }
+
+/// The observers that the thread's run loop serves.
+thread_local std::vector<AXObserverObject*> observers;
 
 void commonModesOnly(CFTypeRef mode, const char* call) {
     if (mode != kCFRunLoopCommonModes) violation(std::string(call) + ": not in the common modes");
@@ -119,6 +124,7 @@ void emptyMainLoop() {
 
 extern "C" {
 
+const CFRunLoopMode kCFRunLoopDefaultMode = (__bridge CFStringRef) @"kCFRunLoopDefaultMode";
 const CFRunLoopMode kCFRunLoopCommonModes = (__bridge CFStringRef) @"kCFRunLoopCommonModes";
 const NSRunLoopMode NSDefaultRunLoopMode = @"kCFRunLoopDefaultMode";
 
@@ -167,16 +173,41 @@ void CFRunLoopSourceSignal(CFRunLoopSourceRef source) {
     own(source, "CFRunLoopSourceSignal")->signalled = true;
 }
 void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLoopMode mode) {
-    commonModesOnly(mode, "CFRunLoopAddSource");
     RunLoopSourceObject* source = own(reference, "CFRunLoopAddSource");
+    if (source->observer) {
+        if (onMainThread()) violation("an observer is served by the thread that waits");
+        observers.push_back(source->observer);
+        return;
+    }
+    commonModesOnly(mode, "CFRunLoopAddSource");
     RunLoopObject* target = own(loop, "CFRunLoopAddSource");
     if (source->served) return services->eventTaps().addSource(target->loop, source->served);
     const std::lock_guard guard(mainLoop().mutex);
     if (source->valid) mainLoop().sources.push_back(source);
 }
+CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode, double seconds, Boolean) {
+    if (observers.empty()) return kCFRunLoopRunFinished;
+    AXObserverObject* observer = observers.front();
+    if (observer->watch->wait(static_cast<std::uint64_t>(seconds * 1e6))) {
+        for (const auto& [name, context] : observer->notifications) {
+            observer->callback((AXObserverRef)(__bridge void*)observer, nullptr,
+                               (__bridge CFStringRef)name, context);
+        }
+        return static_cast<CFRunLoopRunResult>(0);
+    }
+    // The simulated time has passed at once, the backend's clock is a real one.
+    std::mutex mutex;
+    std::unique_lock guard(mutex);
+    std::condition_variable().wait_for(guard, std::chrono::duration<double>(seconds));
+    return static_cast<CFRunLoopRunResult>(0);
+}
 void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLoopMode mode) {
-    commonModesOnly(mode, "CFRunLoopRemoveSource");
     RunLoopSourceObject* source = own(reference, "CFRunLoopRemoveSource");
+    if (source->observer) {
+        if (std::erase(observers, source->observer) != 1) violation("an observer of no run loop");
+        return;
+    }
+    commonModesOnly(mode, "CFRunLoopRemoveSource");
     services->eventTaps().removeSource(own(loop, "CFRunLoopRemoveSource")->loop, source->served);
 }
 void CFRunLoopSourceInvalidate(CFRunLoopSourceRef reference) {
@@ -202,6 +233,32 @@ void CFMachPortInvalidate(CFMachPortRef reference) {
     MachPort* port = substitute::own<MachPort>(reference, "CFMachPortInvalidate");
     port->life.ended = true;
     services->eventTaps().invalidateTap(port->tap);
+}
+
+AXError AXObserverCreate(pid_t pid, AXObserverCallback callback, AXObserverRef* observer) {
+    AXObserverObject* object = [[AXObserverObject alloc] init];
+    object->watch = services->accessibility().watchChanges(pid);
+    if (!object->watch) return kAXErrorCannotComplete;
+    object->callback = callback;
+    *observer = handedOver<AXObserverRef>(object);
+    return kAXErrorSuccess;
+}
+AXError AXObserverAddNotification(AXObserverRef observer, AXUIElementRef element,
+                                  CFStringRef notification, void* context) {
+    substitute::own<UIElement>(element, "AXObserverAddNotification");
+    substitute::own<AXObserverObject>(observer, "AXObserverAddNotification")
+        ->notifications.emplace_back((__bridge NSString*)notification, context);
+    return kAXErrorSuccess;
+}
+/// Belongs to the observer.
+CFRunLoopSourceRef AXObserverGetRunLoopSource(AXObserverRef reference) {
+    auto* observer = substitute::own<AXObserverObject>(reference, "AXObserverGetRunLoopSource");
+    if (!observer->source.reference) {
+        RunLoopSourceObject* source = [[RunLoopSourceObject alloc] init];
+        source->observer = observer;
+        observer->source.reference = handedOver<CFRunLoopSourceRef>(source);
+    }
+    return observer->source.reference;
 }
 
 }  // extern "C"

@@ -49,8 +49,22 @@ NSError* errorUnless(bool success) {
 }
 @end
 
+@implementation SCDisplay {
+  @public
+    ShareableDisplay display_;
+}
+- (CGDirectDisplayID)displayID {
+    return display_.displayId;
+}
+- (CGRect)frame {
+    const Rect& frame = display_.frame;
+    return {{frame.x, frame.y}, {frame.width, frame.height}};
+}
+@end
+
 @implementation SCShareableContent {
     NSArray* windows_;
+    NSArray* displays_;
 }
 + (void)getShareableContentExcludingDesktopWindows:(BOOL)excludingDesktopWindows
                                onScreenWindowsOnly:(BOOL)onScreenOnly
@@ -67,6 +81,11 @@ NSError* errorUnless(bool success) {
                 window->window_ = entry;
                 return window;
             });
+            answer->displays_ = array(content->displays, [](const ShareableDisplay& entry) {
+                SCDisplay* display = [[SCDisplay alloc] init];
+                display->display_ = entry;
+                return display;
+            });
         }
         handler(answer, errorUnless(content.has_value()));
     });
@@ -74,11 +93,20 @@ NSError* errorUnless(bool success) {
 - (NSArray*)windows {
     return windows_;
 }
+- (NSArray*)displays {
+    return displays_;
+}
 @end
 
 @implementation SCContentFilter {
   @public
     SCWindow* window_;
+    SCDisplay* display_;
+}
+- (instancetype)initWithDisplay:(SCDisplay*)display excludingWindows:(NSArray*)excluded {
+    if (!display || !excluded) violation("initWithDisplay: nil");
+    display_ = display;
+    return self;
 }
 - (instancetype)initWithDesktopIndependentWindow:(SCWindow*)window {
     if (!window) violation("initWithDesktopIndependentWindow: nil");
@@ -108,7 +136,10 @@ NSError* errorUnless(bool success) {
                                     .showsCursor = configuration.showsCursor != 0};
     answerLater("captureImage", [=] {
         ImageObject* image = [[ImageObject alloc] init];
-        image->image = services->screenCapture().captureImage(filter->window_->window_, asked);
+        ScreenCapture& capture = services->screenCapture();
+        image->image = filter->window_
+                           ? capture.captureImage(filter->window_->window_, asked)
+                           : capture.captureDisplayImage(filter->display_->display_, asked);
         const bool success = image->image != nullptr;
         handler(success ? (CGImageRef)(__bridge void*)image : nullptr, errorUnless(success));
     });

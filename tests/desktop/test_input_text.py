@@ -204,8 +204,10 @@ class Keyboards(TextTest):
             self.assertEqual(self.app.ask("text"), q, "still in the second layout")
             self.host.result("desktop_keypress", combo="keycode-110")
 
-    def test_commands_in_layouts_without_latin_letters(self):
-        for layout in (["ru"], ["gr"], ["us"]):
+    def test_commands_are_those_of_their_letters(self):
+        """In layouts without them, too, and in those that have them on other keys."""
+        for layout in (["ru"], ["gr"], ["us", "-variant", "dvorak"], ["fr", "-variant", "bepo"],
+                       ["fr"], ["us,ru"], ["ru,us", "-variant", ",dvorak"], ["us"]):
             self.use(*layout)
             self.assertTrue(self.host.result("desktop_paste", text="pästed")["ok"])
             self.assertEqual(self.app.ask("text"), "pästed", layout)

@@ -21,7 +21,14 @@ constexpr KeyRow kRows[] = {
     {38, "asdfghjkl;'`", "ASDFGHJKL:\"~"},
     {51, "\\zxcvbnm,./", "|ZXCVBNM<>?"},
 };
+/// The key next to the left Shift, which only some keyboards have.
+constexpr std::size_t kLastTypingKey = 94;
+constexpr std::uint8_t kMaximumGroups = 4;
 constexpr std::chrono::milliseconds kPatience{2000};
+
+bool isLetter(std::uint8_t symbol) {
+    return symbol >= 'a' && symbol <= 'z';
+}
 
 bool hasLatinSymbol(const KeyboardMap::Key& key) {
     for (std::uint8_t group = 0; group < key.groups(); ++group) {
@@ -42,13 +49,41 @@ SpareSymbols onFirstKey(const SpareKeys& keys, LatinSymbols symbols) {
 
 }  // namespace
 
-std::optional<LatinSymbols> missingLatinSymbols(const KeyboardMap& map, std::uint8_t keyCode) {
-    if (hasLatinSymbol(map.keys[keyCode])) return {};
+std::optional<LatinSymbols> latinSymbols(std::uint8_t keyCode) {
     for (const KeyRow& row : kRows) {
         const auto place = static_cast<std::size_t>(keyCode - row.firstKeyCode);
         if (keyCode < row.firstKeyCode || place >= row.plain.size()) continue;
         return LatinSymbols{static_cast<std::uint8_t>(row.plain[place]),
                             static_cast<std::uint8_t>(row.shifted[place])};
+    }
+    return {};
+}
+
+std::optional<LatinSymbols> missingLatinSymbols(const KeyboardMap& map, std::uint8_t keyCode) {
+    if (hasLatinSymbol(map.keys[keyCode])) return {};
+    return latinSymbols(keyCode);
+}
+
+std::optional<std::uint8_t> keyOfCommand(const KeyboardMap& map, std::uint8_t group,
+                                         std::uint8_t keyCode) {
+    const auto symbols = latinSymbols(keyCode);
+    if (!symbols || !isLetter(symbols->plain)) return {};
+    const auto hasIt = [&](std::size_t code, std::optional<std::uint8_t> keyGroup) {
+        return keyGroup && map.keys[code].symbol(*keyGroup, 0) == symbols->plain;
+    };
+    const auto find = [&](auto groupOf) -> std::optional<std::uint8_t> {
+        if (hasIt(keyCode, groupOf(map.keys[keyCode]))) return keyCode;
+        for (std::size_t code = kRows[0].firstKeyCode; code <= kLastTypingKey; ++code) {
+            if (hasIt(code, groupOf(map.keys[code]))) return static_cast<std::uint8_t>(code);
+        }
+        return {};
+    };
+    if (const auto key = find([&](const auto& other) { return other.group(group); })) return key;
+    for (std::uint8_t other = 0; other < kMaximumGroups; ++other) {
+        const auto key = find([&](const KeyboardMap::Key& candidate) {
+            return other < candidate.groups() ? std::optional(other) : std::nullopt;
+        });
+        if (key) return key;
     }
     return {};
 }

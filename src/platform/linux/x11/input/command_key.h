@@ -15,9 +15,17 @@ struct LatinSymbols {
     std::uint8_t shifted = 0;
 };
 
-/// The Latin symbols for a key that has none in any of the person's layouts. Nothing when it has
-/// one, or is no key of the typing block.
+/// The Latin symbols of a key of the typing block; nothing for another key.
+std::optional<LatinSymbols> latinSymbols(std::uint8_t keyCode);
+/// The same, for a key that has no Latin symbol in any of the person's layouts.
 std::optional<LatinSymbols> missingLatinSymbols(const KeyboardMap& map, std::uint8_t keyCode);
+
+/// The key to press for a command that is named by the letter of a US keyboard on this key: this
+/// one, or the one that has the letter in the active layout (`group`), or else in another one of
+/// the keyboard's; programs look there, too. Nothing when no key has it, or this one is no
+/// letter's.
+std::optional<std::uint8_t> keyOfCommand(const KeyboardMap& map, std::uint8_t group,
+                                         std::uint8_t keyCode);
 
 /// A spare key that stands for a Latin one while it lives. Programs know commands by their Latin
 /// letters: Control and the key that is V elsewhere pastes in a Cyrillic layout too, which without

@@ -35,12 +35,20 @@ void KeyboardSource::post(const PostedEvent& event) {
     if (!isDown) commandKey_.reset();
 }
 
+/// The command flag names a command by its letter, wherever the layout has that; Control and Alt
+/// are pressed with the key as it is, unless no layout of the keyboard has a Latin symbol on it.
 std::uint8_t KeyboardSource::keyToSend(std::uint8_t keyCode, bool isDown, std::uint64_t flags) {
-    constexpr std::uint64_t kCommandFlags =
+    constexpr std::uint64_t kShortcutFlags =
         kEventFlagMaskCommand | kEventFlagMaskControl | kEventFlagMaskAlternate;
-    if (isDown && (flags & kCommandFlags) != 0 && session().knowsKeys()) {
-        const auto symbols = missingLatinSymbols(session().map(), keyCode);
-        if (symbols) commandKey_.emplace(session(), *symbols);
+    if ((flags & kShortcutFlags) == 0 || !session().knowsKeys()) return keyCode;
+    const KeyboardMap& map = session().map();
+    const bool isCommand = (flags & kEventFlagMaskCommand) != 0;
+    const auto key = isCommand ? keyOfCommand(map, session().group(), keyCode) : std::nullopt;
+    if (key) return *key;
+    if (isDown) {
+        if (const auto symbols = missingLatinSymbols(map, keyCode)) {
+            commandKey_.emplace(session(), *symbols);
+        }
     }
     return commandKey_ ? commandKey_->keyCode().value_or(keyCode) : keyCode;
 }

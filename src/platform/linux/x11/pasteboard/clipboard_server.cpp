@@ -3,12 +3,25 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <future>
 #include <utility>
 
 #include "platform/linux/x11/pasteboard/selection_reader.h"
 
 namespace quil::linux_platform {
+namespace {
+
+using std::chrono::milliseconds;
+/// For the text that follows a clearing.
+constexpr milliseconds kOfferFollows{20};
+constexpr auto kNever = SelectionWindow::Clock::time_point::max();
+/// For clients that are fetching, in all.
+constexpr milliseconds kFetchPatience{2000};
+/// For the clipboard manager to take what it asks for.
+constexpr milliseconds kManagerPatience{2000};
+
+}  // namespace
 
 ClipboardServer::ClipboardServer(std::shared_ptr<X11Connection> connection)
     : connection_(std::move(connection)),
@@ -43,15 +56,67 @@ Result ClipboardServer::onThread(std::function<Result()> task) {
 std::optional<std::string> ClipboardServer::text() {
     return onThread<std::optional<std::string>>([this]() -> std::optional<std::string> {
         window_.handleEvents();
+        if (clearsAt_) return {};
         if (!contents_.isOwned()) return readSelection(window_, clipboard_);
         const SharedText text = contents_.current();
         return text ? std::optional(*text) : std::nullopt;
     });
 }
 
-bool ClipboardServer::offer(std::optional<std::string> text) {
-    SharedText shared = text ? std::make_shared<const std::string>(std::move(*text)) : nullptr;
-    return onThread<bool>([this, shared] { return take(shared); });
+void ClipboardServer::clear() {
+    onThread<void>([this] {
+        letClientsFinish();
+        clearsAt_ = Clock::now() + kOfferFollows;
+    });
+}
+
+bool ClipboardServer::offer(std::string text) {
+    const auto shared = std::make_shared<const std::string>(std::move(text));
+    return onThread<bool>([this, shared] {
+        clearsAt_.reset();
+        return take(shared);
+    });
+}
+
+void ClipboardServer::clearNow() {
+    clearsAt_.reset();
+    take(nullptr);
+}
+
+/// A client that is slow asks for the next form at a time at which something else is on offer.
+void ClipboardServer::letClientsFinish() {
+    window_.handleEvents();
+    const auto end = Clock::now() + kFetchPatience;
+    while (connection_->isAlive() && Clock::now() < end) {
+        const auto quiet = answers_.quietFrom();
+        if (quiet <= Clock::now()) return;
+        const auto nothing = [](const xcb_generic_event_t&) { return false; };
+        window_.waitFor(nothing, std::min({quiet, end, Clock::now() + milliseconds(20)}));
+    }
+}
+
+/// Asks the clipboard manager to take the text, as its specification ("ClipboardManager" of
+/// freedesktop.org) has it, and answers it until it has.
+void ClipboardServer::handOver() {
+    if (clearsAt_) return clearNow();
+    if (!contents_.current()) return;
+    const xcb_atom_t manager = connection_->atom("CLIPBOARD_MANAGER");
+    const auto owner = connection_->reply(xcb_get_selection_owner_reply,
+                                          xcb_get_selection_owner(connection_->get(), manager));
+    if (!owner || owner->owner == XCB_WINDOW_NONE) return;
+    const xcb_atom_t property = connection_->atom("QUIL_SELECTION");
+    const xcb_atom_t form = connection_->atom("UTF8_STRING");
+    xcb_change_property(connection_->get(), XCB_PROP_MODE_REPLACE, window_.id(), property,
+                        XCB_ATOM_ATOM, 32, 1, &form);
+    xcb_convert_selection(connection_->get(), window_.id(), manager,
+                          connection_->atom("SAVE_TARGETS"), property, window_.serverTime());
+    window_.waitFor(
+        [&](const xcb_generic_event_t& event) {
+            if ((event.response_type & 0x7f) != XCB_SELECTION_NOTIFY) return false;
+            return reinterpret_cast<const xcb_selection_notify_event_t&>(event).selection ==
+                   manager;
+        },
+        Clock::now() + kManagerPatience);
 }
 
 bool ClipboardServer::take(SharedText text) {
@@ -71,7 +136,9 @@ void ClipboardServer::handle(const xcb_generic_event_t& event) {
     switch (event.response_type & 0x7f) {
         case XCB_SELECTION_REQUEST: {
             const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(event);
-            if (request.selection == clipboard_) answers_.answer(request);
+            if (request.selection != clipboard_) break;
+            if (clearsAt_) clearNow();
+            answers_.answer(request);
             break;
         }
         case XCB_SELECTION_CLEAR: {
@@ -95,10 +162,12 @@ void ClipboardServer::run() {
     for (;;) {
         bool isEnding = false;
         for (const auto& task : takeTasks(isEnding)) task();
-        if (isEnding) return;
+        if (isEnding) return handOver();
         window_.handleEvents();
+        if (clearsAt_ && *clearsAt_ <= Clock::now()) clearNow();
         answers_.giveUpStalled();
-        window_.sleepUntil(answers_.nextDeadline(), wakeDescriptor_);
+        window_.sleepUntil(std::min(answers_.nextDeadline(), clearsAt_.value_or(kNever)),
+                           wakeDescriptor_);
     }
 }
 

@@ -20,7 +20,7 @@ class ClipboardServer {
   public:
     /// `connection` is the server's alone from now on.
     explicit ClipboardServer(std::shared_ptr<X11Connection> connection);
-    /// What is on offer goes with the server.
+    /// A text on offer is handed to the clipboard manager, if there is one, and else goes with us.
     ~ClipboardServer();
     ClipboardServer(const ClipboardServer&) = delete;
     ClipboardServer& operator=(const ClipboardServer&) = delete;
@@ -29,13 +29,23 @@ class ClipboardServer {
     bool isAlive() const { return connection_->isAlive(); }
     /// The text of the clipboard, whoever owns it; nothing when there is none.
     std::optional<std::string> text();
-    /// Takes the clipboard and offers that text, or nothing. Whether we own it now.
-    bool offer(std::optional<std::string> text);
+    /// Takes the clipboard and offers nothing. An `offer` that follows at once makes one change of
+    /// owner of the two: programs that hear of changes ask what is there, and some, told of two,
+    /// take the first answer for the second. Clients that have begun to fetch what is on offer
+    /// finish first, within a bound.
+    void clear();
+    /// Takes the clipboard and offers that text. Whether we own it now.
+    bool offer(std::string text);
 
   private:
+    using Clock = SelectionWindow::Clock;
+
     void run();
     void handle(const xcb_generic_event_t& event);
     bool take(SharedText text);
+    void clearNow();
+    void letClientsFinish();
+    void handOver();
     /// Runs the task on the thread and waits for it.
     template <typename Result>
     Result onThread(std::function<Result()> task);
@@ -48,6 +58,8 @@ class ClipboardServer {
     SelectionContents contents_;
     SelectionWindow window_;
     SelectionAnswers answers_;
+    /// Until then an offer may still follow a `clear`, which then has not been made yet.
+    std::optional<Clock::time_point> clearsAt_;
 
     int wakeDescriptor_;
     std::mutex lock_;

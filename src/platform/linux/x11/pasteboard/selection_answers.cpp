@@ -13,16 +13,24 @@ namespace {
 /// More than this goes over in parts of this size, below what any server takes in one request.
 constexpr std::size_t kPartBytes = std::size_t{128} << 10;
 constexpr std::chrono::seconds kStalled{10};
+/// After a client has asked what there is, it asks for that; after a text, perhaps for another
+/// form.
+constexpr std::chrono::milliseconds kTextFollows{1000};
+constexpr std::chrono::milliseconds kFormFollows{100};
 
-/// The forms of a text, the best first, and the type that each is written with.
+/// The forms of a text, and the type that each is written with. Few are listed, as some programs
+/// fetch each one that is; the others are there for those who ask all the same.
 struct Form {
     std::string_view target;
     std::string_view type;
+    bool isListed;
 };
 constexpr Form kForms[] = {
-    {"UTF8_STRING", "UTF8_STRING"}, {"text/plain;charset=utf-8", "text/plain;charset=utf-8"},
-    {"text/plain", "text/plain"},   {"TEXT", "UTF8_STRING"},
-    {"STRING", "STRING"},
+    {"UTF8_STRING", "UTF8_STRING", true},
+    {"STRING", "STRING", true},
+    {"TEXT", "UTF8_STRING", false},
+    {"text/plain;charset=utf-8", "text/plain;charset=utf-8", false},
+    {"text/plain", "text/plain", false},
 };
 
 /// As Latin-1, which is what STRING means; a question mark for what it lacks.
@@ -41,6 +49,7 @@ void SelectionAnswers::answer(const xcb_selection_request_event_t& request) {
     const xcb_atom_t property = request.property != 0 ? request.property : request.target;
     const SharedText text = contents_.at(request.time);
     const bool converted = convert(request.requestor, request.target, property, text);
+    noteFetch(request, text != nullptr);
 
     xcb_selection_notify_event_t notify{};
     notify.response_type = XCB_SELECTION_NOTIFY;
@@ -107,7 +116,7 @@ void SelectionAnswers::writeTargets(xcb_window_t requestor, xcb_atom_t property,
         targets.push_back(connection_.atom(name));
     }
     for (const Form& form : kForms) {
-        if (hasText) targets.push_back(connection_.atom(form.target));
+        if (hasText && form.isListed) targets.push_back(connection_.atom(form.target));
     }
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, requestor, property,
                         XCB_ATOM_ATOM, 32, static_cast<std::uint32_t>(targets.size()),
@@ -145,7 +154,32 @@ void SelectionAnswers::propertyChanged(const xcb_property_notify_event_t& event)
     xcb_flush(connection_.get());
 }
 
+/// Remembers those alone that may still be fetching.
+void SelectionAnswers::noteFetch(const xcb_selection_request_event_t& request, bool hasText) {
+    if (!hasText) return;
+    const auto now = Clock::now();
+    const bool isQuestion = request.target == connection_.atom("TARGETS") ||
+                            request.target == connection_.atom("TIMESTAMP");
+    const bool wasText = std::any_of(fetches_.begin(), fetches_.end(), [&](const Fetch& fetch) {
+        return fetch.requestor == request.requestor && fetch.hasText;
+    });
+    fetches_.remove_if([&](const Fetch& fetch) {
+        return fetch.requestor == request.requestor || fetch.last + kTextFollows <= now;
+    });
+    fetches_.push_back({request.requestor, now, wasText || !isQuestion});
+}
+
+SelectionAnswers::Clock::time_point SelectionAnswers::quietFrom() const {
+    if (!transfers_.empty()) return Clock::time_point::max();
+    auto quiet = Clock::time_point::min();
+    for (const Fetch& fetch : fetches_) {
+        quiet = std::max(quiet, fetch.last + (fetch.hasText ? kFormFollows : kTextFollows));
+    }
+    return quiet;
+}
+
 void SelectionAnswers::windowDestroyed(xcb_window_t window) {
+    fetches_.remove_if([&](const Fetch& fetch) { return fetch.requestor == window; });
     transfers_.remove_if([&](const Transfer& t) { return t.requestor == window; });
 }
 

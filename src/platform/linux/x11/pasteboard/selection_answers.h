@@ -21,6 +21,10 @@ class SelectionAnswers {
     void propertyChanged(const xcb_property_notify_event_t& event);
     /// A client's window is gone.
     void windowDestroyed(xcb_window_t window);
+    /// From when on, unless something comes in between, no client is fetching what is on offer:
+    /// none that has asked what there is and not for a text yet, or for a text just now, or is
+    /// being handed one in parts.
+    SelectionWindow::Clock::time_point quietFrom() const;
     /// When the next transfer that makes no progress is given up; far away when there is none.
     SelectionWindow::Clock::time_point nextDeadline() const;
     /// Gives up the transfers whose time has come.
@@ -47,10 +51,20 @@ class SelectionAnswers {
     void watch(xcb_window_t requestor, bool isWatched);
     void end(std::list<Transfer>::iterator transfer);
 
+    /// What a client's window has asked for lately.
+    struct Fetch {
+        xcb_window_t requestor;
+        Clock::time_point last;
+        bool hasText;
+    };
+
+    void noteFetch(const xcb_selection_request_event_t& request, bool hasText);
+
     SelectionWindow& window_;
     X11Connection& connection_;
     const SelectionContents& contents_;
     std::list<Transfer> transfers_;
+    std::list<Fetch> fetches_;
 };
 
 }  // namespace quil::linux_platform

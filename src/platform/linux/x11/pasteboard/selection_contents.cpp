@@ -6,7 +6,7 @@
 namespace quil::linux_platform {
 namespace {
 
-/// A paste makes four offers (nothing, the text, nothing, the former text).
+/// A paste makes two (the text, the former text), or four when its steps are far between.
 constexpr std::size_t kMaximumOffers = 4;
 
 /// Server times count milliseconds and wrap after 49.7 days.

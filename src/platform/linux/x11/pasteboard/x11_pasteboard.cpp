@@ -21,7 +21,7 @@ std::optional<std::string> X11Pasteboard::stringForType(std::string_view type) {
 }
 
 void X11Pasteboard::clearContents() {
-    if (ClipboardServer* const clipboard = server()) clipboard->offer({});
+    if (ClipboardServer* const clipboard = server()) clipboard->clear();
 }
 
 bool X11Pasteboard::setString(std::string_view text, std::string_view type) {

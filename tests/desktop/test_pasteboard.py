@@ -1,15 +1,31 @@
 """The clipboard: read from whoever owns it, offered while a paste waits, put back and kept."""
 import os
+import shutil
 import signal
 import subprocess
+import tempfile
 import threading
 import time
 import unittest
 
-from desktop_tools import until
+from desktop_tools import PYTHON, Program, until
 from quil_host import Host
 
 TEXT = "Grüße\n日本語 👩‍💻\ttab"
+
+OWNER_CHANGES = """
+import gi
+gi.require_version("Gdk", "3.0")
+gi.require_version("Gtk", "3.0")
+from gi.repository import Gdk, Gtk
+clipboard = Gtk.Clipboard.get(Gdk.SELECTION_CLIPBOARD)
+def changed(*_):
+    print("changed", flush=True)
+clipboard.connect("owner-change", changed)
+Gdk.Display.get_default().sync()
+print("ready", flush=True)
+Gtk.main()
+"""
 
 
 def copy(test, text):
@@ -90,6 +106,28 @@ class Pasteboard(unittest.TestCase):
         self.paste("text")
         copy(self, "newer")
         self.assertEqual(clipboard(), "newer")
+
+    @unittest.skipUnless(shutil.which("xfce4-clipman"), "xfce4-clipman is not installed")
+    def test_the_clipboard_manager_keeps_the_text(self):
+        Program(self, "xfce4-clipman", has_window=False)
+        copy(self, TEXT)
+        self.paste("other")
+        self.assertEqual(clipboard(), TEXT)
+        self.host.close()
+        until(lambda: clipboard() == TEXT, "the text after the end", 5)
+
+    def test_one_change_of_owner_each_way(self):
+        """Programs that hear of a change ask what is there; they never find nothing."""
+        copy(self, "before")
+        seen = self.enterContext(tempfile.NamedTemporaryFile(mode="ab+"))
+        Program(self, PYTHON, "-c", OWNER_CHANGES, has_window=False, stdout=seen)
+        until(lambda: os.path.getsize(seen.name), "the watcher")
+        for _ in range(3):
+            self.paste("text")
+        copy(self, "after")  # a seventh
+        lines = lambda: seen.seek(0) or seen.read().split()
+        until(lambda: len(lines()) >= 8, "the changes")
+        self.assertEqual(lines(), [b"ready"] + 7 * [b"changed"])
 
     def test_an_owner_that_does_not_answer(self):
         owner = copy(self, TEXT)

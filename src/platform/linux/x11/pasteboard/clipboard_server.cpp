@@ -18,8 +18,11 @@ constexpr milliseconds kOfferFollows{20};
 constexpr auto kNever = SelectionWindow::Clock::time_point::max();
 /// For clients that are fetching, in all.
 constexpr milliseconds kFetchPatience{2000};
-/// For the clipboard manager to take what it asks for.
+/// For the clipboard manager to begin, and to take what it asks for. Some never say that they have.
+constexpr milliseconds kManagerBegins{500};
 constexpr milliseconds kManagerPatience{2000};
+/// Between looks at who is fetching.
+constexpr milliseconds kStep{20};
 
 }  // namespace
 
@@ -66,6 +69,7 @@ std::optional<std::string> ClipboardServer::text() {
 void ClipboardServer::clear() {
     onThread<void>([this] {
         letClientsFinish();
+        clearTime_ = window_.serverTime();
         clearsAt_ = Clock::now() + kOfferFollows;
     });
 }
@@ -74,13 +78,14 @@ bool ClipboardServer::offer(std::string text) {
     const auto shared = std::make_shared<const std::string>(std::move(text));
     return onThread<bool>([this, shared] {
         clearsAt_.reset();
-        return take(shared);
+        return take(shared, window_.serverTime());
     });
 }
 
+/// The server leaves the clipboard to a program that has taken it since.
 void ClipboardServer::clearNow() {
     clearsAt_.reset();
-    take(nullptr);
+    take(nullptr, clearTime_);
 }
 
 /// A client that is slow asks for the next form at a time at which something else is on offer.
@@ -91,7 +96,7 @@ void ClipboardServer::letClientsFinish() {
         const auto quiet = answers_.quietFrom();
         if (quiet <= Clock::now()) return;
         const auto nothing = [](const xcb_generic_event_t&) { return false; };
-        window_.waitFor(nothing, std::min({quiet, end, Clock::now() + milliseconds(20)}));
+        window_.waitFor(nothing, std::min({quiet, end, Clock::now() + kStep}));
     }
 }
 
@@ -110,17 +115,18 @@ void ClipboardServer::handOver() {
                         XCB_ATOM_ATOM, 32, 1, &form);
     xcb_convert_selection(connection_->get(), window_.id(), manager,
                           connection_->atom("SAVE_TARGETS"), property, window_.serverTime());
-    window_.waitFor(
-        [&](const xcb_generic_event_t& event) {
-            if ((event.response_type & 0x7f) != XCB_SELECTION_NOTIFY) return false;
-            return reinterpret_cast<const xcb_selection_notify_event_t&>(event).selection ==
-                   manager;
-        },
-        Clock::now() + kManagerPatience);
+    const auto isDone = [&](const xcb_generic_event_t& event) {
+        if ((event.response_type & 0x7f) != XCB_SELECTION_NOTIFY) return false;
+        return reinterpret_cast<const xcb_selection_notify_event_t&>(event).selection == manager;
+    };
+    const auto start = Clock::now();
+    for (auto end = start + kManagerBegins; Clock::now() < end;) {
+        if (window_.waitFor(isDone, std::min(end, Clock::now() + kStep))) return;
+        end = std::min(start + kManagerPatience, std::max(end, answers_.quietFrom()));
+    }
 }
 
-bool ClipboardServer::take(SharedText text) {
-    const xcb_timestamp_t time = window_.serverTime();
+bool ClipboardServer::take(SharedText text, xcb_timestamp_t time) {
     if (time == 0) return false;
     xcb_set_selection_owner(connection_->get(), window_.id(), clipboard_, time);
     // Offered before anybody can ask: requests are handled on this thread.

@@ -42,7 +42,7 @@ class ClipboardServer {
 
     void run();
     void handle(const xcb_generic_event_t& event);
-    bool take(SharedText text);
+    bool take(SharedText text, xcb_timestamp_t time);
     void clearNow();
     void letClientsFinish();
     void handOver();
@@ -60,6 +60,8 @@ class ClipboardServer {
     SelectionAnswers answers_;
     /// Until then an offer may still follow a `clear`, which then has not been made yet.
     std::optional<Clock::time_point> clearsAt_;
+    /// The server time of that `clear`.
+    xcb_timestamp_t clearTime_ = 0;
 
     int wakeDescriptor_;
     std::mutex lock_;

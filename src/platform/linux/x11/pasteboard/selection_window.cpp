@@ -30,13 +30,19 @@ SelectionWindow::~SelectionWindow() {
 }
 
 void SelectionWindow::handleEvents() {
-    while (const XcbEvent event{xcb_poll_for_event(connection_->get())}) handler_(*event);
+    while (const XcbEvent event = nextEvent()) handler_(*event);
+}
+
+/// What has arrived, if anything.
+XcbEvent SelectionWindow::nextEvent() {
+    if (setAside_) return std::move(setAside_);
+    return XcbEvent(xcb_poll_for_event(connection_->get()));
 }
 
 XcbEvent SelectionWindow::waitFor(const std::function<bool(const xcb_generic_event_t&)>& isWanted,
                                   Clock::time_point deadline) {
     while (connection_->isAlive()) {
-        while (XcbEvent event{xcb_poll_for_event(connection_->get())}) {
+        while (XcbEvent event = nextEvent()) {
             if (isWanted(*event)) return event;
             handler_(*event);
         }
@@ -49,8 +55,8 @@ XcbEvent SelectionWindow::waitFor(const std::function<bool(const xcb_generic_eve
 void SelectionWindow::sleepUntil(Clock::time_point time, int otherDescriptor) {
     xcb_flush(connection_->get());
     // What was read along with a reply is waiting in the library and not at the descriptor.
-    XcbEvent queued{xcb_poll_for_queued_event(connection_->get())};
-    if (queued) return handler_(*queued);
+    if (!setAside_) setAside_.reset(xcb_poll_for_queued_event(connection_->get()));
+    if (setAside_) return;
     const auto left = std::chrono::ceil<milliseconds>(std::min(time - Clock::now(), kLongestSleep));
     const auto timeout = std::max<std::int64_t>(left.count(), 0);
     // Of a server that has gone nothing is to be expected; its descriptor would end every sleep.

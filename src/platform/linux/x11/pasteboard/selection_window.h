@@ -38,9 +38,13 @@ class SelectionWindow {
     xcb_timestamp_t serverTime();
 
   private:
+    XcbEvent nextEvent();
+
     std::shared_ptr<X11Connection> connection_;
     EventHandler handler_;
     xcb_window_t window_;
+    /// Found by a sleep, for whoever looks for events next.
+    XcbEvent setAside_;
 };
 
 }  // namespace quil::linux_platform

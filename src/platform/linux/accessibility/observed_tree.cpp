@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <thread>
+#include <utility>
 
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/scroll_bars.h"
-#include "platform/linux/accessibility/tree_size.h"
 #include "platform/linux/atspi/fact_questions.h"
 #include "platform/linux/atspi/messages.h"
 
@@ -24,8 +24,43 @@ constexpr std::chrono::milliseconds kDocumentPause{40};
 /// that little is asked in vain when the elements before them turn out to fill the walk.
 constexpr int kMostActive = 128;
 
-/// Answers between two looks at which elements come first.
-constexpr int kAnswersBetweenLooks = 32;
+/// While all of these are answered, so many times further elements are looked for.
+constexpr int kLooks = 4;
+
+/// An application that has one answer for everything is asked for that when its tree has at most
+/// this many elements, and their places can be looked up in this many steps: GTK 3 goes through the
+/// list of siblings for each element's place.
+constexpr std::int64_t kSmallTree = 5000;
+constexpr std::int64_t kFewSteps = kSmallTree * kSmallTree;
+
+FactSet needsForEditing(const Facts& facts) {
+    return FactSet{Fact::states}.without(facts.asked);
+}
+
+/// What comes from an element's place in the tree, and is not asked for.
+const FactSet kFromTree{Fact::parent, Fact::parentRole, Fact::editableChild};
+
+/// Goes through a tree as the walk will, as far as it is known: `visit` gets each element with its
+/// position, and says whether to go on.
+template <typename Visit>
+void forEachInOrder(ObservedElement& root, int maximumDepth, Visit visit) {
+    struct Level {
+        const std::vector<ObservedElement*>* siblings;
+        std::size_t next;
+    };
+    const std::vector<ObservedElement*> top{&root};
+    std::vector<Level> path{{&top, 0}};
+    for (std::int64_t position = 0; !path.empty();) {
+        Level& level = path.back();
+        if (level.next == level.siblings->size()) {
+            path.pop_back();
+            continue;
+        }
+        ObservedElement& element = *(*level.siblings)[level.next++];
+        if (!visit(element, position++)) return;
+        if (static_cast<int>(path.size()) < maximumDepth) path.push_back({&element.children, 0});
+    }
+}
 
 }  // namespace
 
@@ -42,6 +77,8 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Re
     useCache(root);
     fetch(root);
     awaitDocuments();
+    if (isCounting_) count();
+    connect();
     if (wantsActions_) findScrollBars();
     if (places.isWithinWindow(root)) placeOnScreen(places);
 }
@@ -58,13 +95,8 @@ void ObservedTree::useCache(const Reference& root) {
     if (readFacts(bus_, {root.busName, atspi::kRootPath}, children, application) != 0) return;
     // The answer covers the whole program.
     if (application.children != std::vector{root}) return;
-    if (!program.isSmall(root.path)) {
-        const bool isSmall = isSmallTree(bus_, root);
-        // What could not be counted because the program hangs is counted another time.
-        if (program.peer().hangs()) return;
-        program.noteSize(root.path, isSmall);
-    }
-    if (!*program.isSmall(root.path)) return;
+    isCounting_ = !program.isSmall(root.path);
+    if (isCounting_ || !*program.isSmall(root.path)) return;
     const auto plain = [](const Facts& facts) {
         return FactSet{Fact::role, Fact::name, Fact::states, Fact::childCount}.without(facts.asked);
     };
@@ -93,25 +125,49 @@ bool ObservedTree::isOverdue() const {
     return BusClock::now() >= end_;
 }
 
-FactSet ObservedTree::needs(const Facts& facts) const {
+FactSet ObservedTree::needs(const ObservedElement& element) const {
     FactSet needs;
-    for (const Attribute* attribute : attributes_) needs.add(attribute->needs(facts));
-    if (wantsActions_) needs.add(needsForActions(facts));
-    // Few have it, and it leans on answers that are still to come.
-    return needs.without({Fact::selection});
+    for (const Attribute* attribute : attributes_) needs.add(attribute->needs(element.facts));
+    if (wantsActions_) needs.add(needsForActions(element.facts));
+    if (&element != root_) needs = needs.without(kFromTree);
+    // What is chosen few have, and it leans on answers that are still to come.
+    return needs.without({Fact::editableChild, Fact::selection}).without(element.pending);
 }
 
 void ObservedTree::fetch(const Reference& root) {
     elements_.clear();
     root_ = &element(root);
-    work_ = {root_};
-    expected_ = 1;
-    do {
-        schedule();
-        bus_.waitForAnswers(end_);
-        schedule();
-    } while (active_ > 0);
+    fetchUpTo(maximumElements_);
     if (isOverdue()) bus_.program(root.busName).peer().giveUp();
+}
+
+void ObservedTree::fetchUpTo(std::int64_t maximumElements) {
+    reach_ = maximumElements;
+    for (schedule(); active_ > 0; schedule()) bus_.waitForAnswers(end_);
+}
+
+/// Whether the program may be asked for everything the next time.
+void ObservedTree::count() {
+    AtspiProgram& program = bus_.program(root_->reference.busName);
+    // Only the lists of what the walk does not come to.
+    const auto attributes = std::exchange(attributes_, {findAttribute("AXChildren")});
+    const bool wantsActions = std::exchange(wantsActions_, false);
+    fetchUpTo(kSmallTree);
+    attributes_ = attributes;
+    wantsActions_ = wantsActions;
+    // What could not be counted because the program hangs is counted another time.
+    if (program.peer().hangs() || isOverdue()) return;
+    std::int64_t steps = 0;
+    bool isWhole = true;
+    for (const auto& [reference, element] : elements_) {
+        const Facts& facts = element.facts;
+        const bool isGone = elementCode(facts) != 0;
+        const auto listed = static_cast<std::int64_t>(facts.children.size());
+        const bool isListed = facts.knows(Fact::children) && facts.childCount <= listed;
+        isWhole = isWhole && element.isBegun && (isListed || isGone);
+        steps += listed * listed;
+    }
+    program.noteSize(root_->reference.path, isWhole && steps <= kFewSteps);
 }
 
 void ObservedTree::awaitDocuments() {
@@ -140,122 +196,99 @@ void ObservedTree::awaitDocuments() {
     }
 }
 
+/// Asks the elements that the walk will come to, in its order, as far as their number is known.
 void ObservedTree::schedule() {
-    if (isScheduling_ || isOverdue()) return;
+    // Looking costs as much as the tree has elements.
+    if (isScheduling_ || answersSinceLook_ * kLooks < active_ || isOverdue()) return;
     isScheduling_ = true;
-    if (expected_ <= maximumElements_) {
-        scheduleAll();
-    } else if (active_ == 0 || ++answersSinceScheduled_ >= kAnswersBetweenLooks) {
-        answersSinceScheduled_ = 0;
-        scheduleFirst();
-    }
+    answersSinceLook_ = 0;
+    const std::int64_t longest = isCounting_ ? std::max(kSmallTree, reach_) : reach_;
+    // The walk comes to the children that are being asked for, too.
+    std::int64_t coming = 0;
+    forEachInOrder(*root_, maximumDepth_, [&](ObservedElement& element, std::int64_t position) {
+        if (position + coming >= reach_ || active_ >= kMostActive) return false;
+        if (!element.isBegun) begin(element);
+        // Of a list, the walk looks at one more to see that it was cut.
+        if (needs(element).has(Fact::children)) ask(element, {Fact::children}, longest - position);
+        if (element.pending.has(Fact::children)) coming += std::max(element.facts.childCount, 0);
+        return true;
+    });
     isScheduling_ = false;
-}
-
-void ObservedTree::work(ObservedElement& element, std::int64_t maximumChildren) {
-    if (!element.isBegun) begin(element);
-    if (!element.wantsChildren) return;
-    expected_ += element.facts.childCount;
-    element.wantsChildren = false;
-    ask(element, {Fact::children}, maximumChildren);
-}
-
-/// The walk comes to everything that is known of the tree.
-void ObservedTree::scheduleAll() {
-    while (active_ < kMostActive && !work_.empty()) {
-        ObservedElement& element = *work_.front();
-        if (element.wantsChildren && expected_ + element.facts.childCount > maximumElements_) {
-            expected_ += element.facts.childCount;
-            return scheduleFirst();
-        }
-        work_.pop_front();
-        work(element, maximumElements_);
-    }
-}
-
-/// Goes through what is known of the tree as the walk will, and asks the elements that it will come
-/// to and that have not been asked.
-void ObservedTree::scheduleFirst() {
-    struct Level {
-        const std::vector<ObservedElement*>* siblings;
-        std::size_t next;
-    };
-    work_.clear();
-    const std::vector<ObservedElement*> top{root_};
-    std::vector<Level> path{{&top, 0}};
-    for (std::int64_t position = 0; position < maximumElements_ && active_ < kMostActive;) {
-        while (!path.empty() && path.back().next == path.back().siblings->size()) path.pop_back();
-        if (path.empty()) break;
-        ObservedElement& element = *(*path.back().siblings)[path.back().next++];
-        // The walk comes to so many more elements, and looks at one more to see that it was cut.
-        work(element, maximumElements_ - position);
-        ++position;
-        if (static_cast<int>(path.size()) == maximumDepth_) continue;
-        path.push_back({&element.children, 0});
-        // The walk comes to the children that are being asked for, too.
-        const Facts& facts = element.facts;
-        const bool areComing =
-            active_ > 0 && facts.knows(Fact::childCount) && !facts.asked.has(Fact::children);
-        if (areComing) position += std::max(facts.childCount, 0);
-    }
 }
 
 void ObservedTree::begin(ObservedElement& element) {
     element.isBegun = true;
     if (const Facts* cached = cache_ ? cache_->find(element.reference) : nullptr) {
         element.facts.take(*cached);
-        if (cached->knows(Fact::children)) {
-            expected_ += cached->childCount;
-            takeChildren(element);
-        }
+        if (cached->knows(Fact::children)) takeChildren(element);
     }
     proceed(element);
 }
 
-/// Asks what can be asked with what is known.
+/// Asks what can be asked with what is known. Lists of children wait for their turn.
 void ObservedTree::proceed(ObservedElement& element) {
     Facts& facts = element.facts;
-    FactSet next;
-    if (elementCode(facts) == 0) next = needs(facts);
-    if (next.has(Fact::children)) {
-        if (facts.childCount > 0) {
-            element.wantsChildren = true;
-            work_.push_back(&element);
-        } else {
-            facts.answered(Fact::children, facts.code(Fact::childCount));
-            return proceed(element);
-        }
+    const std::int32_t code = elementCode(facts);
+    if (code != 0) {
+        element.children.clear();
+        facts.answered(Fact::children, code);
+    } else if (facts.knows(Fact::childCount) && facts.childCount == 0) {
+        facts.answered(Fact::children, 0);
     }
-    next = next.without({Fact::children});
-    if (!next.isEmpty()) return ask(element, next, 0);
-    if (!element.wantsChildren) element.isComplete = true;
+    const FactSet next = code == 0 ? needs(element) : FactSet();
+    const FactSet now = next.without({Fact::children});
+    if (!now.isEmpty()) return ask(element, now, 0);
+    element.isComplete = next.isEmpty() && element.pending.isEmpty();
     schedule();
 }
 
 void ObservedTree::ask(ObservedElement& element, FactSet wanted, std::int64_t maximumChildren) {
     ++active_;
+    element.pending.add(wanted);
     AtspiProgram& program = bus_.program(element.reference.busName);
     askFacts({program, element.reference.path, maximumChildren}, wanted, element.facts,
              [this, &element, wanted] {
                  --active_;
+                 ++answersSinceLook_;
+                 element.pending = element.pending.without(wanted);
                  if (wanted.has(Fact::children)) takeChildren(element);
                  proceed(element);
              });
 }
 
 void ObservedTree::takeChildren(ObservedElement& element) {
-    for (const Reference& reference : element.facts.children) {
-        ObservedElement& child = this->element(reference);
-        if (element.facts.knows(Fact::role) && !child.isBegun) {
-            child.facts.parentRole = element.facts.role;
-            child.facts.answered(Fact::parentRole, 0);
+    element.children.reserve(element.facts.children.size());
+    for (const Reference& child : element.facts.children) {
+        element.children.push_back(&this->element(child));
+    }
+}
+
+/// Notes what elements are to each other.
+void ObservedTree::connect() {
+    forEachInOrder(*root_, maximumDepth_, [&](ObservedElement& element, std::int64_t position) {
+        if (position >= maximumElements_) return false;
+        const Facts& facts = element.facts;
+        for (ObservedElement* child : element.children) {
+            if (child == root_ || child->parent) continue;
+            child->parent = &element;
+            child->facts.parentRole = facts.role;
+            child->facts.answered(Fact::parentRole, facts.code(Fact::role));
         }
-        if (!child.parent && &child != root_) {
-            child.parent = &element;
-            child.depth = element.depth + 1;
-            if (child.depth < maximumDepth_) work_.push_back(&child);
-        }
-        element.children.push_back(&child);
+        if (facts.role == AtspiRole::comboBox) findEditableChild(element);
+        return true;
+    });
+}
+
+void ObservedTree::findEditableChild(ObservedElement& element) {
+    element.facts.answered(Fact::editableChild, 0);
+    const std::size_t count = std::min(element.children.size(), kEditableChildPlaces);
+    for (std::size_t i = 0; i < count; ++i) {
+        const ObservedElement& child = *element.children[i];
+        const Facts* facts =
+            child.isComplete ? &child.facts : readBeyond(child.reference, needsForEditing);
+        if (!facts || !facts->states.has(AtspiState::editable)) continue;
+        element.facts.editableChild = child.reference;
+        return;
     }
 }
 
@@ -277,15 +310,16 @@ void ObservedTree::findScrollBar(ObservedElement& element) {
     element.facts.scrollBar = linux_platform::findScrollBar(
         element.facts, [&](const Reference& reference) -> const Facts* {
             const ObservedElement* other = find(reference);
-            if (other && other->isComplete) {
-                return elementCode(other->facts) == 0 ? &other->facts : nullptr;
-            }
-            Facts& facts = beyond_[reference];
-            if (isOverdue()) return nullptr;
-            const ReadingLimits limits{kScrollBarPlaces, end_};
-            const auto code = readFacts(bus_, reference, needsForScrollBarSearch, facts, limits);
-            return code == 0 ? &facts : nullptr;
+            if (!other || !other->isComplete) return readBeyond(reference, needsForScrollBarSearch);
+            return elementCode(other->facts) == 0 ? &other->facts : nullptr;
         });
+}
+
+const Facts* ObservedTree::readBeyond(const Reference& reference, const Needs& needs) {
+    if (isOverdue()) return nullptr;
+    Facts& facts = beyond_[reference];
+    return readFacts(bus_, reference, needs, facts, {kScrollBarPlaces, end_}) == 0 ? &facts
+                                                                                   : nullptr;
 }
 
 void ObservedTree::placeOnScreen(ScreenPlaces& places) {

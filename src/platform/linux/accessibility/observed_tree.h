@@ -9,6 +9,7 @@
 #include "platform/accessibility.h"
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/cached_tree.h"
+#include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/screen_places.h"
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/atspi/facts.h"
@@ -19,15 +20,15 @@ namespace quil::linux_platform {
 struct ObservedElement {
     Reference reference;
     Facts facts;
-    /// As many as were wanted; belong to the tree.
+    /// Facts that were asked for and have not been answered.
+    FactSet pending;
+    /// As many as were wanted; belong to the tree. An element may be listed more than once.
     std::vector<ObservedElement*> children;
-    /// Null for the root.
+    /// The first one, in the order of the walk, that lists the element. Null for the root.
     ObservedElement* parent = nullptr;
-    int depth = 0;
 
     bool isBegun = false;
     bool isComplete = false;
-    bool wantsChildren = false;
 };
 
 /// What a walk is about to read, fetched with many calls under way at a time: of the elements that
@@ -43,24 +44,28 @@ class ObservedTree {
     const Reference& root() const { return root_->reference; }
     /// The element, when the walk may come to it.
     ObservedElement* find(const Reference& reference);
+    std::int64_t maximumElements() const { return maximumElements_; }
     /// Whether the time for the whole observation is over.
     bool isOverdue() const;
 
   private:
     ObservedElement& element(const Reference& reference);
-    FactSet needs(const Facts& facts) const;
+    FactSet needs(const ObservedElement& element) const;
     void useCache(const Reference& root);
     void fetch(const Reference& root);
+    void count();
+    void fetchUpTo(std::int64_t maximumElements);
     /// Looks again at documents that are empty because their browser has only just been asked.
     void awaitDocuments();
     void schedule();
-    void scheduleAll();
-    void scheduleFirst();
-    void work(ObservedElement& element, std::int64_t maximumChildren);
     void begin(ObservedElement& element);
     void proceed(ObservedElement& element);
     void ask(ObservedElement& element, FactSet wanted, std::int64_t maximumChildren);
     void takeChildren(ObservedElement& element);
+    void connect();
+    void findEditableChild(ObservedElement& element);
+    /// Facts of an element that the walk does not come to; null when they cannot be had.
+    const Facts* readBeyond(const Reference& reference, const Needs& needs);
     void findScrollBars();
     void findScrollBar(ObservedElement& element);
     void placeOnScreen(ScreenPlaces& places);
@@ -71,23 +76,22 @@ class ObservedTree {
     /// When the whole observation has to end.
     const BusDeadline end_;
     std::vector<const Attribute*> attributes_;
-    const bool wantsActions_;
+    bool wantsActions_;
 
-    /// Of elements that the walk does not come to, what the search for scroll bars needs.
+    /// Of elements that the walk does not come to, what is needed of them all the same.
     std::unordered_map<Reference, Facts, ReferenceHash> beyond_;
     /// Null when the elements are asked one by one.
     std::unique_ptr<CachedTree> cache_;
+    /// Whether the elements beyond the walk are to be counted, too.
+    bool isCounting_ = false;
     std::unordered_map<Reference, ObservedElement, ReferenceHash> elements_;
     ObservedElement* root_ = nullptr;
-    /// Elements that are being asked.
+    /// So many elements are fetched, in the order of the walk.
+    std::int64_t reach_ = 0;
+    /// Questions to elements that are under way.
     int active_ = 0;
+    int answersSinceLook_ = 0;
     bool isScheduling_ = false;
-    /// Elements that may be asked more, in the order in which they were found.
-    std::deque<ObservedElement*> work_;
-    /// How many elements the tree has at least. While they all fit into the walk, their order does
-    /// not matter.
-    std::int64_t expected_ = 1;
-    int answersSinceScheduled_ = 0;
 };
 
 }  // namespace quil::linux_platform

@@ -24,9 +24,6 @@ constexpr std::int32_t kMaximumActions = 500;
 /// Lists up to this length are asked for as a whole, also when less of them is wanted.
 constexpr std::int64_t kShortList = 1000;
 
-/// The children among which a text field is looked for.
-constexpr std::size_t kMaximumParts = 8;
-
 /// Counts the answers that are still to come; calls `done` after the last.
 class Countdown {
   public:
@@ -263,16 +260,23 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
 
     void askChildren() {
         const auto count = facts_.childCount;
+        const bool isCounted = facts_.knows(Fact::childCount) && count >= 0;
+        if (isCounted && count == 0) return facts_.answered(Fact::children, 0);
         const bool isEndless = facts_.states.has(AtspiState::managesDescendants) &&
                                count > kShortList && maximumChildren_ > kShortList;
-        if (facts_.knows(Fact::childCount) && isEndless) return askShowingChildren();
+        if (isCounted && isEndless) return askShowingChildren();
         // GTK 3 goes through the whole list for every child of it: who tells of a long list at once
-        // stays silent for long.
+        // stays silent for long. For others a list costs half of what its entries cost one by one.
         const auto most =
-            program_.tellsEverything() ? kShortList : std::max(maximumChildren_, kShortList);
-        if (!facts_.knows(Fact::childCount) || count > most) return askFirstChildren();
-        if (count <= 0) return facts_.answered(Fact::children, 0);
-        askFor(Fact::children, atspi::kAccessible, "GetChildren", readReferences, &Facts::children);
+            program_.tellsEverything() ? kShortList : 2 * std::max(maximumChildren_, kShortList);
+        if (isCounted && count > most) return askFirstChildren();
+        call(atspi::kAccessible, "GetChildren", [this, isCounted](Answer answer) {
+            auto children = answer.message ? readReferences(answer.message) : std::nullopt;
+            const bool isThere =
+                answer.code != kAxInvalidUIElement && answer.code != kAxCannotComplete;
+            if (!children && isThere && isCounted) return askFirstChildren();
+            take(Fact::children, answer, std::move(children), facts_.children);
+        });
     }
 
     /// Of a container that makes its children up when they are asked for, those that are showing.
@@ -291,9 +295,6 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
 
     /// A list of any length costs what is wanted of it.
     void askFirstChildren() {
-        if (!facts_.knows(Fact::childCount)) {
-            return facts_.answered(Fact::children, facts_.code(Fact::childCount));
-        }
         const auto wanted =
             static_cast<std::int32_t>(std::min<std::int64_t>(facts_.childCount, maximumChildren_));
         facts_.children.assign(static_cast<std::size_t>(std::max(wanted, 0)), {});
@@ -469,7 +470,7 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
     /// Looks for a text field among the first children.
     void askEditableChild() {
         facts_.answered(Fact::editableChild, 0);
-        const auto last = std::min(facts_.children.size(), kMaximumParts);
+        const auto last = std::min(facts_.children.size(), kEditableChildPlaces);
         for (std::size_t i = 0; i < last; ++i) {
             const Reference& child = facts_.children[i];
             ofElement(child, atspi::kAccessible, "GetState", [this, child](Answer answer) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 
@@ -7,6 +8,9 @@
 #include "platform/linux/atspi/facts.h"
 
 namespace quil::linux_platform {
+
+/// The children among which a text field is looked for.
+inline constexpr std::size_t kEditableChildPlaces = 8;
 
 /// Whom to ask, and for how much.
 struct Questioned {

@@ -1,7 +1,7 @@
 """Observed trees against a plain model, with programs of every shape and habit: tests/support/fake_program
 offers what tests/support/tree_model.py made up.
 
-QUIL_TREES=NUMBER       so many random trees (default 40)
+QUIL_TREES=NUMBER       so many random trees (default 20)
 QUIL_TREE_SEED=NUMBER   the first one's seed (default 1); a failure tells the seed to begin with
 """
 import json
@@ -13,7 +13,7 @@ from desktop_tools import geometry, until
 from quil_host import Host, executable
 from tree_model import MAXIMUM_NODES, Generator, Model, rendering, revision
 
-TREES = int(os.environ.get("QUIL_TREES", "40"))
+TREES = int(os.environ.get("QUIL_TREES", "20"))
 FIRST_SEED = int(os.environ.get("QUIL_TREE_SEED", "1"))
 # Calls for one element: its properties, lists, text and so on; and the name of each action.
 MOST_CALLS = 14

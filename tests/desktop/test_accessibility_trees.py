@@ -71,7 +71,9 @@ class Trees(unittest.TestCase):
         self.assertEqual(state["revision"], revision(nodes))
 
     def check_calls(self, counts, elements, is_by_index):
-        self.assertEqual(counts["repeated"], [], "asked twice")
+        # Of who manages its descendants, what shows is found by its place.
+        repeated = [entry for entry in counts["repeated"] if not is_by_index or entry[1] != "GetExtents"]
+        self.assertEqual(repeated, [], "asked twice")
         if not is_by_index:
             self.assertLessEqual(counts["most"], MOST_CALLS)
             self.assertLessEqual(counts["calls"], (min(elements, MAXIMUM_NODES) + MOST_IN_VAIN) * MOST_CALLS)

@@ -6,9 +6,8 @@ MAXIMUM_NODES, MAXIMUM_CHARACTERS, MAXIMUM_DEPTH, FIELD_BUDGET, FIELD_LIMIT = 40
 
 # AT-SPI role number: the role that hosts see.
 ROLES = {39: "AXGroup", 43: "AXButton", 29: "AXStaticText", 7: "AXCheckBox", 31: "AXList", 61: "AXTextField",
-         79: "AXTextField", 51: "AXSlider", 23: "AXWindow", 33: "AXMenu", 34: "AXMenuBar", 49: "AXScrollArea",
-         48: "AXScrollBar", 11: "AXPopUpButton"}
-LEAVES, CONTAINERS = (43, 29, 7, 61, 79, 51), (39, 39, 39, 31, 33, 34, 11)
+         79: "AXTextField", 51: "AXSlider", 23: "AXWindow", 33: "AXMenu", 34: "AXMenuBar"}
+LEAVES, CONTAINERS = (43, 29, 7, 61, 79, 51), (39, 39, 39, 31, 33, 34)
 CHECKED, EDITABLE, ENABLED, SENSITIVE, SHOWING, VERTICAL, VISIBLE, MANAGES_DESCENDANTS = 4, 7, 8, 24, 25, 29, 30, 31
 FAILED = "org.freedesktop.DBus.Error.Failed"
 NOT_SUPPORTED = "org.freedesktop.DBus.Error.NotSupported"
@@ -199,8 +198,6 @@ class Model:
         states = element.get("states", [ENABLED, SENSITIVE, SHOWING, VISIBLE]) if "GetState" not in errors else None
         interfaces = element.get("interfaces", ["Component"]) if "GetInterfaces" not in errors else []
         node = {"role": ROLES.get(role, "AXUnknown")}
-        if role == 11 and any(self.is_editable(child) for child in self.children(number)[:8]):
-            node["role"] = "AXComboBox"
         above = self.elements[parent] or {}
         if role == 33 and above.get("role") == 34 and "GetRole" not in above.get("errors", {}):
             node["role"] = "AXMenuBarItem"
@@ -225,10 +222,6 @@ class Model:
             known = {"click": "AXPress", "press": "AXPress", "show menu": "AXShowMenu", "frob": "AXFrob"}
             node["actions"] = [known[name] for name in element["actions"]]
         return node
-
-    def is_editable(self, number):
-        element = self.elements[number]
-        return bool(element) and EDITABLE in element["states"] and "GetState" not in element.get("errors", {})
 
 
 def line(node):

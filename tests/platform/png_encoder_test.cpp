@@ -99,7 +99,7 @@ TEST(PngEncoder, RefusesWhatIsNoImage) {
     EXPECT_EQ(encodePng(Picture{1, 1, 1 << 20, {0xffffffff}}), "");
 }
 
-TEST(Picture, IsResizedToTheNearestPixels) {
+TEST(Picture, IsEnlargedByNearestPixelsAndReducedByAverages) {
     const Picture source = paint(2, 2, 1, [](unsigned x, unsigned y) { return 10 * y + x; });
     const Picture doubled = resized(source, 4, 4);
     EXPECT_EQ(doubled.scale, 2);
@@ -110,7 +110,12 @@ TEST(Picture, IsResizedToTheNearestPixels) {
     EXPECT_EQ(uneven.width, 5);
     EXPECT_EQ(uneven.pixels,
               (std::vector<std::uint32_t>{0, 0, 1, 1, 1, 10, 10, 11, 11, 11, 10, 10, 11, 11, 11}));
-    EXPECT_EQ(resized(source, 1, 1).pixels, std::vector<std::uint32_t>{11});
+    // Three columns over two: the middle one counts by half in each. Colours count as they are
+    // opaque.
+    Picture wide{3, 1, 1, {0xFF000000, 0xFF0000FF, 0xFF00FF00}};
+    EXPECT_EQ(resized(wide, 2, 1).pixels, (std::vector<std::uint32_t>{0xFF000055, 0xFF00AA55}));
+    Picture clear{2, 2, 1, {0xFFFFFFFF, 0x00123456, 0xFF000000, 0x00123456}};
+    EXPECT_EQ(resized(clear, 1, 1).pixels, std::vector<std::uint32_t>{0x80808080});
     EXPECT_EQ(resized(source, 4, 0).width, 0);
     EXPECT_EQ(resized(source, std::int64_t{1} << 40, std::int64_t{1} << 40).width, 0);
     EXPECT_EQ(resized({}, 4, 4).width, 0);

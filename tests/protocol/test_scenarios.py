@@ -180,7 +180,7 @@ class Scripts(unittest.TestCase):
                 *({"time": 0, "request": 3, "line": None, "call": "post", "type": type, "keyCode": 8,
                    "flags": 0x100000, "text": None, "tap": 0, "source": 1} for type in ("keyDown", "keyUp")),
                 {"time": 0, "request": 4, "line": None, "call": "post", "type": "mouseMoved",
-                 "point": [0, 0], "button": 0, "tap": 0, "source": None},
+                 "point": [0, 0], "button": 0, "click": None, "flags": None, "tap": 0, "source": None},
                 {"time": 0, "request": 4, "line": None, "call": "post", "type": "scrollWheel",
                  "point": [0, 0], "wheels": [2, 0, 0], "wheelCount": 2, "units": 1, "tap": 0,
                  "source": None}])

@@ -11,6 +11,7 @@ from .outline import body
 from .runtime import Runtime
 
 _FIRST_PAUSE, _LONGEST_PAUSE, _PAUSE_GROWS = 0.02, 0.25, 1.5
+_REST = 0.01  # a tree that changes all the time is not read without a break
 _WAIT_SLICE = 1.0  # another application may come to the front, of which nothing tells
 _SLOW = 1.5
 OUTLINE_CHARACTERS = 4000
@@ -48,7 +49,9 @@ class Looks:
                 self.stales += 1
                 if self.stales < 3:
                     continue
-            if not self._await_change(looked.revision, min(rest, _WAIT_SLICE)):
+            if self._await_change(looked.revision, min(rest, _WAIT_SLICE)):
+                time.sleep(_REST)
+            else:
                 time.sleep(min(pause, max(0.0, deadline - time.monotonic())))
                 pause = min(pause * _PAUSE_GROWS, _LONGEST_PAUSE)
 

@@ -236,10 +236,22 @@ void ObservedTree::proceed(ObservedElement& element) {
         facts.answered(Fact::children, 0);
     }
     const FactSet next = code == 0 ? needs(element) : FactSet();
-    const FactSet now = next.without({Fact::children});
+    const FactSet now = withName(element, next.without({Fact::children}));
     if (!now.isEmpty()) return ask(element, now, 0);
     element.isComplete = next.isEmpty() && element.pending.isEmpty();
     schedule();
+}
+
+/// Of a program that needs its elements' names to tell their roles and places, these are asked for
+/// with the name, or once the name that is under way is there.
+FactSet ObservedTree::withName(const ObservedElement& element, FactSet wanted) {
+    const FactSet leaning{Fact::role, Fact::extents};
+    const bool leans = wanted.has(Fact::role) || wanted.has(Fact::extents);
+    if (!leans || element.facts.asked.has(Fact::name)) return wanted;
+    if (!bus_.program(element.reference.busName).placesWithinWindow()) return wanted;
+    if (element.pending.has(Fact::name)) return wanted.without(leaning);
+    wanted.add(Fact::name);
+    return wanted;
 }
 
 void ObservedTree::ask(ObservedElement& element, FactSet wanted, std::int64_t maximumChildren) {

@@ -60,6 +60,7 @@ class ObservedTree {
     void schedule();
     void begin(ObservedElement& element);
     void proceed(ObservedElement& element);
+    FactSet withName(const ObservedElement& element, FactSet wanted);
     void ask(ObservedElement& element, FactSet wanted, std::int64_t maximumChildren);
     void takeChildren(ObservedElement& element);
     void connect();

@@ -2,7 +2,9 @@
 // performs blocks and signalled sources, and wakes only when it is told to.
 #import <Foundation/Foundation.h>
 
+#include <algorithm>
 #include <condition_variable>
+#include <ctime>
 #include <deque>
 #include <mutex>
 
@@ -188,7 +190,7 @@ void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLo
 CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode, double seconds, Boolean) {
     if (observers.empty()) return kCFRunLoopRunFinished;
     AXObserverObject* observer = observers.front();
-    if (observer->watch->wait(static_cast<std::uint64_t>(seconds * 1e6))) {
+    if (observer->watch->wait(static_cast<std::uint64_t>(seconds * 1e6) + 1)) {
         for (const auto& [name, context] : observer->notifications) {
             observer->callback((AXObserverRef)(__bridge void*)observer, nullptr,
                                (__bridge CFStringRef)name, context);
@@ -196,9 +198,8 @@ CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode, double seconds, Boolean) {
         return static_cast<CFRunLoopRunResult>(0);
     }
     // The simulated time has passed at once, the backend's clock is a real one.
-    std::mutex mutex;
-    std::unique_lock guard(mutex);
-    std::condition_variable().wait_for(guard, std::chrono::duration<double>(seconds));
+    timespec time{0, static_cast<long>(std::min(seconds, 0.9) * 1e9)};
+    clock_nanosleep(CLOCK_MONOTONIC, 0, &time, nullptr);
     return static_cast<CFRunLoopRunResult>(0);
 }
 void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLoopMode mode) {

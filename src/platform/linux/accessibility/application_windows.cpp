@@ -1,5 +1,6 @@
 #include "platform/linux/accessibility/application_windows.h"
 
+#include "platform/linux/accessibility/coordinate_map.h"
 #include "platform/linux/atspi/fact_questions.h"
 #include "platform/linux/atspi/messages.h"
 
@@ -17,7 +18,9 @@ bool ApplicationWindow::hasTitleOf(const X11Window& window) const {
 
 bool ApplicationWindow::hasSizeOf(const X11Window& window) const {
     const auto hasSize = [&](const Rect& rect) {
-        return facts.extents.width == rect.width && facts.extents.height == rect.height;
+        return exactScale({facts.extents.width, facts.extents.height}, {rect.width, rect.height},
+                          false)
+            .has_value();
     };
     return facts.knows(Fact::extents) && (hasSize(window.frame) || hasSize(window.windowRect()));
 }

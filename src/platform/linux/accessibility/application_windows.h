@@ -16,7 +16,8 @@ struct ApplicationWindow {
     /// Name, states and extents.
     Facts facts;
 
-    /// Whether it has the title, or the size (with or without shadows), of a window on the screen.
+    /// Whether it has the title, or at some scale the size (with or without shadows), of a window
+    /// on the screen.
     bool hasTitleOf(const X11Window& window) const;
     bool hasSizeOf(const X11Window& window) const;
 };

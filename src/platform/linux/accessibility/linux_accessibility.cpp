@@ -76,9 +76,7 @@ std::int32_t LinuxAccessibility::readAnew(const Reference& element, const Needs&
     if (tree_) limits.maximumChildren = tree_->maximumElements() + 1;
     const std::int32_t code = readFacts(bus_, element, needs, facts, limits);
     if (code == 0 && wantsScrollBar) readScrollBar(bus_, element, facts);
-    if (!wasPlaced && facts.knows(Fact::extents) && places_.isWithinWindow(element)) {
-        ScreenPlaces::place(facts, places_.origin(places_.windowOf(element)));
-    }
+    if (!wasPlaced && facts.knows(Fact::extents)) places_.place(element, facts);
     return code;
 }
 

@@ -80,7 +80,13 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Re
     if (isCounting_) count();
     connect();
     if (wantsActions_) findScrollBars();
-    if (places.isWithinWindow(root)) placeOnScreen(places);
+    // What the walk does not come to is in no known window.
+    std::vector<ObservedElement*> elements;
+    elements.reserve(elements_.size());
+    for (auto& [reference, element] : elements_) {
+        if (element.parent || &element == root_) elements.push_back(&element);
+    }
+    places.placeTree(elements);
 }
 
 /// Has everything that a program tells of all elements at once told at once, where that is no
@@ -332,22 +338,6 @@ const Facts* ObservedTree::readBeyond(const Reference& reference, const Needs& n
     Facts& facts = beyond_[reference];
     return readFacts(bus_, reference, needs, facts, {kScrollBarPlaces, end_}) == 0 ? &facts
                                                                                    : nullptr;
-}
-
-void ObservedTree::placeOnScreen(ScreenPlaces& places) {
-    std::unordered_map<const ObservedElement*, std::optional<Point>> origins;
-    for (auto& [reference, element] : elements_) {
-        if (!element.facts.knows(Fact::extents)) continue;
-        const ObservedElement* top = &element;
-        while (top->parent && top->parent->facts.role != AtspiRole::application) top = top->parent;
-        const auto known = origins.find(top);
-        const auto origin =
-            known != origins.end()
-                ? known->second
-                : origins.emplace(top, places.origin(places.windowOf(top->reference)))
-                      .first->second;
-        ScreenPlaces::place(element.facts, origin);
-    }
 }
 
 }  // namespace quil::linux_platform

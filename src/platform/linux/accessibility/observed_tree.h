@@ -69,7 +69,6 @@ class ObservedTree {
     const Facts* readBeyond(const Reference& reference, const Needs& needs);
     void findScrollBars();
     void findScrollBar(ObservedElement& element);
-    void placeOnScreen(ScreenPlaces& places);
 
     AccessibilityBus& bus_;
     const std::int64_t maximumElements_;

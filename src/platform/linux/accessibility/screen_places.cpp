@@ -1,8 +1,12 @@
 #include "platform/linux/accessibility/screen_places.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "platform/linux/accessibility/element_reader.h"
+#include "platform/linux/accessibility/observed_tree.h"
 #include "platform/linux/atspi/messages.h"
-#include "platform/linux/x11/windows/window_search.h"
+#include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -10,45 +14,266 @@ namespace {
 /// Deeper trees than any walk comes to.
 constexpr int kMaximumDepth = 100;
 
+/// Children of a window of which one is looked for that fills it.
+constexpr std::int64_t kMaximumParts = 4;
+
+/// Units of the border around the items of a menu, both sides together.
+constexpr double kMenuBorder = 12;
+
+/// Units by which toolkits round.
+constexpr double kTolerance = 1;
+
+bool hasArea(const Rect& rect) {
+    return rect.width > 0 && rect.height > 0;
+}
+
+bool isNear(double a, double b) {
+    return std::abs(a - b) <= kTolerance;
+}
+
+Point centreOf(const Rect& rect) {
+    return {rect.x + rect.width / 2, rect.y + rect.height / 2};
+}
+
+int depthOf(const ObservedElement& element) {
+    int depth = 0;
+    for (const ObservedElement* above = element.parent; above; above = above->parent) ++depth;
+    return depth;
+}
+
+Needs needsOf(FactSet wanted) {
+    return [wanted](const Facts& known) { return wanted.without(known.asked); };
+}
+
 }  // namespace
 
 Reference ScreenPlaces::windowOf(Reference element) {
     for (int depth = 0; depth < kMaximumDepth; ++depth) {
         Facts facts;
-        const Needs needs = [](const Facts& known) {
-            return FactSet{Fact::parent}.without(known.asked);
-        };
-        if (readFacts(bus_, element, needs, facts) != 0) return element;
+        if (readFacts(bus_, element, needsOf({Fact::parent}), facts) != 0) return element;
         if (facts.parent.path.empty() || facts.parent.path == atspi::kRootPath) return element;
         element = facts.parent;
     }
     return element;
 }
 
-std::optional<Point> ScreenPlaces::origin(const Reference& window) {
-    const auto pid = bus_.processId(window.busName);
-    Facts facts;
-    const Needs needs = [](const Facts& known) {
-        return FactSet{Fact::name, Fact::extents}.without(known.asked);
+std::optional<WindowFit> ScreenPlaces::fitOnScreen(X11Connection& connection, std::int32_t pid,
+                                                   const std::string& title,
+                                                   const ToolkitWindow& window) {
+    const auto active = activeWindow(connection);
+    const auto isNamed = [&](const X11Window& onScreen) {
+        return onScreen.title.value_or("") == title;
     };
-    if (!pid || readFacts(bus_, window, needs, facts) != 0) return {};
-    const Size size{facts.extents.width, facts.extents.height};
-    const auto connection = display_.connection();
-    const auto found = connection ? findWindow(*connection, *pid, facts.name, size) : std::nullopt;
-    if (!found) return {};
-    const Rect outer = found->windowRect();
-    const bool hasShadows = outer.width == size.width && outer.height == size.height;
-    return hasShadows ? Point{outer.x, outer.y} : Point{found->frame.x, found->frame.y};
+    if (active && active->pid == pid && isNamed(*active)) {
+        const auto fit = fitWindow(window, *active);
+        if (fit && fit->hasSize && (fit->hasPlace || window.isWithinWindow)) return fit;
+    }
+    std::optional<WindowFit> best;
+    int bestRank = 0;
+    for (const X11Window& onScreen : topLevelWindows(connection)) {
+        const auto fit = fitWindow(window, onScreen);
+        if (!fit) continue;
+        // A sandboxed application may be known by its helper's process.
+        const bool isOfProcess = onScreen.pid == pid;
+        if (!isOfProcess && !(isNamed(onScreen) && fit->hasSize)) continue;
+        const bool isActive = active && active->id == onScreen.id;
+        const int rank = 1 + (isOfProcess ? 32 : 0) + (isNamed(onScreen) ? 16 : 0) +
+                         (fit->hasSize ? 8 : 0) + (fit->hasPlace ? 4 : 0) +
+                         (onScreen.onScreen ? 2 : 0) + (isActive ? 1 : 0);
+        if (rank <= bestRank) continue;
+        bestRank = rank;
+        best = fit;
+    }
+    if (best) return best;
+    for (const PopUp& popUp : popUpsOf(connection, pid)) {
+        X11Window onScreen;
+        onScreen.frame = popUp.rect;
+        const auto fit = fitWindow(window, onScreen);
+        if (fit && fit->hasSize && (!best || fit->hasPlace)) best = fit;
+    }
+    return best;
 }
 
-void ScreenPlaces::place(Facts& facts, const std::optional<Point>& origin) {
-    if (!facts.knows(Fact::extents)) return;
-    if (origin) {
-        facts.extents.x += origin->x;
-        facts.extents.y += origin->y;
-    } else {
-        facts.extents = {};
+std::optional<ScreenPlaces::Window> ScreenPlaces::findWindow(const Reference& window, Facts facts) {
+    AtspiProgram& program = bus_.introducedProgram(window.busName);
+    const auto pid = bus_.processId(window.busName);
+    const auto connection = display_.connection();
+    if (!pid || !connection) return {};
+    if (readFacts(bus_, window, needsOf({Fact::name, Fact::extents}), facts) != 0) return {};
+    if (!hasArea(facts.extents)) {
+        // Swing's windows do not know where they are; what fills them does.
+        const auto needs = [](const Facts& known) {
+            return FactSet{known.asked.has(Fact::childCount) ? Fact::children : Fact::childCount}
+                .without(known.asked);
+        };
+        readFacts(bus_, window, needs, facts, {.maximumChildren = kMaximumParts});
+        for (std::size_t i = 0; i < facts.children.size() && i < kMaximumParts; ++i) {
+            Facts part;
+            readFacts(bus_, facts.children[i], needsOf({Fact::extents}), part);
+            if (!hasArea(part.extents)) continue;
+            facts.extents = part.extents;
+            break;
+        }
     }
+    const auto fit =
+        fitOnScreen(*connection, *pid, facts.name,
+                    {facts.extents, program.hasWholeScales(), program.placesWithinWindow()});
+    if (!fit) return {};
+    Window found{
+        fit->map, program.hasWholeScales(), program.placesWithinWindow(), program.isSwing(), {}};
+    const bool needsPopUps = found.isWithinWindow || found.isSwing || fit->map.scale != 1;
+    if (needsPopUps) found.popUps = popUpsOf(*connection, *pid);
+    return found;
+}
+
+/// Those who count within windows do so within the wrong ones: what is in a pop-up they place as if
+/// it began in the corner of the element that the pop-up belongs to. The pop-up is as large as the
+/// element that fills it, which seems to be in that corner. Several of the same size came up one
+/// after the other, as menus and their submenus do. A pop-up for which there are more elements, or
+/// fewer, than such windows is nowhere.
+ScreenPlaces::Detours ScreenPlaces::popoverDetours(const Window& window,
+                                                   const std::vector<ObservedElement*>& elements) {
+    Detours found;
+    std::vector<const PopUp*> left;
+    for (const PopUp& popUp : window.popUps) left.push_back(&popUp);
+    while (!left.empty()) {
+        const Rect rect = left.front()->rect;
+        const auto split = std::stable_partition(left.begin(), left.end(), [&](const auto* other) {
+            return other->rect.width != rect.width || other->rect.height != rect.height;
+        });
+        const std::vector<const PopUp*> alike(split, left.end());
+        left.erase(split, left.end());
+
+        const auto fills = [&](const ObservedElement* element) {
+            const Rect& extents = element->facts.extents;
+            return element->parent && element->parent->facts.knows(Fact::extents) &&
+                   isNear(extents.width * window.map.scale, rect.width) &&
+                   isNear(extents.height * window.map.scale, rect.height) &&
+                   isNear(extents.x, element->parent->facts.extents.x) &&
+                   isNear(extents.y, element->parent->facts.extents.y);
+        };
+        std::vector<const ObservedElement*> filling;
+        for (const ObservedElement* element : elements) {
+            const bool isOutermost = fills(element) && !fills(element->parent);
+            if (isOutermost) filling.push_back(element);
+        }
+        std::sort(filling.begin(), filling.end(),
+                  [](const auto* a, const auto* b) { return depthOf(*a) < depthOf(*b); });
+        for (std::size_t i = 0; i < filling.size(); ++i) {
+            const Rect& extents = filling[i]->facts.extents;
+            found[filling[i]] = {.isKnown = filling.size() == alike.size(),
+                                 .popUp = alike[std::min(i, alike.size() - 1)]->id,
+                                 .popUpFrom = {extents.x, extents.y},
+                                 .shift = {}};
+        }
+    }
+    return found;
+}
+
+/// Swing places the items of a menu as if their menu opened over its own title.
+ScreenPlaces::Detours ScreenPlaces::menuDetours(const Window& window,
+                                                const std::vector<ObservedElement*>& elements) {
+    Detours found;
+    for (const ObservedElement* menu : elements) {
+        if (menu->facts.role != AtspiRole::menu) continue;
+        const Detour detour = menuDetour(window, *menu, elements);
+        for (const ObservedElement* item : menu->children) found[item] = detour;
+    }
+    return found;
+}
+
+ScreenPlaces::Detour ScreenPlaces::menuDetour(const Window& window, const ObservedElement& menu,
+                                              const std::vector<ObservedElement*>& elements) {
+    const Point corner{menu.facts.extents.x, menu.facts.extents.y};
+    // A menu that fits into the window is an element in it, with the same items.
+    for (const ObservedElement* other : elements) {
+        if (other->facts.role != AtspiRole::popupMenu || other->children != menu.children) continue;
+        const Rect& extents = other->facts.extents;
+        return {.isKnown = true,
+                .popUp = XCB_WINDOW_NONE,
+                .popUpFrom = {},
+                .shift = {extents.x - corner.x, extents.y - corner.y}};
+    }
+    // Others are X windows, of just the size for the items.
+    Point end = corner;
+    for (const ObservedElement* item : menu.children) {
+        if (!hasArea(item->facts.extents)) continue;
+        end = {std::max(end.x, item->facts.extents.maxX()),
+               std::max(end.y, item->facts.extents.maxY())};
+    }
+    Detour detour;
+    for (const PopUp& popUp : window.popUps) {
+        const double right = popUp.rect.width / window.map.scale - (end.x - corner.x);
+        const double below = popUp.rect.height / window.map.scale - (end.y - corner.y);
+        if (std::min(right, below) < 0 || std::max(right, below) > kMenuBorder) continue;
+        // Of two that would do, neither is known to be the right one.
+        detour = {.isKnown = detour.popUp == XCB_WINDOW_NONE,
+                  .popUp = popUp.id,
+                  .popUpFrom = corner,
+                  .shift = {}};
+    }
+    return detour;
+}
+
+std::optional<Rect> ScreenPlaces::onScreen(const Window& window, const Anchor& anchor,
+                                           const Rect& extents) {
+    const Detour detour = anchor.detour.value_or(Detour{true, XCB_WINDOW_NONE, {}, {}});
+    if (!detour.isKnown) return {};
+    const Rect moved{extents.x + detour.shift.x, extents.y + detour.shift.y, extents.width,
+                     extents.height};
+    const Rect rect = window.map.onScreen(moved);
+    for (auto popUp = window.popUps.rbegin(); popUp != window.popUps.rend(); ++popUp) {
+        if (detour.popUp == popUp->id) {
+            return CoordinateMap{detour.popUpFrom, {popUp->rect.x, popUp->rect.y}, window.map.scale}
+                .onScreen(extents);
+        }
+        if (window.isWithinWindow || detour.popUp != XCB_WINDOW_NONE) continue;
+        if (!popUp->rect.contains(centreOf(rect))) continue;
+        return mapInPopUp(window.map, window.hasWholeScales, popUp->rect).onScreen(moved);
+    }
+    // What is in a pop-up that has gone is nowhere.
+    return detour.popUp == XCB_WINDOW_NONE ? std::optional(rect) : std::nullopt;
+}
+
+void ScreenPlaces::placeTree(const std::vector<ObservedElement*>& elements) {
+    anchors_.clear();
+    std::unordered_map<const ObservedElement*, std::vector<ObservedElement*>> byWindow;
+    for (ObservedElement* element : elements) {
+        if (!element->facts.knows(Fact::extents)) continue;
+        const ObservedElement* top = element;
+        while (top->parent && top->parent->facts.role != AtspiRole::application) top = top->parent;
+        byWindow[top].push_back(element);
+    }
+    for (auto& [top, inside] : byWindow) {
+        const auto window = findWindow(top->reference, top->facts);
+        const Detours detours = !window                  ? Detours()
+                                : window->isWithinWindow ? popoverDetours(*window, inside)
+                                : window->isSwing        ? menuDetours(*window, inside)
+                                                         : Detours();
+        std::vector<std::pair<ObservedElement*, std::optional<Rect>>> placed;
+        for (ObservedElement* element : inside) {
+            Anchor anchor{top->reference, {}};
+            for (const ObservedElement* above = element; above && !detours.empty();
+                 above = above->parent) {
+                const auto detour = detours.find(above);
+                if (detour == detours.end()) continue;
+                anchor.detour = detour->second;
+                break;
+            }
+            placed.emplace_back(
+                element, window ? onScreen(*window, anchor, element->facts.extents) : std::nullopt);
+            anchors_.emplace(element->reference, std::move(anchor));
+        }
+        for (auto& [element, rect] : placed) element->facts.extents = rect.value_or(Rect());
+    }
+}
+
+void ScreenPlaces::place(const Reference& element, Facts& facts) {
+    const auto known = anchors_.find(element);
+    const Anchor anchor = known != anchors_.end() ? known->second : Anchor{windowOf(element), {}};
+    const auto window = findWindow(anchor.window, {});
+    const auto rect = window ? onScreen(*window, anchor, facts.extents) : std::nullopt;
+    facts.extents = rect.value_or(Rect());
 }
 
 }  // namespace quil::linux_platform

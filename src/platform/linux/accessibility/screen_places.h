@@ -1,36 +1,77 @@
 #pragma once
 
 #include <optional>
+#include <unordered_map>
+#include <vector>
 
+#include "platform/linux/accessibility/coordinate_map.h"
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/atspi/facts.h"
 #include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/windows/pop_ups.h"
 
 namespace quil::linux_platform {
 
-/// Puts elements of programs that know places within their windows only (GTK 4) on the screen: the
-/// X server says where the window is.
+struct ObservedElement;
+
+/// Puts elements on the screen: their programs tell places in coordinates of their own. An element
+/// whose place cannot be known gets extents without an area.
 class ScreenPlaces {
   public:
     /// Both outlive this.
     ScreenPlaces(AccessibilityBus& bus, X11Display& display) : bus_(bus), display_(display) {}
 
-    /// Whether the element's extents are in its window's coordinates.
-    bool isWithinWindow(const Reference& element) {
-        return bus_.introducedProgram(element.busName).placesWithinWindow();
-    }
+    /// Places all elements of a tree, whose extents are as the programs told them, and remembers
+    /// which windows they are in.
+    void placeTree(const std::vector<ObservedElement*>& elements);
+    /// Places an element that was read by itself.
+    void place(const Reference& element, Facts& facts);
+
+  private:
+    /// A window of a program on the screen.
+    struct Window {
+        CoordinateMap map;
+        bool hasWholeScales = false;
+        bool isWithinWindow = false;
+        bool isSwing = false;
+        /// Those in which elements are placed differently; empty when they make no difference.
+        std::vector<PopUp> popUps;
+    };
+    /// Where an element is that its program places as if it were elsewhere: in an X window of its
+    /// own, or just somewhere else.
+    struct Detour {
+        bool isKnown = false;
+        xcb_window_t popUp = XCB_WINDOW_NONE;
+        /// Where the pop-up's corner seems to be, in the program's coordinates.
+        Point popUpFrom;
+        /// What is to be added to the program's coordinates.
+        Point shift;
+    };
+    /// By the elements that, with all that is in them, take it.
+    using Detours = std::unordered_map<const ObservedElement*, Detour>;
+    /// What an element is in.
+    struct Anchor {
+        Reference window;
+        std::optional<Detour> detour;
+    };
+
     /// The window that an element is in, or is: the application's child among its ancestors. The
     /// element itself when it has none.
     Reference windowOf(Reference element);
-    /// Where the window's own coordinates begin on the screen. Nothing when it is not found there.
-    std::optional<Point> origin(const Reference& window);
+    std::optional<Window> findWindow(const Reference& window, Facts facts);
+    std::optional<WindowFit> fitOnScreen(X11Connection& connection, std::int32_t pid,
+                                         const std::string& title, const ToolkitWindow& window);
+    static Detours popoverDetours(const Window& window,
+                                  const std::vector<ObservedElement*>& elements);
+    static Detours menuDetours(const Window& window, const std::vector<ObservedElement*>& elements);
+    static Detour menuDetour(const Window& window, const ObservedElement& menu,
+                             const std::vector<ObservedElement*>& elements);
+    static std::optional<Rect> onScreen(const Window& window, const Anchor& anchor,
+                                        const Rect& extents);
 
-    /// Moves extents from a window's coordinates to the screen's; without an origin, nowhere.
-    static void place(Facts& facts, const std::optional<Point>& origin);
-
-  private:
     AccessibilityBus& bus_;
     X11Display& display_;
+    std::unordered_map<Reference, Anchor, ReferenceHash> anchors_;
 };
 
 }  // namespace quil::linux_platform

@@ -12,6 +12,9 @@ namespace {
 /// Toolkits look for anybody who listens to anything. Nothing ever sends this.
 constexpr const char* kEvent = "object:quil-observes";
 
+/// What Java's bridge calls itself.
+constexpr const char* kSwing = "J2SE-access-bridge";
+
 }  // namespace
 
 Peer& AtspiProgram::peer() const {
@@ -135,6 +138,8 @@ void AccessibilityBus::note(AtspiProgram& program, const Introduction& said) {
     program.givesAllProperties_ = address.has_value();
     program.tellsEverything_ = toolkit == "gtk" && address.has_value();
     program.placesWithinWindow_ = toolkit == "GTK" && version && !version->starts_with("3.");
+    program.isSwing_ = toolkit == kSwing;
+    program.hasWholeScales_ = toolkit == "gtk" || toolkit == "GTK" || program.isSwing_;
     if (address && !address->empty()) program.socket_ = Bus::open(Bus::Kind::socket, *address);
     if (program.socket_ && !program.socket_->isReady()) program.socket_ = nullptr;
 }

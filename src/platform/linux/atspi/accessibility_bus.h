@@ -42,6 +42,10 @@ class AtspiProgram {
     void noteEmpty(const std::string& document) { empty_.insert(document); }
     /// It knows places within its windows only, not on the screen.
     bool placesWithinWindow() const { return placesWithinWindow_; }
+    /// Its units are so many whole pixels.
+    bool hasWholeScales() const { return hasWholeScales_; }
+    /// It is a Swing program, behind Java's bridge.
+    bool isSwing() const { return isSwing_; }
 
   private:
     friend class AccessibilityBus;
@@ -51,6 +55,8 @@ class AtspiProgram {
     bool givesAllProperties_ = false;
     bool tellsEverything_ = false;
     bool placesWithinWindow_ = false;
+    bool hasWholeScales_ = false;
+    bool isSwing_ = false;
     BusDeadline firstContact_ = BusClock::now();
     std::string countedWindow_;
     bool isSmall_ = false;

@@ -22,6 +22,7 @@ enum class AtspiRole : std::uint32_t {
     pageTab = 37,
     panel = 39,
     passwordText = 40,
+    popupMenu = 41,
     pushButton = 43,
     radioButton = 44,
     radioMenuItem = 45,

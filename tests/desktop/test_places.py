@@ -54,6 +54,8 @@ class PlacesApp:
                                          for line in self.process.stdout], daemon=True).start()
 
     def end(self):
+        if self.process.poll() is not None:
+            return
         os.killpg(self.process.pid, signal.SIGKILL)
         self.process.wait()
 

@@ -47,7 +47,13 @@ std::optional<ShareableContent> LinuxScreenCapture::getShareableContent(
     const auto connection = display_.connection();
     if (!connection) return {};
     ShareableContent content;
-    for (const X11Window& window : topLevelWindows(*connection)) {
+    auto windows = topLevelWindows(*connection);
+    // The one that has the focus need not be the foremost of its application: tiling, "keep above".
+    if (const auto active = activeWindow(*connection)) {
+        std::stable_partition(windows.begin(), windows.end(),
+                              [&](const X11Window& window) { return window.id == active->id; });
+    }
+    for (const X11Window& window : windows) {
         if (onScreenWindowsOnly && !window.onScreen) continue;
         if (excludingDesktopWindows && window.isDesktopElement) continue;
         content.windows.push_back({window.id, window.layer, window.pid, window.frame});

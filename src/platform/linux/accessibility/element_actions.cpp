@@ -57,7 +57,7 @@ std::int32_t setText(AccessibilityBus& bus, const Reference& element, const std:
 
 }  // namespace
 
-std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display,
+std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display, ScreenPlaces& places,
                                   const Reference& element, std::string_view action) {
     Facts facts;
     std::int32_t code = readFacts(bus, element, needsForActions, facts);
@@ -71,7 +71,7 @@ std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display,
     }
     const bool isDown = action == kScrollDownByPage;
     if (!isDown && action != kScrollUpByPage) return kAxActionUnsupported;
-    return scrollByPage(bus, display, element, isDown);
+    return scrollByPage(bus, display, places, element, isDown);
 }
 
 std::int32_t setElementFocused(AccessibilityBus& bus, const Reference& element,

@@ -163,7 +163,8 @@ std::int32_t LinuxAccessibility::copyActionNames(const ElementRef& element,
 
 std::int32_t LinuxAccessibility::performAction(const ElementRef& element, std::string_view action) {
     const auto reference = resolve(element);
-    return reference ? performElementAction(bus_, display_, *reference, action) : kAxCannotComplete;
+    return reference ? performElementAction(bus_, display_, places_, *reference, action)
+                     : kAxCannotComplete;
 }
 
 std::int32_t LinuxAccessibility::setAttributeValue(const ElementRef& element,

@@ -63,9 +63,8 @@ class Wheel {
 };
 
 std::int32_t scrollByWheel(AccessibilityBus& bus, X11Display& display, const Facts& pane,
-                           double page, bool isDown) {
+                           const Rect& place, double page, bool isDown) {
     const auto connection = display.connection();
-    const Rect& place = pane.extents;
     if (!connection || place.width <= 0 || place.height <= 0) return kAxFailure;
     Wheel wheel(*connection, {place.x + place.width / 2, place.y + place.height / 2});
     const auto position = [&] { return rangeProperty(bus, pane.scrollBar, "CurrentValue"); };
@@ -81,8 +80,8 @@ std::int32_t scrollByWheel(AccessibilityBus& bus, X11Display& display, const Fac
 
 /// Scroll bars count in the pane's own units, of which the bar does not say how many a page has:
 /// for all but short contents they are points.
-std::int32_t scrollByBar(AccessibilityBus& bus, X11Display& display, const Facts& pane,
-                         bool isDown) {
+std::int32_t scrollByBar(AccessibilityBus& bus, X11Display& display, ScreenPlaces& places,
+                         const Reference& element, const Facts& pane, bool isDown) {
     const Reference& bar = pane.scrollBar;
     const auto position = rangeProperty(bus, bar, "CurrentValue");
     const auto minimum = rangeProperty(bus, bar, "MinimumValue");
@@ -97,7 +96,9 @@ std::int32_t scrollByBar(AccessibilityBus& bus, X11Display& display, const Facts
     const std::int32_t code = command(bus, bar, atspi::kProperties, "Set", "ssv", atspi::kValue,
                                       "CurrentValue", "d", wanted);
     if (code == 0 && numberChanges(bus, bar, *position)) return 0;
-    return scrollByWheel(bus, display, pane, page, isDown);
+    Facts placed = pane;
+    places.place(element, placed);
+    return scrollByWheel(bus, display, pane, placed.extents, page, isDown);
 }
 
 /// Browsers put a part of a page where it is asked for.
@@ -126,14 +127,14 @@ std::int32_t scrollContent(AccessibilityBus& bus, const Reference& page, const F
 
 }  // namespace
 
-std::int32_t scrollByPage(AccessibilityBus& bus, X11Display& display, const Reference& element,
-                          bool isDown) {
+std::int32_t scrollByPage(AccessibilityBus& bus, X11Display& display, ScreenPlaces& places,
+                          const Reference& element, bool isDown) {
     Facts facts;
     readScrollBar(bus, element, facts);
     if (facts.code(Fact::scrollBar) != 0) return facts.code(Fact::scrollBar);
     if (!facts.scrollBar.path.empty()) {
         readFacts(bus, element, findAttribute("AXSize")->needs, facts);
-        return scrollByBar(bus, display, facts, isDown);
+        return scrollByBar(bus, display, places, element, facts, isDown);
     }
     Facts page;
     const Needs needs = [](const Facts& known) {

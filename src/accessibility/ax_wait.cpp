@@ -18,7 +18,9 @@ class Waiting {
     }
 
     AxWaitOutcome until(double end, double quietSeconds) {
-        for (double now = uptime(); now < end; now = uptime()) {
+        for (;;) {
+            const double now = uptime();
+            if (now >= end) break;
             const double quietEnd = changedAt_ + quietSeconds;
             if (isChanged() && now >= quietEnd) break;
             pause((isChanged() ? std::min(end, quietEnd) : end) - now);

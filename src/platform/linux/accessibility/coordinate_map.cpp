@@ -37,7 +37,9 @@ std::optional<double> likelyScale(Size units, Size pixels, bool isWhole) {
     double best = 0;
     double mostAlike = kLeastLikeness;
     const double step = isWhole ? 1 : kScaleStep;
-    for (double scale = 1; scale <= kLargestScale; scale += step) {
+    const int steps = static_cast<int>((kLargestScale - 1) / step);
+    for (int i = 0; i <= steps; ++i) {
+        const double scale = 1 + i * step;
         const double alike = likeness({units.width * scale, units.height * scale}, pixels);
         if (alike <= mostAlike) continue;
         mostAlike = alike;
@@ -92,7 +94,9 @@ std::optional<double> exactScale(Size units, Size pixels, bool isWhole) {
     if (isScaled(units, pixels, 1)) return 1;
     const double step = isWhole ? 1 : kScaleStep;
     const double first = isWhole ? 1 : kSmallestScale;
-    for (double scale = first; scale <= kLargestScale; scale += step) {
+    const int steps = static_cast<int>((kLargestScale - first) / step);
+    for (int i = 0; i <= steps; ++i) {
+        const double scale = first + i * step;
         if (isScaled(units, pixels, scale)) return scale;
     }
     if (isWhole) return {};

@@ -100,8 +100,8 @@ void ClipboardServer::letClientsFinish() {
     }
 }
 
-/// Asks the clipboard manager to take the text, as its specification ("ClipboardManager" of
-/// freedesktop.org) has it, and answers it until it has.
+/// Asks the clipboard manager to take the text, by the protocol that freedesktop.org describes
+/// ("ClipboardManager"), and answers it until it has.
 void ClipboardServer::handOver() {
     if (clearsAt_) return clearNow();
     if (!contents_.current()) return;

@@ -1,10 +1,10 @@
 /** Finding again what an earlier observation had. */
-import type { Element } from "./observation.js";
+import type { Element, Observation } from "./observation.js";
 import { body } from "./outline.js";
 import { squeezed } from "./texts.js";
 
 /**
- * The step that means an element of an earlier observation, in a new one of the same process. Alike are elements of the same role,
+ * The step that means an element of an earlier observation, in a new one of the same window. Alike are elements of the same role,
  * identifier and label. The only one that is alike before and now is it. Of several, it is the one whose surroundings have the same
  * labels: the largest part of the tree around it in which nothing else is alike. Of those whose surroundings are the same, too, it is the
  * one at the same position, when there are as many of them as before. Otherwise it is not known which one it is, and none or all that it
@@ -15,7 +15,7 @@ export class Again {
 
     among(elements: readonly Element[]): Element[] {
         const before = this.element.observation;
-        if (elements[0]?.observation.target.pid !== before.target.pid) return [];
+        if (!elements[0] || !isSameWindow(before, elements[0].observation)) return [];
         const old = before.elements.filter((one) => isAlike(one, this.element));
         const found = elements.filter((one) => isAlike(one, this.element));
         if (old.length === 1 && found.length === 1) return found;
@@ -39,8 +39,30 @@ export class Again {
     }
 }
 
+/**
+ * Whether two observations are of the same window, as far as they tell: of the same process and role, and with the same title, or with
+ * more than half of the elements of either alike.
+ */
+export function isSameWindow(before: Observation, now: Observation): boolean {
+    if (!before.root || !now.root || before.target.pid !== now.target.pid || before.root.role !== now.root.role) return false;
+    if (squeezed(before.root.label) === squeezed(now.root.label)) return true;
+    const counts = new Map<string, number>();
+    for (const element of before.elements) counts.set(likeness(element), (counts.get(likeness(element)) ?? 0) + 1);
+    let common = 0;
+    for (const element of now.elements) {
+        const rest = counts.get(likeness(element)) ?? 0;
+        if (rest > 0) common += 1;
+        counts.set(likeness(element), rest - 1);
+    }
+    return 2 * common > Math.max(before.elements.length, now.elements.length);
+}
+
+function likeness({ role, id, label }: Element): string {
+    return JSON.stringify([role, id, squeezed(label)]);
+}
+
 function isAlike(one: Element, other: Element): boolean {
-    return one.role === other.role && one.id === other.id && squeezed(one.label) === squeezed(other.label);
+    return one.role === other.role && likeness(one) === likeness(other);
 }
 
 /** The labels in the largest part of the tree around each element in which no other of them is. */

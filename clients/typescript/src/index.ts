@@ -16,6 +16,7 @@
  *
  * @packageDocumentation
  */
+export { isSameWindow } from "./again.js";
 export { Desktop, type DesktopOptions, type Glimpse, type Window } from "./desktop.js";
 export * from "./errors.js";
 export { expect, type Expectation } from "./expect.js";
@@ -25,10 +26,10 @@ export { type Clipboard, Fraction, type Keyboard, type Mouse, type Place } from 
 export type { ClickOptions, Locator, Locators, RoleOptions } from "./locator.js";
 export type { CriteriaOptions } from "./matching.js";
 export { center, type Element, Observation, type Rectangle, type State } from "./observation.js";
-export type { OutlineOptions } from "./outline.js";
+export { body, type OutlineOptions } from "./outline.js";
 export type { Picture } from "./pictures.js";
 export { type Command, findRuntime, Process } from "./process.js";
 export type { Recording, ReplayOptions, Source } from "./recording.js";
 export { Runtime } from "./runtime.js";
-export type { Text } from "./texts.js";
+export { squeezed, type Text } from "./texts.js";
 export type { Waiting } from "./waiting.js";

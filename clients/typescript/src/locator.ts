@@ -22,6 +22,8 @@ export interface ClickOptions extends Waiting {
     pointer?: boolean;
     /** "left" when not said; others need the pointer. */
     button?: MouseButton;
+    /** 2 for a double click, 3 for a triple one, which need the pointer; 1 when not said. */
+    count?: number;
     /** Modifiers that are held, such as "ctrl+shift"; they need the pointer. */
     modifiers?: string;
     /** Clicks also what says that it is disabled, as the cells of some spreadsheets do. */
@@ -175,13 +177,13 @@ export class Locator extends Locators {
     }
 
     /**
-     * Presses it where it offers that, else (and with `pointer`, another button than "left", or modifiers) clicks its centre with the
-     * pointer.
+     * Presses it where it offers that, else (and with `pointer`, another button than "left", more than one click, or modifiers) clicks its
+     * centre with the pointer.
      */
     async click(options: ClickOptions = {}): Promise<void> {
-        const { pointer = false, button = "left", modifiers, force } = options;
+        const { pointer = false, button = "left", count = 1, modifiers, force } = options;
         const state = force ? "any" : "enabled";
-        if (button !== "left" || modifiers) await this.#mouseClick("click", button, modifiers, options, state);
+        if (button !== "left" || modifiers || count !== 1) await this.#mouseClick("click", { button, count, modifiers }, options, state);
         else await this.act("click", (element) => this.pressOn(element, pointer, options.signal), options, state);
     }
 
@@ -192,7 +194,7 @@ export class Locator extends Locators {
 
     /** A click with the right button on its centre. */
     async rightClick(options: Waiting & { modifiers?: string } = {}): Promise<void> {
-        await this.#mouseClick("rightClick", "right", options.modifiers, options, "enabled");
+        await this.#mouseClick("rightClick", { button: "right", modifiers: options.modifiers }, options, "enabled");
     }
 
     /** Moves the pointer to its centre. */
@@ -324,9 +326,9 @@ export class Locator extends Locators {
         await this.#runtime.desktopClick({ element: seen(element).token }, { signal });
     }
 
-    async #mouseClick(what: string, button: MouseButton, modifiers: string | undefined, options: Waiting, state: "enabled" | "any"): Promise<void> {
+    async #mouseClick(what: string, how: Pick<ClickOptions, "button" | "count" | "modifiers">, options: Waiting, state: "enabled" | "any"): Promise<void> {
         await this.act(what, (element) => this.desktop.extension(
-            () => this.#runtime.desktopMouseClick({ element: seen(element).token, button, modifiers }, options), "such a click"), options, state);
+            () => this.#runtime.desktopMouseClick({ element: seen(element).token, ...how }, options), "such a click"), options, state);
     }
 
     /** @internal */

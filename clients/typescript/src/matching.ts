@@ -124,7 +124,7 @@ export class Selector {
 
 function below(scopes: readonly Element[]): Element[] {
     const inside = new Set(scopes.flatMap((scope) => [...scope.descendants()]));
-    return [...inside].sort((a, b) => a.ref - b.ref);
+    return scopes[0]?.observation.elements.filter((element) => inside.has(element)) ?? [];
 }
 
 /** The candidates for an action: of what matches, what is to be seen; all of it when nothing is. */

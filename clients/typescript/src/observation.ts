@@ -20,7 +20,7 @@ export function center({ x, y, width, height }: Rectangle): [x: number, y: numbe
 export class Element {
     /** Its name towards the runtime, as long as the tree does not change. */
     readonly token: string;
-    /** Its place in the observation, from 0; outlines show it. */
+    /** Its place in the observation, from 0, unless the observation was given other numbers; outlines show it. */
     readonly ref: number;
     /** The native role, such as "AXButton". */
     readonly role: string;
@@ -127,14 +127,15 @@ export class Observation {
     readonly elements: readonly Element[];
     readonly #byToken = new Map<string, Element>();
 
-    constructor(state: State) {
+    /** refs: what elements are to be numbered by in outlines, in their order; 0, 1, 2 … when not said. */
+    constructor(state: State, refs?: readonly number[]) {
         this.revision = state.revision;
         this.truncated = state.truncated;
         this.text = state.axText;
         this.target = state.target ?? {};
-        this.elements = state.nodes.map((node, ref) => {
+        this.elements = state.nodes.map((node, index) => {
             const above = this.#byToken.get(node.token.slice(0, Math.max(0, node.token.lastIndexOf("."))));
-            const element = new Element(node, ref, above, this);
+            const element = new Element(node, refs?.[index] ?? index, above, this);
             this.#byToken.set(node.token, element);
             return element;
         });
@@ -147,7 +148,7 @@ export class Observation {
 
     /** The element with the reference that an outline shows; undefined when there is none. */
     byRef(ref: number): Element | undefined {
-        return this.elements[ref];
+        return this.elements[ref]?.ref === ref ? this.elements[ref] : this.elements.find((element) => element.ref === ref);
     }
 
     /** The element with this token; undefined when there is none. */

@@ -91,7 +91,7 @@ function shows(element: Element, interactiveOnly: boolean, above: Element): bool
 /** The tree as text; Observation.outline describes it. */
 export function outline(observation: Observation, options: OutlineOptions = {}): string {
     const { interactiveOnly = false, maxDepth = Infinity, within, maxCharacters } = options;
-    const root = typeof within === "object" ? within : observation.elements[within ?? 0];
+    const root = within === undefined ? observation.root : typeof within === "number" ? observation.byRef(within) : within;
     if (!root) return "nothing is in front";
     const lines: Line[] = [];
     let deeper = 0;

@@ -1,0 +1,38 @@
+import { appendFileSync } from "node:fs";
+
+/** One line of the log: one tool that was called. Texts that were typed or copied are not in it, only their lengths. */
+export interface Entry {
+    readonly tool: string;
+    readonly arguments: unknown;
+    /** The application that was in front at that moment; absent when unknown or none. */
+    readonly app?: string | undefined;
+    /** "ok", or the first line of what went wrong. */
+    readonly outcome: string;
+    readonly milliseconds: number;
+}
+
+/** Appends to a file that only its owner can read, one JSON object a line; does nothing where no file was given. Throws when the file
+ *  cannot be written, which fails the tool call. */
+export class Log {
+    readonly #path: string | undefined;
+
+    constructor(path?: string) {
+        this.#path = path;
+        if (path !== undefined) appendFileSync(path, "", { mode: 0o600 });
+    }
+
+    add(entry: Entry): void {
+        if (this.#path === undefined) return;
+        const line = { at: new Date().toISOString(), ...entry, arguments: withoutTexts(entry.arguments) };
+        appendFileSync(this.#path, `${JSON.stringify(line)}\n`);
+    }
+}
+
+/** What the user's or the model's words may be in. */
+const TEXTS = new Set(["text"]);
+
+function withoutTexts(value: unknown): unknown {
+    if (value === null || typeof value !== "object" || Array.isArray(value)) return value;
+    return Object.fromEntries(Object.entries(value).map(([key, one]) => [
+        key, TEXTS.has(key) && typeof one === "string" ? `${[...one].length} characters` : withoutTexts(one)]));
+}

@@ -1,0 +1,27 @@
+/** The command line that starts the server; quil-cli's `mcp` takes the same. */
+
+import { type Command, Option } from "commander";
+
+export interface ServerOptions {
+    runtime?: string[];
+    readOnly?: boolean;
+    allowApp?: string[];
+    denyApp?: string[];
+    confirm?: boolean;
+    redact?: string[];
+    log?: string;
+}
+
+const collect = (value: string, before: string[] = []): string[] => [...before, value];
+
+export function addServerOptions<C extends Command>(command: C): C {
+    command
+        .addOption(new Option("--runtime <command...>", "the runtime and its arguments, such as: quil-sim form.json; else the packaged one, else quil on PATH"))
+        .addOption(new Option("--read-only", "offer no tool that acts"))
+        .addOption(new Option("--allow-app <id>", "read and control only this application (repeatable): its identifier, or the path of its program").argParser(collect))
+        .addOption(new Option("--deny-app <id>", "neither read nor control this application (repeatable)").argParser(collect))
+        .addOption(new Option("--confirm", "ask the user before each action; where the client cannot ask, refuse"))
+        .addOption(new Option("--redact <pattern>", "hide what this regular expression matches in everything that is answered (repeatable)").argParser(collect))
+        .addOption(new Option("--log <file>", "append what was done, one JSON object a line, without the texts that were typed"));
+    return command;
+}

@@ -1,0 +1,57 @@
+import { z } from "zod";
+import type { RecordedAction, Recording } from "quil";
+import { BadArguments, tool } from "./tool.js";
+
+const MOST_TEXT = 20_000;
+
+export const clipboard = tool({
+    name: "clipboard",
+    title: "Clipboard",
+    description: "Reads the clipboard's text, or writes it when text is given.",
+    input: z.strictObject({ text: z.string().optional().describe("what to write") }).meta({ examples: [{}, { text: "to be pasted" }] }),
+    acts: (input) => input.text !== undefined,
+    annotations: { destructiveHint: true, idempotentHint: true },
+    subject: "none",
+    question: () => "write to the clipboard",
+    async run(input, { session, signal }) {
+        if (input.text !== undefined) {
+            await session.desktop.clipboard.write(input.text, { signal });
+            return { text: `The clipboard has ${[...input.text].length} characters.` };
+        }
+        const text = await session.desktop.clipboard.read({ signal });
+        if (text === null) return { text: "The clipboard has no text.", structured: { text } };
+        const characters = [...text];
+        const rest = characters.length - MOST_TEXT;
+        const cut = rest > 0 ? `${characters.slice(0, MOST_TEXT).join("")}\n… ${rest} more characters` : text;
+        return { text: cut, structured: { characters: characters.length } };
+    },
+});
+
+/** Recordings go on between calls; one for each session. */
+const running = new WeakMap<object, Recording>();
+
+export const record = tool({
+    name: "record",
+    title: "Record the user",
+    description: "Records what the user does by pointer and keyboard (never passwords): start, later stop, which answers the steps as JSON lines for quil-cli replay.",
+    input: z.strictObject({ action: z.enum(["start", "stop"]) }).meta({ examples: [{ action: "start" }, { action: "stop" }] }),
+    // What the user types is more than what the desktop shows.
+    acts: (input) => input.action === "start",
+    onlyActs: true,
+    annotations: { destructiveHint: false },
+    subject: "none",
+    question: (input) => `${input.action} recording what you do`,
+    async run(input, { session }) {
+        const recording = running.get(session);
+        if (input.action === "start") {
+            if (recording) throw new BadArguments("A recording runs already; stop it first.");
+            running.set(session, await session.desktop.record());
+            return { text: "Recording. Ask the user to show what is to be done, then call record with stop." };
+        }
+        if (!recording) throw new BadArguments("No recording runs; start one first.");
+        running.delete(session);
+        await recording.stop();
+        const steps: readonly RecordedAction[] = recording.actions;
+        return { text: steps.length === 0 ? "Nothing was recorded." : steps.map((step) => JSON.stringify(step)).join("\n"), structured: { steps: steps.length } };
+    },
+});

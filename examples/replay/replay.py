@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Records what a person does with mouse and keyboard, and does it again.
+"""Records what a user does with mouse and keyboard, and does it again.
 
 usage: replay.py record QUIL FILE [--seconds N]
        replay.py play QUIL FILE [--pauses FACTOR]
@@ -7,9 +7,9 @@ usage: replay.py record QUIL FILE [--seconds N]
 QUIL is the runtime's executable; arguments for it may follow in the same word ("quil-sim form.json").
 The client has to be installed, or clients/python be on PYTHONPATH.
 
-record  writes one line of JSON to FILE for each thing the person does, as it comes from the runtime,
-        until Ctrl+C or for so many seconds. FILE then holds what the person typed: keep it to yourself.
-play    does what FILE says, with the pauses that the person made, times FACTOR (default 1; 0.5 is
+record  writes one line of JSON to FILE for each thing the user does, as it comes from the runtime,
+        until Ctrl+C or for so many seconds. FILE then holds what the user typed: keep it to yourself.
+play    does what FILE says, with the pauses that the user made, times FACTOR (default 1; 0.5 is
         twice as fast; 0 leaves them out and types texts in one go). The screen has to look as it did:
         a click goes to a place, not to what was there.
 

@@ -4,7 +4,7 @@
 
 namespace quil {
 
-/// Orders text the way the person's language does.
+/// Orders text the way the user's language does.
 class Collation {
   public:
     virtual ~Collation() = default;

@@ -2,7 +2,7 @@
 
 namespace quil {
 
-/// The privacy permissions of this process. The queries never ask the person and are answered
+/// The privacy permissions of this process. The queries never ask the user and are answered
 /// afresh every time.
 class Permissions {
   public:
@@ -12,9 +12,9 @@ class Permissions {
     virtual bool isProcessTrusted() = 0;
     /// Screen Recording: may this process read other applications' windows?
     virtual bool preflightScreenCaptureAccess() = 0;
-    /// Input Monitoring: may this process listen to the person's input?
+    /// Input Monitoring: may this process listen to the user's input?
     virtual bool preflightListenEventAccess() = 0;
-    /// Asks the person for Input Monitoring where the platform has such a question. Returns whether
+    /// Asks the user for Input Monitoring where the platform has such a question. Returns whether
     /// the permission is granted now.
     virtual bool requestListenEventAccess() = 0;
 };

@@ -28,7 +28,7 @@ class Workspace {
   public:
     virtual ~Workspace() = default;
 
-    /// The application that has the person's focus; nothing when there is none.
+    /// The application that has the user's focus; nothing when there is none.
     virtual std::optional<RunningApplication> frontmostApplication() = 0;
     /// The running application with that process id; nothing when that process is no application.
     virtual std::optional<RunningApplication> runningApplicationWithProcessIdentifier(

@@ -20,7 +20,7 @@ enum class InputRecorderStart {
     tapUnavailable,    ///< The system makes no tap, or no thread to serve it.
 };
 
-/// Records what the person does with mouse and keyboard, by a tap that only listens and runs on a
+/// Records what the user does with mouse and keyboard, by a tap that only listens and runs on a
 /// thread of its own. The records wait here until they are taken; of more than 10,000 the newest
 /// are dropped. All operations may be called from any thread; the tap thread keeps no recorder
 /// alive.
@@ -77,9 +77,9 @@ class InputRecorder : public std::enable_shared_from_this<InputRecorder> {
     std::atomic<bool> active_ = false;
 };
 
-/// Whether this process may listen to the person's input.
+/// Whether this process may listen to the user's input.
 bool listenAccessGranted(Permissions& permissions);
-/// The same, asking the person when it may not. Returns what they answered.
+/// The same, asking the user when it may not. Returns what they answered.
 bool requestListenAccess(Permissions& permissions);
 
 }  // namespace quil

@@ -12,7 +12,7 @@
 
 namespace quil {
 
-/// One thing that the person did, in the words of the methods that do it again.
+/// One thing that the user did, in the words of the methods that do it again.
 struct RecordedInput {
     /// "click", "scroll", "type" or "keypress".
     std::string action;

@@ -11,7 +11,7 @@ namespace quil {
 /// An empty list when the platform gives none.
 Json windowsList(Platform& platform);
 
-/// The application that has the person's focus; absent when there is none.
+/// The application that has the user's focus; absent when there is none.
 std::optional<RunningApplication> frontmostApplication(Platform& platform);
 
 }  // namespace quil

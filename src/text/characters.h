@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// Text is UTF-8 throughout. A character is what a person perceives as one: an extended grapheme
+/// Text is UTF-8 throughout. A character is what a user perceives as one: an extended grapheme
 /// cluster (Unicode Standard Annex 29), so that a flag, a joined family or a letter with its
 /// accents counts once, and so does a carriage return with its line feed.
 namespace quil {

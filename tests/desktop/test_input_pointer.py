@@ -184,12 +184,12 @@ class Keys(InputTest):
                           ("RawKeyRelease", 28), ("RawKeyRelease", 50), ("RawKeyRelease", 37)])
 
     def held(self):
-        """The modifiers that the next key of a person has."""
+        """The modifiers that the next key of a user has."""
         self.app.ask("events")
         output("xdotool", "key", "F7")
         return next(e[3] for e in self.app.ask("events") if e[2] == 73)
 
-    def test_what_the_person_holds_or_has_locked_neither_leaks_nor_is_lost(self):
+    def test_what_the_user_holds_or_has_locked_neither_leaks_nor_is_lost(self):
         for keys in (["Shift_L"], ["Control_R", "Alt_L"], ["Shift_L", "Shift_R"]):
             output("xdotool", "keydown", *keys)
             before = self.held()

@@ -224,7 +224,7 @@ class Keyboards(TextTest):
                 self.assertEqual(self.typed(text), text)
                 self.app.ask("clear")
                 output("xdotool", "key", "45")
-                self.assertEqual(self.app.ask("text"), after, "lost for the person")
+                self.assertEqual(self.app.ask("text"), after, "lost for the user")
                 output("xdotool", press[0].replace("down", "up"), press[1])
 
     def test_many_characters(self):

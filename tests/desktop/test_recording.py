@@ -1,4 +1,4 @@
-"""The person's input, with xdotool as the person: what was recorded is what was done."""
+"""The user's input, with xdotool as the user: what was recorded is what was done."""
 import ctypes
 import os
 import signal
@@ -15,7 +15,7 @@ REPLAY = os.path.join(SUPPORT, "..", "..", "examples", "replay", "replay.py")
 SCREEN = (1366, 768)
 
 
-def person(*arguments):
+def user(*arguments):
     output("xdotool", *map(str, arguments))
 
 
@@ -51,7 +51,7 @@ class RecordingTest(unittest.TestCase):
         """Does it; the records, of which so many are awaited."""
         self.host.result("startInputRecording")
         for action in actions:
-            person(*action.split())
+            user(*action.split())
         return self.taken(count)
 
     def taken(self, count):
@@ -69,11 +69,11 @@ class RecordingTest(unittest.TestCase):
         places = ((0, 0), (1365, 767), (400, 300))
         for x, y in places:
             begin = time.time() * 1000
-            person("mousemove", x, y, "click", 1)
+            user("mousemove", x, y, "click", 1)
             spans.append((begin, time.time() * 1000))
-            person("click", 3, "click", 2, "mousemove", 200, 100)
-        person("click", "--repeat", 3, "--delay", 2, 4, "click", 5, "click", 6, "click", 7)
-        person("mousemove", 10, 20, "mousedown", 1, "mousemove", 90, 80, "mouseup", 1)
+            user("click", 3, "click", 2, "mousemove", 200, 100)
+        user("click", "--repeat", 3, "--delay", 2, 4, "click", 5, "click", 6, "click", 7)
+        user("mousemove", 10, 20, "mousedown", 1, "mousemove", 90, 80, "mouseup", 1)
         events = self.taken(10)
         self.assertEqual([brief(e) for e in events],
                          [("click",)] * 3 + [("scroll", n) for n in (1, 1, 1, -1, 0, 0)] +
@@ -125,7 +125,7 @@ class RecordingTest(unittest.TestCase):
     def test_characters_that_no_key_has(self):
         text = "aé漢😀ßZ"
         self.host.result("startInputRecording")
-        person("type", "--delay", "20", text)
+        user("type", "--delay", "20", text)
         self.assertEqual("".join(e["params"]["text"] for e in self.taken(len(text))), text)
 
     def test_a_form_is_filled_in_again(self):
@@ -146,7 +146,7 @@ class RecordingTest(unittest.TestCase):
             self.addCleanup(program.kill)
             search = ("xdotool", "search", "--onlyvisible", "--name", "^Order$")
             window = until(lambda: output(*search, check=False), "the form").strip()
-            person("windowactivate", "--sync", window)
+            user("windowactivate", "--sync", window)
             fill(geometry(window))
             entered.append(program.communicate(timeout=60)[0])
 
@@ -154,16 +154,16 @@ class RecordingTest(unittest.TestCase):
             recorder = replay("record")
             self.assertIn("recording", recorder.stderr.readline())
             # The upper field, somewhere to its right.
-            person("mousemove", place[0] + place[2] - 60, place[1] + place[3] * 0.35, "click", 1)
-            person("key", "21", "26", "key", "shift+BackSpace", "key", "47", "29")
-            person("type", "--delay", "20", "Grüße ")
+            user("mousemove", place[0] + place[2] - 60, place[1] + place[3] * 0.35, "click", 1)
+            user("key", "21", "26", "key", "shift+BackSpace", "key", "47", "29")
+            user("type", "--delay", "20", "Grüße ")
             # A key that is lent to a character has to stay so until the form has looked.
-            person("type", "--delay", "500", "漢")
-            person("type", "--delay", "20", "!")
-            person("key", "Left", "key", "Delete", "key", "ctrl+a", "key", "ctrl+x",
+            user("type", "--delay", "500", "漢")
+            user("type", "--delay", "20", "!")
+            user("key", "Left", "key", "Delete", "key", "ctrl+a", "key", "ctrl+x",
                    "key", "ctrl+v", "key", "ctrl+v", "key", "Tab")
-            person("type", "Zürich 8")
-            person("key", "Tab", "Tab", "Return")  # the button OK
+            user("type", "Zürich 8")
+            user("key", "Tab", "Tab", "Return")  # the button OK
             recorder.send_signal(signal.SIGINT)
             self.assertIn("records in", recorder.communicate(timeout=30)[1])
 
@@ -178,7 +178,7 @@ class RecordingTest(unittest.TestCase):
     def test_held_keys_repeat(self):
         # In a window, whose program the server tells of each repeat.
         terminal = Program(self, "xterm")
-        person("windowactivate", "--sync", terminal.window)
+        user("windowactivate", "--sync", terminal.window)
         events = self.record("keydown x sleep 1 keyup x", count=3)
         self.assertEqual({brief(e) for e in events}, {("type", "x")})
         gaps = [b["at"] - a["at"] for a, b in zip(events, events[1:])]
@@ -187,7 +187,7 @@ class RecordingTest(unittest.TestCase):
 
     def test_bursts_of_keys(self):
         terminal = Program(self, "xterm")
-        person("windowactivate", "--sync", terminal.window)
+        user("windowactivate", "--sync", terminal.window)
         counts = []
         for _ in range(8):
             self.host.result("startInputRecording")

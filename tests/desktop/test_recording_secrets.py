@@ -1,4 +1,4 @@
-"""Passwords that the person types while their input is recorded, with xdotool as the person."""
+"""Passwords that the user types while their input is recorded, with xdotool as the user."""
 import json
 import os
 import signal
@@ -43,7 +43,7 @@ GLib.MainLoop().run()
 """
 
 
-def person(*arguments):
+def user(*arguments):
     output("xdotool", *map(str, arguments))
 
 
@@ -57,19 +57,19 @@ class SecretsTest(unittest.TestCase):
         """A form in front, with the focus on its first element; the last one is a password."""
         program = Program(self, PYTHON, "-B", os.path.join(SUPPORT, "form_app.py"), toolkit,
                           env=dict(os.environ, GSK_RENDERER="cairo"))
-        person("windowactivate", "--sync", program.window)
+        user("windowactivate", "--sync", program.window)
         until(lambda: any(node["role"] == "AXTextArea" for node in
                           self.host.result("desktop_ax_get_state")["nodes"]), "the form's tree")
         return program
 
     def record(self, *actions, gap=0.0):
-        """The text and key codes of what was recorded while the person did these, followed by a
+        """The text and key codes of what was recorded while the user did these, followed by a
         sideways turn of the wheel that shows that everything has arrived."""
         self.host.result("startInputRecording")
         for action in actions:
-            person(*action.split())
-            time.sleep(gap)  # as a person pauses
-        person("click", 6)
+            user(*action.split())
+            time.sleep(gap)  # as a user pauses
+        user("click", 6)
         seen = []
         while (event := self.host.result("nextInputEvent", timeoutMs=5000)["event"]):
             if event["action"] == "scroll":
@@ -85,7 +85,7 @@ class SecretsTest(unittest.TestCase):
             for gap in (0, 0.3):
                 with self.subTest(toolkit, gap=gap):
                     program = self.form(toolkit)
-                    person("mousemove", 3, 3)
+                    user("mousemove", 3, 3)
                     self.assertEqual(self.record("key shift+Tab", "type pass word", "key Tab",
                                                  "key Tab", "type more", gap=gap),
                                      back + tab + "more")
@@ -98,13 +98,13 @@ class SecretsTest(unittest.TestCase):
         for toolkit in ("gtk3", "gtk4", "qt5", "qt6"):
             with self.subTest(toolkit):
                 program = self.form(toolkit)
-                person("mousemove", 3, 3, "key", "shift+Tab")
+                user("mousemove", 3, 3, "key", "shift+Tab")
                 time.sleep(0.2)
                 self.assertEqual(self.record("type hidden", "key BackSpace Return"), "")
                 self.host.result("startInputRecording")
-                person("type", "hidden")
-                person("windowactivate", "--sync", terminal.window)
-                person("type", "seen")
+                user("type", "hidden")
+                user("windowactivate", "--sync", terminal.window)
+                user("type", "seen")
                 texts = [self.host.result("nextInputEvent", timeoutMs=5000)["event"]["params"]
                          for _ in range(4)]
                 self.assertEqual("".join(params["text"] for params in texts), "seen")
@@ -113,11 +113,11 @@ class SecretsTest(unittest.TestCase):
 
     def test_a_program_that_is_stuck(self):
         program = self.form("gtk3")
-        person("mousemove", 3, 3)
+        user("mousemove", 3, 3)
         self.host.result("startInputRecording")
         program.process.send_signal(signal.SIGSTOP)
-        person("key", "shift+Tab")
-        person("type", "hidden")
+        user("key", "shift+Tab")
+        user("type", "hidden")
         self.assertEqual(self.host.result("nextInputEvent", timeoutMs=1000)["event"]["params"],
                          {"combo": "shift+keycode-48"})
         self.assertIsNone(self.host.result("nextInputEvent", timeoutMs=1500)["event"])
@@ -127,13 +127,13 @@ class SecretsTest(unittest.TestCase):
     def test_keys_just_before_the_end(self):
         self.form("gtk3")
         self.host.result("startInputRecording")
-        person("mousemove", 3, 3, "click", 1, "key", "a")
+        user("mousemove", 3, 3, "click", 1, "key", "a")
         events = self.host.result("stopInputRecording")["events"]
         self.assertEqual([event["action"] for event in events], ["click", "type"])
 
     def test_processes_that_speak_for_the_active_program(self):
         other = Program(self, "xterm")
-        activate = lambda window: person("windowactivate", "--sync", window, "mousemove", 3, 3)
+        activate = lambda window: user("windowactivate", "--sync", window, "mousemove", 3, 3)
         with self.subTest("a child, before"):
             self.host.result("startInputRecording")
             program = Program(self, "xterm", "-e", PYTHON, "-c", PAGE)
@@ -158,12 +158,12 @@ class SecretsTest(unittest.TestCase):
         for front in ("gtk3", None):
             with self.subTest(front):
                 program = self.form(front) if front else Program(self, "xterm")
-                person("windowactivate", "--sync", program.window, "mousemove", 3, 3)
+                user("windowactivate", "--sync", program.window, "mousemove", 3, 3)
                 self.host.result("startInputRecording")
                 locker = subprocess.Popen([PYTHON, "-c", LOCKER], stdin=subprocess.PIPE,
                                           stdout=subprocess.PIPE, text=True)
                 self.assertEqual(locker.stdout.readline(), "0\n")
-                person("type", "hidden")
+                user("type", "hidden")
                 locker.communicate("")
                 self.assertEqual(self.record("type seen"), "seen")
                 program.end()

@@ -108,11 +108,11 @@ class Everything(unittest.TestCase):
 
     def test_recordings_come_and_go(self):
         count = 10_000 if LONG else 300
-        person = [{"click": [720, 450]}, {"disableTaps": "timeout"}, {"type": "a"},
+        user = [{"click": [720, 450]}, {"disableTaps": "timeout"}, {"type": "a"},
                   {"key": {"code": 36, "characters": "\r"}}, {"disableTaps": "userInput"},
                   {"scroll": {"at": [5, 6], "lines": -3}}]
         # Every third recording sees all of it, the others end before their thread runs.
-        scenario = {**RICH, "script": [{"request": 5 * i + 2, "do": {"person": person}}
+        scenario = {**RICH, "script": [{"request": 5 * i + 2, "do": {"user": user}}
                                        for i in range(count)]}
         with mac(scenario) as host:
             for _ in range(count):
@@ -172,7 +172,7 @@ class OtherProcesses(unittest.TestCase):
                              ["0.7", "18446744073709551615", None, None, "42", "1", "1e+300"])
 
     def test_displays_come_and_go(self):
-        click = {"person": {"click": [1500, 0]}}
+        click = {"user": {"click": [1500, 0]}}
         scenario = {**RICH, "script": [
             {"request": 2, "do": [click, {"displays": DISPLAYS[:1]}]}, {"request": 3, "do": click},
             {"request": 4, "do": [{"displays": DISPLAYS}, click]}]}
@@ -197,7 +197,7 @@ class OtherProcesses(unittest.TestCase):
             self.assertTrue(host.result("desktop_screenshot")["screenshotDataURL"])
 
     def test_the_main_thread_is_busy(self):
-        scenario = {**RICH, "script": [{"request": 2, "do": {"person": {"type": "a"}}}]}
+        scenario = {**RICH, "script": [{"request": 2, "do": {"user": {"type": "a"}}}]}
         with mac(scenario, delays={"mainRunLoop": 0.7}) as host:
             host.result("startInputRecording")
             host.result("ping")

@@ -187,8 +187,8 @@ class Methods(unittest.TestCase):
             self.assertIn("calculator", repr(desktop.get_by_role("window").element()).lower())
 
     def test_record_and_replay(self):
-        person = {"script": [{"at": 0.1, "do": {"person": [{"click": [720, 450]}, {"type": "Hi"}]}}]}
-        with Simulated(person) as desktop, desktop.record() as recording:
+        user = {"script": [{"at": 0.1, "do": {"user": [{"click": [720, 450]}, {"type": "Hi"}]}}]}
+        with Simulated(user) as desktop, desktop.record() as recording:
             actions = list(zip(range(2), recording))
             self.assertEqual(len(actions + recording.stop()), 3)
             path = os.path.join(desktop.folder.name, "recording")

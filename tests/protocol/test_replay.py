@@ -1,4 +1,4 @@
-"""examples/replay, which records what the person does and plays it."""
+"""examples/replay, which records what the user does and plays it."""
 import json
 import os
 import subprocess
@@ -10,7 +10,7 @@ from quil_host import executable
 
 REPLAY = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples", "replay",
                       "replay.py")
-PERSON = [{"click": [720, 450]}, {"type": "Hé"}, {"key": {"code": 36, "characters": "\r"}},
+USER = [{"click": [720, 450]}, {"type": "Hé"}, {"key": {"code": 36, "characters": "\r"}},
           {"scroll": {"at": [0, 0], "lines": -3}}, {"scroll": {"at": [0, 0], "lines": 0}},
           {"type": "x"}, {"key": {"code": 8, "characters": "c", "flags": ["command", "shift"]}}]
 
@@ -41,8 +41,8 @@ class ReplayTest(unittest.TestCase):
         return [line for line in lines if line.startswith(("keyDown", "leftMouseDown", "scroll"))]
 
     def test_plays_what_it_recorded(self):
-        person = {"script": [{"at": 0.2, "do": {"person": PERSON}}]}
-        self.assertEqual(self.replay("record", person, "--seconds", "0.5"),
+        user = {"script": [{"at": 0.2, "do": {"user": USER}}]}
+        self.assertEqual(self.replay("record", user, "--seconds", "0.5"),
                          (0, f"8 records in {self.file}"))
         self.assertEqual(self.replay("play", {}, "--pauses", "0"), (0, "7 steps done"))
         quick = self.posted()

@@ -78,8 +78,8 @@ class Refusals(unittest.TestCase):
                 ({"rules": [{"call": "post", "about": "keydown", "fails": True}]}, "rules[0].about: no event"),
                 ({"rules": [{"call": "copyActionNames", "about": ["x"], "fails": True}]},
                  'rules[0].about[0]: nothing has the id "x"'),
-                ({"person": {"click": [1, 2], "type": "x"}}, "person: must have exactly one"),
-                ({"person": [{"key": {"code": 1, "flags": ["hyper"]}}]}, "person[0].key.flags[0]: must be"),
+                ({"user": {"click": [1, 2], "type": "x"}}, "user: must have exactly one"),
+                ({"user": [{"key": {"code": 1, "flags": ["hyper"]}}]}, "user[0].key.flags[0]: must be"),
                 ({"bundles": [{"path": "A.app"}]}, "bundles[0].path: must begin with a slash"),
                 ({"pasteboard": {"text": 5}}, "pasteboard.text: must be a string"),
                 ({"clock": {"wallClock": "now"}}, "clock.wallClock: must be a number"),
@@ -186,13 +186,13 @@ class Scripts(unittest.TestCase):
                  "source": None}])
 
     def test_recorded_input(self):
-        person = [{"type": "Hi"}, {"click": [720, 450]}, {"scroll": {"at": [0, 0], "lines": -2}},
+        user = [{"type": "Hi"}, {"click": [720, 450]}, {"scroll": {"at": [0, 0], "lines": -2}},
                   {"key": {"code": 8, "characters": "c", "flags": ["command"]}},
                   {"secureInput": True}, {"type": "secret"}, {"secureInput": False}]
         scenario = {"permissions": {"accessibility": False, "screenRecording": False},
-                    "script": [{"request": 3, "do": {"person": person}},
-                               {"at": 0.12, "do": {"person": {"drag": {"from": [0, 0], "to": [9, 9]}}}},
-                               {"at": 0.4, "do": {"person": {"type": "end"}}},
+                    "script": [{"request": 3, "do": {"user": user}},
+                               {"at": 0.12, "do": {"user": {"drag": {"from": [0, 0], "to": [9, 9]}}}},
+                               {"at": 0.4, "do": {"user": {"type": "end"}}},
                                {"request": 16, "do": {"permissions": {"accessibility": True}}}]}
         with Simulated(scenario) as host:
             next = lambda **params: host.result("nextInputEvent", **params)["event"]
@@ -218,7 +218,7 @@ class Scripts(unittest.TestCase):
     def test_times_that_no_double_holds(self):
         """Each change comes at its own time; a long wait goes straight to the next."""
         times = (1 / 3, 2 / 60, 0.1 + 0.2, 1.4e-9, 7200 + 1 / 7)
-        scenario = {"script": [{"at": time, "do": {"person": {"type": "x"}}} for time in times]}
+        scenario = {"script": [{"at": time, "do": {"user": {"type": "x"}}} for time in times]}
         with Simulated(scenario) as host:
             host.result("startInputRecording")
             for time in sorted(times):

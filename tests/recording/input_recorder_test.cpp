@@ -32,7 +32,7 @@ class Recorder : public testing::Test {
 
     std::string keyPress(std::int64_t code, std::optional<std::string> characters,
                          std::uint64_t flags = 0) {
-        desktop.person().key(code, std::move(characters), flags);
+        desktop.user().key(code, std::move(characters), flags);
         const auto lines = taken();
         return lines.size() == 1 ? lines[0] : std::to_string(lines.size()) + " records";
     }
@@ -44,8 +44,8 @@ class Recorder : public testing::Test {
 
 TEST_F(Recorder, PointerActions) {
     ASSERT_EQ(recorder->start(), InputRecorderStart::started);
-    desktop.person().click({10.5, -20}).drag({1, 2}, {300, 400}).scroll({7, 8}, 250);
-    desktop.person().scroll({7, 8}, -3).scroll({7, 8}, 0).scroll({7, 8}, -101);
+    desktop.user().click({10.5, -20}).drag({1, 2}, {300, 400}).scroll({7, 8}, 250);
+    desktop.user().scroll({7, 8}, -3).scroll({7, 8}, 0).scroll({7, 8}, -101);
     desktop.settle();
     const auto records = recorder->stopAndDrain();
     const std::int64_t at = 1'700'000'000'000;
@@ -86,24 +86,24 @@ TEST_F(Recorder, KeysAreTextOrElseCombinations) {
     for (const auto& [code, characters, flags, record] : cases) {
         EXPECT_EQ(keyPress(code, characters, flags), record);
     }
-    desktop.person().secureInput(true).type("secret").click({1, 1});
+    desktop.user().secureInput(true).type("secret").click({1, 1});
     EXPECT_THAT(taken(), ElementsAre("click{}"));
-    desktop.person().secureInput(false).type("s");
+    desktop.user().secureInput(false).type("s");
     EXPECT_THAT(taken(), ElementsAre(R"(type{"text":"s"})"));
 }
 
 TEST_F(Recorder, StartsOnceAndOnlyWhenItMayAndCan) {
-    desktop.person().type("before");
+    desktop.user().type("before");
     EXPECT_THAT(taken(), IsEmpty());
     ASSERT_EQ(recorder->start(), InputRecorderStart::started);
-    desktop.person().type("a");
+    desktop.user().type("a");
     desktop.settle();
     EXPECT_EQ(recorder->start(), InputRecorderStart::started);
-    desktop.person().type("b");
+    desktop.user().type("b");
     EXPECT_THAT(taken(), ElementsAre(R"(type{"text":"a"})", R"(type{"text":"b"})"));
     EXPECT_EQ(desktop.eventTaps().validTaps(), 1);
 
-    desktop.person().type("c");
+    desktop.user().type("c");
     desktop.settle();
     EXPECT_EQ(recorder->stopAndDrain().size(), 1u);
     EXPECT_THAT(recorder->stopAndDrain(), IsEmpty());
@@ -114,17 +114,17 @@ TEST_F(Recorder, StartsOnceAndOnlyWhenItMayAndCan) {
     desktop.on("createTap").nth(1).fails();
     EXPECT_EQ(recorder->start(), InputRecorderStart::tapUnavailable);
     EXPECT_EQ(recorder->start(), InputRecorderStart::started);
-    desktop.person().disableTapsByTimeout().type("d").disableTapsByUserInput().type("e");
+    desktop.user().disableTapsByTimeout().type("d").disableTapsByUserInput().type("e");
     EXPECT_THAT(taken(), ElementsAre(R"(type{"text":"d"})", R"(type{"text":"e"})"))
         << "enabled again, nothing noted";
 }
 
 TEST_F(Recorder, TheBufferKeepsTheOldest) {
     ASSERT_EQ(recorder->start(), InputRecorderStart::started);
-    for (int i = 0; i < 10'001; ++i) desktop.person().click({static_cast<double>(i), 0});
+    for (int i = 0; i < 10'001; ++i) desktop.user().click({static_cast<double>(i), 0});
     desktop.settle();
     EXPECT_EQ(recorder->next(0)->point->x, 0);
-    desktop.person().click({-1, 0}).click({-2, 0});
+    desktop.user().click({-1, 0}).click({-2, 0});
     desktop.settle();
     const auto rest = recorder->stopAndDrain();
     ASSERT_EQ(rest.size(), 10'000u);
@@ -143,7 +143,7 @@ TEST_F(Recorder, WaitsInSteps) {
     EXPECT_EQ(waited(std::numeric_limits<std::int64_t>::min()), 0);
     EXPECT_EQ(waited(120), 150);
     ASSERT_EQ(recorder->start(), InputRecorderStart::started);
-    desktop.at(0.26, [](SimulatedDesktop& d) { d.person().type("x"); });
+    desktop.at(0.26, [](SimulatedDesktop& d) { d.user().type("x"); });
     const auto record = recorder->next(std::numeric_limits<std::int64_t>::max());
     ASSERT_TRUE(record);
     EXPECT_EQ(record->at, 1'700'000'000'260);
@@ -153,7 +153,7 @@ TEST_F(Recorder, WaitsInSteps) {
 TEST_F(Recorder, EventTimes) {
     ASSERT_EQ(recorder->start(), InputRecorderStart::started);
     const auto at = [&](std::uint64_t timestamp) {
-        desktop.person().event({.type = kEventLeftMouseDown, .timestamp = timestamp});
+        desktop.user().event({.type = kEventLeftMouseDown, .timestamp = timestamp});
         desktop.settle();
         return recorder->next(0)->at;
     };
@@ -221,9 +221,9 @@ TEST(RecorderRaces, ALateEventOfAnEarlierRecordingIsNotOfTheNext) {
         recorder->stop();
         recorder->start();
     };
-    desktop.person().click({1, 1});
+    desktop.user().click({1, 1});
     desktop.settle();
-    desktop.person().click({2, 2});
+    desktop.user().click({2, 2});
     desktop.settle();
     const auto records = recorder->stopAndDrain();
     ASSERT_EQ(records.size(), 1u);
@@ -243,8 +243,8 @@ TEST_F(Recorder, SurvivesEveryInterleaving) {
     std::vector<std::thread> threads;
     threads.push_back(repeat([&] { records += recorder->next(0) ? 1 : 0; }));
     threads.push_back(repeat([&] { records += recorder->next(1) ? 1 : 0; }));
-    threads.push_back(repeat([&] { desktop.person().type("x").click({1, 2}); }));
-    threads.push_back(repeat([&] { desktop.person().disableTapsByUserInput(); }));
+    threads.push_back(repeat([&] { desktop.user().type("x").click({1, 2}); }));
+    threads.push_back(repeat([&] { desktop.user().disableTapsByUserInput(); }));
     for (int i = 0; i < 2; ++i) {
         threads.push_back(std::thread([&, i] {
             // On a busy machine many a recording is over before anything arrives at it.
@@ -260,7 +260,7 @@ TEST_F(Recorder, SurvivesEveryInterleaving) {
     for (std::size_t i = 0; i < 4; ++i) threads[i].join();
     EXPECT_GT(records, 0u);
     EXPECT_EQ(recorder->start(), InputRecorderStart::started);
-    desktop.person().type("while the recorder goes");
+    desktop.user().type("while the recorder goes");
     recorder = nullptr;
     EXPECT_EQ(desktop.eventTaps().validTaps(), 0);
     // The test ends only when every tap thread has left its run loop.

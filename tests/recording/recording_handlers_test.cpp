@@ -27,7 +27,7 @@ TEST(RecordingHandlers, AskForTheDisplaysOnceForAllRecords) {
     SimulatedDesktop desktop;
     desktop.displays.push_back({2, {1440, -180, 1920, 1080}, "Side"});
     desktop.onRequest(2, [](SimulatedDesktop& d) {
-        for (int i = 0; i < 100; ++i) d.person().click({1680, 360}).click({0, 0});
+        for (int i = 0; i < 100; ++i) d.user().click({1680, 360}).click({0, 0});
     });
     const auto answers = converse(
         desktop, {{"startInputRecording", Json::object()}, {"stopInputRecording", Json::object()}});
@@ -43,7 +43,7 @@ TEST(RecordingHandlers, AskForTheDisplaysOnceForAllRecords) {
 TEST(RecordingHandlers, TheProcessEndsWithItsRecording) {
     for (int i = 0; i < 50; ++i) {
         SimulatedDesktop desktop;
-        desktop.onRequest(2, [](SimulatedDesktop& d) { d.person().type("typing to the end"); });
+        desktop.onRequest(2, [](SimulatedDesktop& d) { d.user().type("typing to the end"); });
         converse(desktop, {{"startInputRecording", Json::object()}, {"ping", Json::object()}});
         EXPECT_EQ(desktop.eventTaps().validTaps(), 0);
         EXPECT_EQ(desktop.eventTaps().runningRunLoops(), 0);

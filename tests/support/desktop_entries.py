@@ -1,4 +1,4 @@
-"""Desktop entries of a test's own, which the runtime sees as applications of the person."""
+"""Desktop entries of a test's own, which the runtime sees as applications of the user."""
 import os
 import shutil
 import unittest

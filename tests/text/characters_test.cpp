@@ -11,7 +11,7 @@ struct CountCase {
     std::int64_t characters;
 };
 
-TEST(Characters, CountsWhatAPersonPerceives) {
+TEST(Characters, CountsWhatAUserPerceives) {
     const CountCase cases[] = {
         {"empty", "", 0},
         {"ASCII", "Save as", 7},

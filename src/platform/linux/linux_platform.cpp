@@ -9,7 +9,7 @@ namespace quil::linux_platform {
 
 LinuxPlatform::LinuxPlatform() : input_(STDIN_FILENO), output_(STDOUT_FILENO) {
     secureStandardStreams();
-    // Application names follow the person's language. Numbers stay as programs write them.
+    // Application names follow the user's language. Numbers stay as programs write them.
     std::setlocale(LC_ALL, "");
     std::setlocale(LC_NUMERIC, "C");
     // The library complains about other people's files on standard error, which is our host's.

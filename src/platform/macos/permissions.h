@@ -4,7 +4,7 @@
 
 namespace quil::macos {
 
-/// What the person has granted in the privacy settings to this process, or rather to the program
+/// What the user has granted in the privacy settings to this process, or rather to the program
 /// that the system holds responsible for it: the host that started it.
 class MacPermissions : public Permissions {
   public:

@@ -26,7 +26,7 @@ SimulatedDesktop::SimulatedDesktop()
       applicationFolders{"/Applications", "/Applications/Utilities", "/System/Applications",
                          "/System/Applications/Utilities"},
       eventTaps_([this](std::string_view call) { return !enter(call); }),
-      person_(*this) {}
+      user_(*this) {}
 
 SimulatedDesktop::~SimulatedDesktop() {
     for (const auto* list : {&applications_, &endedApplications_}) {

@@ -17,8 +17,8 @@
 #include "platform/simulated/clock.h"
 #include "platform/simulated/event_taps.h"
 #include "platform/simulated/log.h"
-#include "platform/simulated/person.h"
 #include "platform/simulated/rule.h"
+#include "platform/simulated/user.h"
 
 namespace quil {
 
@@ -52,7 +52,7 @@ class SimulatedDesktop {
         bool accessibility = true;
         bool screenRecording = true;
         bool inputMonitoring = true;
-        /// What the person answers when asked for Input Monitoring.
+        /// What the user answers when asked for Input Monitoring.
         bool grantsInputMonitoring = false;
     };
     PermissionState permissions;
@@ -121,9 +121,9 @@ class SimulatedDesktop {
     BundleFile& bundle(std::string path);
     const std::deque<BundleFile>& bundles() const { return bundles_; }
 
-    // Time, and the person.
+    // Time, and the user.
     simulated::DesktopClock& clock() { return clock_; }
-    simulated::Person& person() { return person_; }
+    simulated::User& user() { return user_; }
     simulated::SimulatedEventTaps& eventTaps() { return eventTaps_; }
     /// Lets time pass: what is due happens at its own time, and the taps see it.
     void pass(double seconds) { pass(simulated::DesktopClock::nanoseconds(seconds)); }
@@ -133,7 +133,7 @@ class SimulatedDesktop {
     /// Lets time pass until the next change that is due, that many seconds at the most. Whether one
     /// has been made.
     bool passUntilChange(double seconds);
-    /// Waits until the taps have seen what the person did.
+    /// Waits until the taps have seen what the user did.
     void settle() { eventTaps_.settle(); }
 
     // Rules, and changes at their time.
@@ -184,7 +184,7 @@ class SimulatedDesktop {
     mutable std::recursive_mutex mutex_;
     simulated::DesktopClock clock_;
     simulated::SimulatedEventTaps eventTaps_;
-    simulated::Person person_;
+    simulated::User user_;
     std::vector<std::shared_ptr<simulated::Application>> applications_;
     std::vector<std::shared_ptr<simulated::Application>> endedApplications_;
     simulated::Application* frontmost_ = nullptr;

@@ -14,7 +14,7 @@
 
 namespace quil::simulated {
 
-/// One thing that the person's hands do, as a tap sees it.
+/// One thing that the user's hands do, as a tap sees it.
 struct UserEvent {
     /// An event type of event_posting.h.
     std::uint32_t type = 0;

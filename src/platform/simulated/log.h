@@ -84,7 +84,7 @@ struct Launch {
     bool operator==(const Launch&) const = default;
 };
 
-/// The person was asked for Input Monitoring.
+/// The user was asked for Input Monitoring.
 struct PermissionRequest {
     bool granted = false;
     bool operator==(const PermissionRequest&) const = default;

@@ -18,7 +18,7 @@ inline constexpr std::string_view kDesktopEntrySuffix = ".desktop";
 
 using DesktopEntry = GObjectHandle<GDesktopAppInfo>;
 
-/// The "applications" folders of the data directories, the person's own first. An entry in an
+/// The "applications" folders of the data directories, the user's own first. An entry in an
 /// earlier folder replaces one of the same id in a later one. Folders whose paths are not text are
 /// left out.
 std::vector<std::string> desktopEntryFolders();
@@ -38,7 +38,7 @@ DesktopEntry readDesktopEntry(const std::string& path);
 /// one.
 GlibKeyFile readKeysOfDesktopEntry(const std::string& path);
 
-/// The name in the person's language; nothing when the entry has none.
+/// The name in the user's language; nothing when the entry has none.
 std::optional<std::string> localizedNameOf(const DesktopEntry& entry);
 
 }  // namespace quil::linux_platform

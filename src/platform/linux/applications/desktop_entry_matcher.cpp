@@ -105,7 +105,7 @@ std::vector<std::string> programNamesOf(std::int32_t pid) {
 }  // namespace
 
 bool DesktopEntryMatcher::Candidate::isBetterThan(const Candidate& other) const {
-    // Of several entries for one program the person sees one as the application itself: it is not
+    // Of several entries for one program the user sees one as the application itself: it is not
     // hidden, and it starts the program plainly and not in some special mode.
     return std::tuple(!isShown, argumentCount, id.size(), id) <
            std::tuple(!other.isShown, other.argumentCount, other.id.size(), other.id);

@@ -315,7 +315,7 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
         if (wanted <= 0) facts_.answered(Fact::children, 0);
     }
 
-    /// One by one: the list that some toolkits give has names in the person's language, or none.
+    /// One by one: the list that some toolkits give has names in the user's language, or none.
     void askActions() {
         call(
             atspi::kProperties, "Get",

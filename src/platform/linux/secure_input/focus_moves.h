@@ -10,16 +10,16 @@
 namespace quil::linux_platform {
 
 /// After so long without a sign a program is taken to have nothing to do; and so long after it came
-/// to what the person did, it says that its focus has moved.
+/// to what the user did, it says that its focus has moved.
 inline constexpr std::chrono::milliseconds kSettling{150};
 
-/// What the person did that may have moved the focus, and when the program had come to it. Toolkits
+/// What the user did that may have moved the focus, and when the program had come to it. Toolkits
 /// tell by the time of the latest key or button press that they have taken from the server, which
 /// they put on their windows. A program that does not tell is taken to be prompt, until it is seen
 /// to have been stuck.
 class FocusMoves {
   public:
-    /// The person did something. What is no press (a button that is let go, a window that comes to
+    /// The user did something. What is no press (a button that is let go, a window that comes to
     /// the front) is dealt with together with the press before or after it.
     enum class Kind { press, release, windowChange };
     void add(TapTime time, bool isLikely, Kind kind);

@@ -8,11 +8,11 @@
 
 #include "platform/linux/secure_input/server_clock.h"
 
-/// Programs say that their focus has moved some time after the person moved it. From when on it had
-/// moved is told by what the person did.
+/// Programs say that their focus has moved some time after the user moved it. From when on it had
+/// moved is told by what the user did.
 namespace quil::linux_platform {
 
-/// Something that the person did that may have moved the focus.
+/// Something that the user did that may have moved the focus.
 struct FocusMove {
     TapTime time;
     /// It usually does (a click, the Tab key, another window in front), unlike a shortcut.
@@ -28,7 +28,7 @@ struct FocusNews {
     bool isSecret = false;
 };
 
-/// How long after it came to the person's doing a program may say that the focus has moved.
+/// How long after it came to the user's doing a program may say that the focus has moved.
 inline constexpr std::chrono::milliseconds kLongestFocusDelay{1000};
 /// How long the news of a focus that a program moved by itself may be under way.
 inline constexpr std::chrono::milliseconds kLongestNewsDelay{50};

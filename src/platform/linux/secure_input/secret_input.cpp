@@ -14,7 +14,7 @@ using std::chrono::milliseconds;
 
 /// Nobody waits longer than this for a program that does not answer.
 constexpr milliseconds kPatience{20000};
-/// How often a program is looked at that has not come to what the person did.
+/// How often a program is looked at that has not come to what the user did.
 constexpr milliseconds kGlance{25};
 /// A program that takes longer to answer is busy with something.
 constexpr milliseconds kPromptness{100};
@@ -53,7 +53,7 @@ void SecretInput::process() {
 }
 
 /// Looks how far the active program has come. One that shows no progress is asked whether it is
-/// there at all: what the person did may be nothing to it, such as a key of the window manager's.
+/// there at all: what the user did may be nothing to it, such as a key of the window manager's.
 void SecretInput::followProgram() {
     const auto now = TapTime::clock::now();
     if (isLookOutdated(now)) lookAround();

@@ -30,7 +30,7 @@ class SecretInput {
     /// Finds out where the focus is now. Bounded.
     SecretInput(X11Display& display, const ServerClock& clock);
 
-    /// The person did something that may move the focus.
+    /// The user did something that may move the focus.
     void mayMoveFocus(TapTime time, bool isLikely, FocusMoves::Kind kind);
     /// Another window got the focus.
     void windowGotFocus(TapTime time);

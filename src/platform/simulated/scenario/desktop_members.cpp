@@ -186,7 +186,7 @@ const std::vector<DesktopMember>& desktopMembers() {
         {"bundles", readBundles},
         {"postedInputActs", readPostedInputActs},
         {"rules", readRules},
-        {"person", readPerson},
+        {"user", readUser},
     };
     return members;
 }

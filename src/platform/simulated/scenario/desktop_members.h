@@ -19,8 +19,8 @@ struct DesktopMember {
 /// The members, in the order in which they take effect.
 const std::vector<DesktopMember>& desktopMembers();
 
-/// What the person does: one object, or a list of objects.
-Step readPerson(const Node& node, Names& names);
+/// What the user does: one object, or a list of objects.
+Step readUser(const Node& node, Names& names);
 
 /// Applications on disk.
 Step readBundles(const Node& node, Names& names);

@@ -17,7 +17,7 @@ struct LatinSymbols {
 
 /// The Latin symbols of a key of the typing block; nothing for another key.
 std::optional<LatinSymbols> latinSymbols(std::uint8_t keyCode);
-/// The same, for a key that has no Latin symbol in any of the person's layouts.
+/// The same, for a key that has no Latin symbol in any of the user's layouts.
 std::optional<LatinSymbols> missingLatinSymbols(const KeyboardMap& map, std::uint8_t keyCode);
 
 /// The key to press for a command that is named by the letter of a US keyboard on this key: this

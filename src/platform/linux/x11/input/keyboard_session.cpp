@@ -100,7 +100,7 @@ void KeyboardSession::tap(std::uint8_t keyCode) {
 
 void KeyboardSession::key(std::uint8_t keyCode, bool isDown, std::uint64_t flags) {
     if (isDown) {
-        // A key that is a lock itself works on what the person has locked.
+        // A key that is a lock itself works on what the user has locked.
         if (map_.keys[keyCode].modifiers == 0) lock(keptLocks());
         for (const std::uint8_t flagKey : flagKeys(flags)) {
             send(flagKey, true);

@@ -11,7 +11,7 @@
 
 namespace quil::linux_platform {
 
-/// The keyboard while keys are posted, which no other runtime does meanwhile. What the person
+/// The keyboard while keys are posted, which no other runtime does meanwhile. What the user
 /// holds, has latched or locked is taken away at the start, so that posted keys have the modifiers
 /// that they are posted with and no others, and given back at the end: modifier keys that the
 /// user has let go meanwhile stay up. Other keys that are held are released for good; the user
@@ -41,7 +41,7 @@ class KeyboardSession {
     /// Makes exactly these modifiers active, and those that stay locked: Shift by its key, which
     /// programs that know keys only can see, the others by locking them.
     void useModifiers(std::uint8_t modifiers);
-    /// Back to what the person had locked.
+    /// Back to what the user had locked.
     void useModifiersAsBefore();
     /// Num Lock if it was locked.
     std::uint8_t keptLocks() const { return locksBefore_ & numLock_; }

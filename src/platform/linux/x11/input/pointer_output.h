@@ -13,7 +13,7 @@ namespace quil::linux_platform {
 inline constexpr std::int32_t kMostWheelClicks = 1000;
 
 /// Sends mouse and wheel events. The pointer moves to the pixel that an event's location is in; a
-/// line of the wheel is a click of the button that scrolls that way. What the person has made of
+/// line of the wheel is a click of the button that scrolls that way. What the user has made of
 /// the buttons (left-handed, natural scrolling) is taken into account: a left click stays one.
 class PointerOutput {
   public:

@@ -45,7 +45,7 @@ KeyboardMap::Key spareKey(const SpareKeys& spare, const SpareSymbols& symbols, s
     return key;
 }
 
-/// Whether the key is one that `spareKey` makes. The person may have chosen another layout since,
+/// Whether the key is one that `spareKey` makes. The user may have chosen another layout since,
 /// and keys of one group usually have no types for others.
 bool isSpareKey(const KeyboardMap::Key& key) {
     const bool hasOneType = std::all_of(key.types.begin(), key.types.end(),

@@ -41,7 +41,7 @@ Following waitForAll(KeyboardSession& session, KeyReceiver& receiver) {
 }
 
 /// Sends strokes no faster than the program can follow. One that hangs gets them nevertheless, as
-/// from a person who types on: the server keeps them until it reads them.
+/// from a user who types on: the server keeps them until it reads them.
 Following sendStrokes(KeyboardSession& session, KeyReceiver& receiver,
                       std::span<const Stroke> strokes) {
     const std::size_t atOnce = receiver.takesKeysSingly() ? 1 : kStrokesAtOnce;

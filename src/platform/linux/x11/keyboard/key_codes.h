@@ -16,7 +16,7 @@ namespace quil::linux_platform {
 inline constexpr std::uint16_t kForeignKeyBase = 0x200;
 
 /// The X key code of the key; nothing for a number that stands for no key here (Fn, which X
-/// servers cannot see; the power key, which would end the person's session; undefined numbers).
+/// servers cannot see; the power key, which would end the user's session; undefined numbers).
 std::optional<std::uint8_t> xKeyCode(std::uint16_t virtualKeyCode);
 
 /// The virtual key code of the key. Every X key code has one; where two X key codes stand for the

@@ -9,7 +9,7 @@
 namespace quil::linux_platform {
 
 /// The text of single key symbols, and of the sequences that begin with a dead key or the Compose
-/// key, by the rules of the person's language.
+/// key, by the rules of the user's language.
 class Compose {
   public:
     Compose();

@@ -13,7 +13,7 @@
 
 namespace quil::linux_platform {
 
-/// A key that went down, as the person meant it.
+/// A key that went down, as the user meant it.
 struct KeyPress {
     std::uint16_t virtualKeyCode = 0;
     /// Modifier flags of keyboard events. The Control key is the control flag, Alt the option flag.

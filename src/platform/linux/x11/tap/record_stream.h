@@ -16,7 +16,7 @@ namespace quil::linux_platform {
 struct DeviceEvent {
     /// XCB_KEY_PRESS, XCB_BUTTON_RELEASE …
     std::uint8_t type = 0;
-    /// The key code or the button, as the person has ordered them.
+    /// The key code or the button, as the user has ordered them.
     std::uint8_t detail = 0;
     /// Modifiers, buttons and keyboard group just before.
     std::uint16_t state = 0;

@@ -1,4 +1,4 @@
-#include "platform/simulated/person.h"
+#include "platform/simulated/user.h"
 
 #include <cmath>
 
@@ -9,23 +9,22 @@
 
 namespace quil::simulated {
 
-Person& Person::click(Point point) {
+User& User::click(Point point) {
     event({.type = kEventLeftMouseDown, .location = point});
     return event({.type = kEventLeftMouseUp, .location = point});
 }
 
-Person& Person::drag(Point from, Point to) {
+User& User::drag(Point from, Point to) {
     event({.type = kEventLeftMouseDown, .location = from});
     event({.type = kEventLeftMouseDragged, .location = to});
     return event({.type = kEventLeftMouseUp, .location = to});
 }
 
-Person& Person::scroll(Point point, std::int64_t lines) {
+User& User::scroll(Point point, std::int64_t lines) {
     return event({.type = kEventScrollWheel, .location = point, .scrollLines = lines});
 }
 
-Person& Person::key(std::int64_t keyCode, std::optional<std::string> characters,
-                    std::uint64_t flags) {
+User& User::key(std::int64_t keyCode, std::optional<std::string> characters, std::uint64_t flags) {
     UserEvent key{.type = kEventKeyDown,
                   .flags = flags,
                   .keyCode = keyCode,
@@ -35,7 +34,7 @@ Person& Person::key(std::int64_t keyCode, std::optional<std::string> characters,
     return event(key);
 }
 
-Person& Person::type(std::string_view text) {
+User& User::type(std::string_view text) {
     while (!text.empty()) {
         const std::string_view character = characterPrefix(text, 1);
         const UsKey key = usKeyFor(character);
@@ -45,7 +44,7 @@ Person& Person::type(std::string_view text) {
     return *this;
 }
 
-Person& Person::event(UserEvent event) {
+User& User::event(UserEvent event) {
     if (event.timestamp == 0) {
         event.timestamp = static_cast<std::uint64_t>(std::llround(desktop_.clock().uptime() * 1e9));
     }
@@ -53,19 +52,19 @@ Person& Person::event(UserEvent event) {
     return *this;
 }
 
-Person& Person::disableTapsByTimeout() {
+User& User::disableTapsByTimeout() {
     desktop_.eventTaps().disableTaps(true);
     desktop_.eventTaps().settle();
     return *this;
 }
 
-Person& Person::disableTapsByUserInput() {
+User& User::disableTapsByUserInput() {
     desktop_.eventTaps().disableTaps(false);
     desktop_.eventTaps().settle();
     return *this;
 }
 
-Person& Person::secureInput(bool enabled) {
+User& User::secureInput(bool enabled) {
     desktop_.eventTaps().setSecureEventInput(enabled);
     return *this;
 }

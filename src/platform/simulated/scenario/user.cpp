@@ -1,4 +1,4 @@
-// What the person does, as a scenario writes it.
+// What the user does, as a scenario writes it.
 #include <algorithm>
 #include <limits>
 
@@ -9,7 +9,7 @@
 namespace quil::simulated {
 namespace {
 
-using Deed = std::function<void(Person&)>;
+using Deed = std::function<void(User&)>;
 using Limits64 = std::numeric_limits<std::int64_t>;
 
 struct NamedFlag {
@@ -45,21 +45,22 @@ std::uint32_t readEventType(const Node& node) {
 }
 
 Deed readClick(const Node& node) {
-    return [point = node.point()](Person& person) { person.click(point); };
+    return [point = node.point()](User& user) { user.click(point); };
 }
 
 Deed readDrag(const Node& node) {
     node.allowOnly({"from", "to"});
-    return [from = node.require("from").point(), to = node.require("to").point()](Person& person) {
-        person.drag(from, to);
+    return [from = node.require("from").point(), to = node.require("to").point()](User& user) {
+        user.drag(from, to);
     };
 }
 
 Deed readScroll(const Node& node) {
     node.allowOnly({"at", "lines"});
     return [point = node.require("at").point(),
-            lines = node.require("lines").integer(Limits64::min(), Limits64::max())](
-               Person& person) { person.scroll(point, lines); };
+            lines = node.require("lines").integer(Limits64::min(), Limits64::max())](User& user) {
+        user.scroll(point, lines);
+    };
 }
 
 std::optional<std::string> optionalText(const std::optional<Node>& node) {
@@ -69,15 +70,14 @@ std::optional<std::string> optionalText(const std::optional<Node>& node) {
 Deed readKey(const Node& node) {
     node.allowOnly({"code", "characters", "flags"});
     const auto flags = node.find("flags");
-    return [code = node.require("code").integer(Limits64::min(), Limits64::max()),
-            characters = optionalText(node.find("characters")),
-            flags = flags ? readFlags(*flags) : 0](Person& person) {
-        person.key(code, characters, flags);
-    };
+    return
+        [code = node.require("code").integer(Limits64::min(), Limits64::max()),
+         characters = optionalText(node.find("characters")),
+         flags = flags ? readFlags(*flags) : 0](User& user) { user.key(code, characters, flags); };
 }
 
 Deed readType(const Node& node) {
-    return [text = node.string()](Person& person) { person.type(text); };
+    return [text = node.string()](User& user) { user.type(text); };
 }
 
 Deed readEvent(const Node& node) {
@@ -95,18 +95,18 @@ Deed readEvent(const Node& node) {
         event.scrollLines = value->integer(Limits64::min(), Limits64::max());
     }
     event.characters = optionalText(node.find("characters"));
-    return [event](Person& person) { person.event(event); };
+    return [event](User& user) { user.event(event); };
 }
 
 Deed readDisableTaps(const Node& node) {
     const std::string by = node.string();
-    if (by == "timeout") return [](Person& person) { person.disableTapsByTimeout(); };
-    if (by == "userInput") return [](Person& person) { person.disableTapsByUserInput(); };
+    if (by == "timeout") return [](User& user) { user.disableTapsByTimeout(); };
+    if (by == "userInput") return [](User& user) { user.disableTapsByUserInput(); };
     node.fail("must be \"timeout\" or \"userInput\"");
 }
 
 Deed readSecureInput(const Node& node) {
-    return [enabled = node.boolean()](Person& person) { person.secureInput(enabled); };
+    return [enabled = node.boolean()](User& user) { user.secureInput(enabled); };
 }
 
 struct DeedReader {
@@ -139,11 +139,11 @@ Deed readDeed(const Node& node) {
 
 }  // namespace
 
-Step readPerson(const Node& node, Names&) {
+Step readUser(const Node& node, Names&) {
     std::vector<Deed> deeds;
     for (const Node& entry : node.oneOrMore()) deeds.push_back(readDeed(entry));
     return [deeds](Building& building) {
-        for (const Deed& deed : deeds) deed(building.desktop.person());
+        for (const Deed& deed : deeds) deed(building.desktop.user());
     };
 }
 

@@ -118,7 +118,7 @@ class Pointer(InputTest):
 
 class Keys(InputTest):
     def press(self, combo):
-        """What reaches the application: (symbol, state) of the keys that go down."""
+        """What reaches the application: (keysym, state) of the keys that go down."""
         self.app.ask("events")
         self.assertEqual(self.host.result("desktop_keypress", combo=combo), {"ok": True})
         self.seen = self.app.ask("events")
@@ -150,11 +150,11 @@ class Keys(InputTest):
                  + [f"f{n}" for n in range(1, 13)]
                  + "return tab space delete escape left right down up home end pageup pagedown".split())
         self.assertEqual(len(names), 72)
-        symbols = {"=": "equal", "-": "minus", "]": "bracketright", "[": "bracketleft",
+        keysyms = {"=": "equal", "-": "minus", "]": "bracketright", "[": "bracketleft",
                    "'": "apostrophe", ";": "semicolon", "\\": "backslash", ",": "comma",
                    "/": "slash", ".": "period", "`": "grave", "delete": "BackSpace",
                    "pageup": "Page_Up", "pagedown": "Page_Down"}
-        wanted = [symbols.get(name) or (name if len(name) == 1 or name == "space"
+        wanted = [keysyms.get(name) or (name if len(name) == 1 or name == "space"
                                         else name.capitalize()) for name in names]
         for name in names:
             self.host.result("desktop_keypress", combo=name)

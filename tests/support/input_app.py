@@ -8,7 +8,7 @@ on standard output: "text" by the text of the area, "clear" empties it, "selecti
 selected text, "slider" the slider's value, "places" where things are on the screen, "events" the
 events since the last "events", each [TYPE, ...] as below.
 
-    ["key-press"|"key-release", key symbol's name, X key code, state]
+    ["key-press"|"key-release", keysym's name, X key code, state]
     ["press"|"release"|"double-press", button, x, y, state]      x and y on the screen
     ["motion", x, y, state]
     ["scroll", "up"|"down"|"left"|"right"]

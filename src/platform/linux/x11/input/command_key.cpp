@@ -26,50 +26,50 @@ constexpr std::size_t kLastTypingKey = 94;
 constexpr std::uint8_t kMaximumGroups = 4;
 constexpr std::chrono::milliseconds kPatience{2000};
 
-bool isLetter(std::uint8_t symbol) {
-    return symbol >= 'a' && symbol <= 'z';
+bool isLetter(std::uint8_t keysym) {
+    return keysym >= 'a' && keysym <= 'z';
 }
 
-bool hasLatinSymbol(const KeyboardMap::Key& key) {
+bool hasLatinKeysym(const KeyboardMap::Key& key) {
     for (std::uint8_t group = 0; group < key.groups(); ++group) {
-        const std::uint32_t symbol = key.symbol(group, 0);
-        if (symbol > 0x20 && symbol < 0x7F) return true;
+        const std::uint32_t keysym = key.keysym(group, 0);
+        if (keysym > 0x20 && keysym < 0x7F) return true;
     }
     return false;
 }
 
-SpareSymbols onFirstKey(const SpareKeys& keys, LatinSymbols symbols) {
-    SpareSymbols levels(keys.levels.size());
+SpareKeysyms onFirstKey(const SpareKeys& keys, LatinKeysyms keysyms) {
+    SpareKeysyms levels(keys.levels.size());
     for (const std::uint8_t level : keys.levels) {
         const bool hasShift = (keys.combinations[level] & XCB_MOD_MASK_SHIFT) != 0;
-        levels[level].push_back(hasShift ? symbols.shifted : symbols.plain);
+        levels[level].push_back(hasShift ? keysyms.shifted : keysyms.plain);
     }
     return levels;
 }
 
 }  // namespace
 
-std::optional<LatinSymbols> latinSymbols(std::uint8_t keyCode) {
+std::optional<LatinKeysyms> latinKeysyms(std::uint8_t keyCode) {
     for (const KeyRow& row : kRows) {
         const auto place = static_cast<std::size_t>(keyCode - row.firstKeyCode);
         if (keyCode < row.firstKeyCode || place >= row.plain.size()) continue;
-        return LatinSymbols{static_cast<std::uint8_t>(row.plain[place]),
+        return LatinKeysyms{static_cast<std::uint8_t>(row.plain[place]),
                             static_cast<std::uint8_t>(row.shifted[place])};
     }
     return {};
 }
 
-std::optional<LatinSymbols> missingLatinSymbols(const KeyboardMap& map, std::uint8_t keyCode) {
-    if (hasLatinSymbol(map.keys[keyCode])) return {};
-    return latinSymbols(keyCode);
+std::optional<LatinKeysyms> missingLatinKeysyms(const KeyboardMap& map, std::uint8_t keyCode) {
+    if (hasLatinKeysym(map.keys[keyCode])) return {};
+    return latinKeysyms(keyCode);
 }
 
 std::optional<std::uint8_t> keyOfCommand(const KeyboardMap& map, std::uint8_t group,
                                          std::uint8_t keyCode) {
-    const auto symbols = latinSymbols(keyCode);
-    if (!symbols || !isLetter(symbols->plain)) return {};
+    const auto keysyms = latinKeysyms(keyCode);
+    if (!keysyms || !isLetter(keysyms->plain)) return {};
     const auto hasIt = [&](std::size_t code, std::optional<std::uint8_t> keyGroup) {
-        return keyGroup && map.keys[code].symbol(*keyGroup, 0) == symbols->plain;
+        return keyGroup && map.keys[code].keysym(*keyGroup, 0) == keysyms->plain;
     };
     const auto find = [&](auto groupOf) -> std::optional<std::uint8_t> {
         if (hasIt(keyCode, groupOf(map.keys[keyCode]))) return keyCode;
@@ -88,14 +88,14 @@ std::optional<std::uint8_t> keyOfCommand(const KeyboardMap& map, std::uint8_t gr
     return {};
 }
 
-CommandKey::CommandKey(KeyboardSession& session, LatinSymbols symbols)
+CommandKey::CommandKey(KeyboardSession& session, LatinKeysyms keysyms)
     : receiver_(session.connection()), spare_(session.connection(), session.map()) {
     if (spare_.keys().capacity() == 0) return;
     if (spare_.isMapped()) {
         receiver_.mark();
         receiver_.waitForMarks(0, kPatience);
     }
-    spare_.map(onFirstKey(spare_.keys(), symbols));
+    spare_.map(onFirstKey(spare_.keys(), keysyms));
 }
 
 CommandKey::~CommandKey() {

@@ -10,15 +10,15 @@
 namespace quil::linux_platform {
 
 /// What a key of the typing block has on a US keyboard, by itself and with Shift.
-struct LatinSymbols {
+struct LatinKeysyms {
     std::uint8_t plain = 0;
     std::uint8_t shifted = 0;
 };
 
-/// The Latin symbols of a key of the typing block; nothing for another key.
-std::optional<LatinSymbols> latinSymbols(std::uint8_t keyCode);
-/// The same, for a key that has no Latin symbol in any of the user's layouts.
-std::optional<LatinSymbols> missingLatinSymbols(const KeyboardMap& map, std::uint8_t keyCode);
+/// The Latin keysyms of a key of the typing block; nothing for another key.
+std::optional<LatinKeysyms> latinKeysyms(std::uint8_t keyCode);
+/// The same, for a key that has no Latin keysym in any of the user's layouts.
+std::optional<LatinKeysyms> missingLatinKeysyms(const KeyboardMap& map, std::uint8_t keyCode);
 
 /// The key to press for a command that is named by the letter of a US keyboard on this key: this
 /// one, or the one that has the letter in the active layout (`group`), or else in another one of
@@ -32,7 +32,7 @@ std::optional<std::uint8_t> keyOfCommand(const KeyboardMap& map, std::uint8_t gr
 /// a second, Latin layout needs a key with that letter.
 class CommandKey {
   public:
-    CommandKey(KeyboardSession& session, LatinSymbols symbols);
+    CommandKey(KeyboardSession& session, LatinKeysyms keysyms);
     /// Waits until the program that has the focus has dealt with it.
     ~CommandKey();
 

@@ -8,7 +8,7 @@
 #include "platform/event_posting.h"
 #include "platform/linux/x11/input/left_behind.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
-#include "platform/linux/x11/keyboard/key_symbols.h"
+#include "platform/linux/x11/keyboard/keysyms.h"
 #include "platform/linux/x11/keyboard/xkb_protocol.h"
 
 namespace quil::linux_platform {
@@ -30,8 +30,8 @@ KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection)
             knowsKeys_ = true;
         }
     }
-    numLock_ = map_.modifiersOf(kSymbolNumLock);
-    shiftKey_ = flagKey(kSymbolShiftL, kSymbolShiftR, kUsualShift);
+    numLock_ = map_.modifiersOf(kKeysymNumLock);
+    shiftKey_ = flagKey(kKeysymShiftL, kKeysymShiftR, kUsualShift);
     if (!knowsKeys_) return;
     releaseKeysLeftBehind(*connection_);
     takeKeyboard();
@@ -118,10 +118,10 @@ void KeyboardSession::releaseFlagKeys() {
     }
 }
 
-std::uint8_t KeyboardSession::flagKey(std::uint32_t symbol, std::uint32_t otherSymbol,
+std::uint8_t KeyboardSession::flagKey(std::uint32_t keysym, std::uint32_t otherKeysym,
                                       std::uint8_t usual) const {
-    for (const std::uint32_t wanted : {symbol, otherSymbol}) {
-        const auto key = map_.keyWithSymbol(wanted);
+    for (const std::uint32_t wanted : {keysym, otherKeysym}) {
+        const auto key = map_.keyWithKeysym(wanted);
         if (key && map_.keys[*key].modifiers != 0) return *key;
     }
     return usual;
@@ -130,10 +130,10 @@ std::uint8_t KeyboardSession::flagKey(std::uint32_t symbol, std::uint32_t otherS
 std::vector<std::uint8_t> KeyboardSession::flagKeys(std::uint64_t flags) const {
     std::vector<std::uint8_t> keys;
     if (flags & (kEventFlagMaskControl | kEventFlagMaskCommand)) {
-        keys.push_back(flagKey(kSymbolControlL, kSymbolControlR, kUsualControl));
+        keys.push_back(flagKey(kKeysymControlL, kKeysymControlR, kUsualControl));
     }
     if (flags & kEventFlagMaskAlternate)
-        keys.push_back(flagKey(kSymbolAltL, kSymbolMetaL, kUsualAlt));
+        keys.push_back(flagKey(kKeysymAltL, kKeysymMetaL, kUsualAlt));
     if (flags & kEventFlagMaskShift) keys.push_back(shiftKey_);
     return keys;
 }

@@ -53,7 +53,7 @@ class KeyboardSession {
     void releaseFlagKeys();
     void lock(std::uint8_t locks);
     void send(std::uint8_t keyCode, bool isDown);
-    std::uint8_t flagKey(std::uint32_t symbol, std::uint32_t otherSymbol, std::uint8_t usual) const;
+    std::uint8_t flagKey(std::uint32_t keysym, std::uint32_t otherKeysym, std::uint8_t usual) const;
     std::vector<std::uint8_t> flagKeys(std::uint64_t flags) const;
 
     std::shared_ptr<X11Connection> connection_;

@@ -36,7 +36,7 @@ void KeyboardSource::post(const PostedEvent& event) {
 }
 
 /// The command flag names a command by its letter, wherever the layout has that; Control and Alt
-/// are pressed with the key as it is, unless no layout of the keyboard has a Latin symbol on it.
+/// are pressed with the key as it is, unless no layout of the keyboard has a Latin keysym on it.
 std::uint8_t KeyboardSource::keyToSend(std::uint8_t keyCode, bool isDown, std::uint64_t flags) {
     constexpr std::uint64_t kShortcutFlags =
         kEventFlagMaskCommand | kEventFlagMaskControl | kEventFlagMaskAlternate;
@@ -46,8 +46,8 @@ std::uint8_t KeyboardSource::keyToSend(std::uint8_t keyCode, bool isDown, std::u
     const auto key = isCommand ? keyOfCommand(map, session().group(), keyCode) : std::nullopt;
     if (key) return *key;
     if (isDown) {
-        if (const auto symbols = missingLatinSymbols(map, keyCode)) {
-            commandKey_.emplace(session(), *symbols);
+        if (const auto keysyms = missingLatinKeysyms(map, keyCode)) {
+            commandKey_.emplace(session(), *keysyms);
         }
     }
     return commandKey_ ? commandKey_->keyCode().value_or(keyCode) : keyCode;

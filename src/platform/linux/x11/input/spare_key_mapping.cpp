@@ -22,25 +22,25 @@ void append(Bytes& bytes, const T& value) {
     bytes.insert(bytes.end(), first, first + sizeof value);
 }
 
-void appendSymbols(Bytes& bytes, std::uint16_t& total, const KeyboardMap::Key& key) {
+void appendKeysyms(Bytes& bytes, std::uint16_t& total, const KeyboardMap::Key& key) {
     xcb_xkb_key_sym_map_t wire{};
     std::copy(key.types.begin(), key.types.end(), std::begin(wire.kt_index));
     wire.groupInfo = key.groupInfo;
     wire.width = key.width;
-    wire.nSyms = static_cast<std::uint16_t>(key.symbols.size());
+    wire.nSyms = static_cast<std::uint16_t>(key.keysyms.size());
     append(bytes, wire);
-    for (const std::uint32_t symbol : key.symbols) append(bytes, symbol);
-    total = static_cast<std::uint16_t>(total + key.symbols.size());
+    for (const std::uint32_t keysym : key.keysyms) append(bytes, keysym);
+    total = static_cast<std::uint16_t>(total + key.keysyms.size());
 }
 
-KeyboardMap::Key spareKey(const SpareKeys& spare, const SpareSymbols& symbols, std::size_t index) {
+KeyboardMap::Key spareKey(const SpareKeys& spare, const SpareKeysyms& keysyms, std::size_t index) {
     KeyboardMap::Key key;
     key.types.fill(static_cast<std::uint8_t>(spare.type));
     key.groupInfo = 1;
     key.width = static_cast<std::uint8_t>(spare.combinations.size());
-    key.symbols.assign(key.width, 0);
-    for (std::size_t level = 0; level < symbols.size(); ++level) {
-        if (index < symbols[level].size()) key.symbols[level] = symbols[level][index];
+    key.keysyms.assign(key.width, 0);
+    for (std::size_t level = 0; level < keysyms.size(); ++level) {
+        if (index < keysyms[level].size()) key.keysyms[level] = keysyms[level][index];
     }
     return key;
 }
@@ -65,13 +65,13 @@ SpareKeyUse::SpareKeyUse(X11Connection& connection, KeyboardMap map)
       keys_(findSpareKeys(map_)),
       isMapped_(leftKeys(connection).exists()) {}
 
-bool SpareKeyUse::map(const SpareSymbols& symbols) {
+bool SpareKeyUse::map(const SpareKeysyms& keysyms) {
     const std::vector<std::uint32_t> codes(keys_.keyCodes.begin(), keys_.keyCodes.end());
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.root(),
                         connection_.atom(kKeysProperty), XCB_ATOM_CARDINAL, 32,
                         static_cast<std::uint32_t>(codes.size()), codes.data());
     isMapped_ = true;
-    return send(symbols);
+    return send(keysyms);
 }
 
 void SpareKeyUse::unmap() {
@@ -82,7 +82,7 @@ void SpareKeyUse::unmap() {
 
 /// One request for all keys from the first to the last spare one: those in between, which have a
 /// meaning, are written as they are.
-bool SpareKeyUse::send(const SpareSymbols& symbols) {
+bool SpareKeyUse::send(const SpareKeysyms& keysyms) {
     if (keys_.keyCodes.empty()) return false;
     xcb_xkb_set_map_request_t request{};
     request.deviceSpec = kCoreKeyboard;
@@ -92,13 +92,13 @@ bool SpareKeyUse::send(const SpareSymbols& symbols) {
     request.firstKeySym = keys_.keyCodes.front();
     request.nKeySyms =
         static_cast<std::uint8_t>(keys_.keyCodes.back() - keys_.keyCodes.front() + 1);
-    const std::size_t used = symbols.empty() ? 0 : symbols[keys_.levels.front()].size();
+    const std::size_t used = keysyms.empty() ? 0 : keysyms[keys_.levels.front()].size();
     Bytes values;
     std::size_t index = 0;
     for (std::size_t code = keys_.keyCodes.front(); code <= keys_.keyCodes.back(); ++code) {
         const bool isUsed = index < used && keys_.keyCodes[index] == code;
-        appendSymbols(values, request.totalSyms,
-                      isUsed ? spareKey(keys_, symbols, index) : map_.keys[code]);
+        appendKeysyms(values, request.totalSyms,
+                      isUsed ? spareKey(keys_, keysyms, index) : map_.keys[code]);
         if (isUsed) ++index;
     }
     return setKeyboardMap(connection_, request, values);

@@ -19,12 +19,12 @@ class SpareKeyUse {
     bool isMapped() const { return isMapped_; }
     /// Gives the keys these meanings, all in one request, so that programs read the keyboard anew
     /// only once. Whether the server took it.
-    bool map(const SpareSymbols& symbols);
+    bool map(const SpareKeysyms& keysyms);
     /// Takes all meanings from them.
     void unmap();
 
   private:
-    bool send(const SpareSymbols& symbols);
+    bool send(const SpareKeysyms& keysyms);
 
     X11Connection& connection_;
     KeyboardMap map_;

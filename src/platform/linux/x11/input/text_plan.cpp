@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "platform/linux/x11/keyboard/key_symbols.h"
+#include "platform/linux/x11/keyboard/keysyms.h"
 #include "text/characters.h"
 
 namespace quil::linux_platform {
@@ -33,31 +33,31 @@ char32_t takeCharacter(std::u16string_view& text) {
 }
 
 /// 0 for a character that cannot be typed.
-std::uint32_t symbolOf(char32_t character) {
+std::uint32_t keysymOf(char32_t character) {
     switch (character) {
         case '\n':
         case '\r':
-            return kSymbolReturn;
+            return kKeysymReturn;
         case '\t':
-            return kSymbolTab;
+            return kKeysymTab;
         case '\b':
-            return kSymbolBackSpace;
+            return kKeysymBackSpace;
         case 0x1B:
-            return kSymbolEscape;
+            return kKeysymEscape;
         case 0x7F:
-            return kSymbolDelete;
+            return kKeysymDelete;
         default:
             break;
     }
     const bool isControl = character < 0x20 || (character >= 0x80 && character < 0xA0);
     if (isControl) return 0;
-    return character < 0x100 ? character : kUnicodeSymbolBase + character;
+    return character < 0x100 ? character : kUnicodeKeysymBase + character;
 }
 
-/// The symbol in the form that `symbolOf` gives; many characters have an older one, too.
-std::uint32_t usualSymbol(std::uint32_t symbol) {
-    if (symbol >= kFirstKeypadSymbol && symbol <= kLastKeypadSymbol) return 0;
-    return symbolOf(static_cast<char32_t>(xkb_keysym_to_utf32(symbol)));
+/// The keysym in the form that `keysymOf` gives; many characters have an older one, too.
+std::uint32_t usualKeysym(std::uint32_t keysym) {
+    if (keysym >= kFirstKeypadKeysym && keysym <= kLastKeypadKeysym) return 0;
+    return keysymOf(static_cast<char32_t>(xkb_keysym_to_utf32(keysym)));
 }
 
 std::uint8_t levelFor(const KeyboardMap::KeyType& type, std::uint8_t modifiers) {
@@ -70,15 +70,15 @@ std::uint8_t levelFor(const KeyboardMap::KeyType& type, std::uint8_t modifiers) 
 /// The modifiers that programs take for a command, or that change what other keys do.
 std::uint8_t commandModifiers(const KeyboardMap& map) {
     std::uint8_t modifiers = XCB_MOD_MASK_LOCK | XCB_MOD_MASK_CONTROL;
-    for (const std::uint32_t symbol :
-         {kSymbolMetaL, kSymbolMetaR, kSymbolAltL, kSymbolAltR, kSymbolSuperL, kSymbolSuperR,
-          kSymbolHyperL, kSymbolHyperR, kSymbolNumLock}) {
-        modifiers |= map.modifiersOf(symbol);
+    for (const std::uint32_t keysym :
+         {kKeysymMetaL, kKeysymMetaR, kKeysymAltL, kKeysymAltR, kKeysymSuperL, kKeysymSuperR,
+          kKeysymHyperL, kKeysymHyperR, kKeysymNumLock}) {
+        modifiers |= map.modifiersOf(keysym);
     }
     return modifiers;
 }
 
-/// The combinations of modifiers that lead to symbols and that are no commands, the simplest first.
+/// The combinations of modifiers that lead to keysyms and that are no commands, the simplest first.
 std::vector<std::uint8_t> textCombinations(const KeyboardMap& map) {
     const std::uint8_t commands = commandModifiers(map);
     std::set<std::uint8_t> combinations = {0};
@@ -93,7 +93,7 @@ std::vector<std::uint8_t> textCombinations(const KeyboardMap& map) {
     return sorted;
 }
 
-/// The simplest way to each symbol that the layout has.
+/// The simplest way to each keysym that the layout has.
 Strokes strokesOfLayout(const KeyboardMap& map, std::uint8_t group, std::uint8_t locked) {
     Strokes strokes;
     for (const std::uint8_t modifiers : textCombinations(map)) {
@@ -105,22 +105,22 @@ Strokes strokesOfLayout(const KeyboardMap& map, std::uint8_t group, std::uint8_t
             if (type >= map.types.size()) continue;
             const auto level =
                 levelFor(map.types[type], static_cast<std::uint8_t>(modifiers | locked));
-            const std::uint32_t symbol = usualSymbol(key.symbol(*keyGroup, level));
-            if (symbol != 0) {
-                strokes.try_emplace(symbol, Stroke{static_cast<std::uint8_t>(code), modifiers});
+            const std::uint32_t keysym = usualKeysym(key.keysym(*keyGroup, level));
+            if (keysym != 0) {
+                strokes.try_emplace(keysym, Stroke{static_cast<std::uint8_t>(code), modifiers});
             }
         }
     }
     return strokes;
 }
 
-/// Gives the symbol the next free place.
-Stroke assign(SpareSymbols& symbols, const SpareKeys& spare, std::size_t place,
-              std::uint32_t symbol) {
+/// Gives the keysym the next free place.
+Stroke assign(SpareKeysyms& keysyms, const SpareKeys& spare, std::size_t place,
+              std::uint32_t keysym) {
     const std::uint8_t level = spare.levels[place / spare.keyCodes.size()];
-    symbols.resize(spare.levels.size());
-    symbols[level].push_back(symbol);
-    return {spare.keyCodes[symbols[level].size() - 1], spare.combinations[level]};
+    keysyms.resize(spare.levels.size());
+    keysyms[level].push_back(keysym);
+    return {spare.keyCodes[keysyms[level].size() - 1], spare.combinations[level]};
 }
 
 /// The combinations that lead to the type's levels; empty when some level has none.
@@ -153,7 +153,7 @@ SpareKeys findSpareKeys(const KeyboardMap& map) {
     SpareKeys spare;
     for (std::size_t code = kFirstSpareKeyCode; code <= map.maxKeyCode; ++code) {
         const KeyboardMap::Key& key = map.keys[code];
-        if (key.hasSymbols() || key.modifiers != 0) continue;
+        if (key.hasKeysyms() || key.modifiers != 0) continue;
         spare.keyCodes.push_back(static_cast<std::uint8_t>(code));
     }
     chooseType(spare, map);
@@ -166,39 +166,39 @@ SpareKeys findSpareKeys(const KeyboardMap& map) {
     return spare;
 }
 
-std::vector<std::uint32_t> symbolsToType(std::u16string_view text) {
-    std::vector<std::uint32_t> symbols;
-    symbols.reserve(text.size());
+std::vector<std::uint32_t> keysymsToType(std::u16string_view text) {
+    std::vector<std::uint32_t> keysyms;
+    keysyms.reserve(text.size());
     bool wasCarriageReturn = false;
     while (!text.empty()) {
         const char32_t character = takeCharacter(text);
         const bool endsLineBreak = wasCarriageReturn && character == '\n';
         wasCarriageReturn = character == '\r';
-        const std::uint32_t symbol = symbolOf(character);
-        if (symbol != 0 && !endsLineBreak) symbols.push_back(symbol);
+        const std::uint32_t keysym = keysymOf(character);
+        if (keysym != 0 && !endsLineBreak) keysyms.push_back(keysym);
     }
-    return symbols;
+    return keysyms;
 }
 
-std::vector<TextBatch> planText(const std::vector<std::uint32_t>& symbols, const KeyboardMap& map,
+std::vector<TextBatch> planText(const std::vector<std::uint32_t>& keysyms, const KeyboardMap& map,
                                 std::uint8_t group, std::uint8_t locked, const SpareKeys& spare) {
     const Strokes layout = strokesOfLayout(map, group, locked);
     Strokes assigned;
     std::vector<TextBatch> batches(1);
-    for (const std::uint32_t symbol : symbols) {
-        if (const auto stroke = layout.find(symbol); stroke != layout.end()) {
+    for (const std::uint32_t keysym : keysyms) {
+        if (const auto stroke = layout.find(keysym); stroke != layout.end()) {
             batches.back().strokes.push_back(stroke->second);
             continue;
         }
-        auto stroke = assigned.find(symbol);
+        auto stroke = assigned.find(keysym);
         if (stroke == assigned.end()) {
             if (spare.capacity() == 0) continue;
             if (assigned.size() == spare.capacity()) {
                 assigned.clear();
                 batches.emplace_back();
             }
-            const Stroke place = assign(batches.back().symbols, spare, assigned.size(), symbol);
-            stroke = assigned.emplace(symbol, place).first;
+            const Stroke place = assign(batches.back().keysyms, spare, assigned.size(), keysym);
+            stroke = assigned.emplace(keysym, place).first;
         }
         batches.back().strokes.push_back(stroke->second);
     }

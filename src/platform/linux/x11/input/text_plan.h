@@ -18,7 +18,7 @@ struct Stroke {
 };
 
 /// Keys without a meaning of their own, and the ways to press one of them: each combination of
-/// modifiers can stand for another symbol.
+/// modifiers can stand for another keysym.
 struct SpareKeys {
     std::vector<std::uint8_t> keyCodes;
     /// By level: the modifiers that lead to it.
@@ -32,13 +32,13 @@ struct SpareKeys {
     std::size_t capacity() const { return keyCodes.size() * levels.size(); }
 };
 
-/// What the spare keys mean: the symbols of each level, for the keys in their order; missing where
+/// What the spare keys mean: the keysyms of each level, for the keys in their order; missing where
 /// a key means nothing.
-using SpareSymbols = std::vector<std::vector<std::uint32_t>>;
+using SpareKeysyms = std::vector<std::vector<std::uint32_t>>;
 
 /// Strokes that can be sent one after the other once the spare keys mean this.
 struct TextBatch {
-    SpareSymbols symbols;
+    SpareKeysyms keysyms;
     std::vector<Stroke> strokes;
 };
 
@@ -46,14 +46,14 @@ struct TextBatch {
 /// depend on the layout; only modifiers that no program takes for a command do.
 SpareKeys findSpareKeys(const KeyboardMap& map);
 
-/// The symbols to be typed for a text: those of its characters; Return for every kind of line
+/// The keysyms to be typed for a text: those of its characters; Return for every kind of line
 /// break, Tab, Backspace, Escape and Delete for their control characters. Other control characters
 /// cannot be typed and are left out; a broken surrogate becomes U+FFFD.
-std::vector<std::uint32_t> symbolsToType(std::u16string_view text);
+std::vector<std::uint32_t> keysymsToType(std::u16string_view text);
 
-/// Types the symbols by the keys that have them in this layout (`group`) and by spare keys. A new
+/// Types the keysyms by the keys that have them in this layout (`group`) and by spare keys. A new
 /// batch begins when the spare keys are used up. `locked` are modifiers that stay active.
-std::vector<TextBatch> planText(const std::vector<std::uint32_t>& symbols, const KeyboardMap& map,
+std::vector<TextBatch> planText(const std::vector<std::uint32_t>& keysyms, const KeyboardMap& map,
                                 std::uint8_t group, std::uint8_t locked, const SpareKeys& spare);
 
 }  // namespace quil::linux_platform

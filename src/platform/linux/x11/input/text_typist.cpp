@@ -72,15 +72,15 @@ Following sendStrokes(KeyboardSession& session, KeyReceiver& receiver,
 void typeText(KeyboardSession& session, std::u16string_view text) {
     if (!session.knowsKeys()) return;
     SpareKeyUse spare(session.connection(), session.map());
-    const auto batches = planText(symbolsToType(text), session.map(), session.group(),
+    const auto batches = planText(keysymsToType(text), session.map(), session.group(),
                                   session.keptLocks(), spare.keys());
     KeyReceiver receiver(session.connection());
     // Keys that an earlier use has left behind may still be waited for, too.
     if (spare.isMapped()) receiver.mark();
     for (const TextBatch& batch : batches) {
-        if (!batch.symbols.empty()) {
+        if (!batch.keysyms.empty()) {
             if (spare.isMapped() && waitForAll(session, receiver) != Following::yes) return;
-            if (!spare.map(batch.symbols)) break;
+            if (!spare.map(batch.keysyms)) break;
         }
         if (sendStrokes(session, receiver, batch.strokes) != Following::yes) return;
     }

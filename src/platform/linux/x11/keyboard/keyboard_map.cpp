@@ -19,18 +19,18 @@ KeyboardMap::KeyType readType(const xcb_xkb_key_type_t& wire) {
     return type;
 }
 
-void readSymbols(KeyboardMap::Key& key, const xcb_xkb_key_sym_map_t& wire) {
+void readKeysyms(KeyboardMap::Key& key, const xcb_xkb_key_sym_map_t& wire) {
     std::copy(std::begin(wire.kt_index), std::end(wire.kt_index), key.types.begin());
     key.groupInfo = wire.groupInfo;
     key.width = wire.width;
-    const xcb_keysym_t* symbols = xcb_xkb_key_sym_map_syms(&wire);
-    key.symbols.assign(symbols, symbols + xcb_xkb_key_sym_map_syms_length(&wire));
+    const xcb_keysym_t* keysyms = xcb_xkb_key_sym_map_syms(&wire);
+    key.keysyms.assign(keysyms, keysyms + xcb_xkb_key_sym_map_syms_length(&wire));
 }
 
 }  // namespace
 
-bool KeyboardMap::Key::hasSymbols() const {
-    return std::any_of(symbols.begin(), symbols.end(), [](auto symbol) { return symbol != 0; });
+bool KeyboardMap::Key::hasKeysyms() const {
+    return std::any_of(keysyms.begin(), keysyms.end(), [](auto keysym) { return keysym != 0; });
 }
 
 std::optional<std::uint8_t> KeyboardMap::Key::group(std::uint8_t keyboardGroup) const {
@@ -46,25 +46,25 @@ std::optional<std::uint8_t> KeyboardMap::Key::group(std::uint8_t keyboardGroup) 
     return static_cast<std::uint8_t>(keyboardGroup % count);
 }
 
-std::uint32_t KeyboardMap::Key::symbol(std::uint8_t group, std::uint8_t level) const {
+std::uint32_t KeyboardMap::Key::keysym(std::uint8_t group, std::uint8_t level) const {
     const std::size_t place = std::size_t{group} * width + level;
-    return level < width && place < symbols.size() ? symbols[place] : 0;
+    return level < width && place < keysyms.size() ? keysyms[place] : 0;
 }
 
-std::optional<std::uint8_t> KeyboardMap::keyWithSymbol(std::uint32_t symbol) const {
+std::optional<std::uint8_t> KeyboardMap::keyWithKeysym(std::uint32_t keysym) const {
     std::optional<std::uint8_t> found;
     for (std::size_t code = minKeyCode; code <= maxKeyCode; ++code) {
-        if (keys[code].symbol(0, 0) != symbol) continue;
+        if (keys[code].keysym(0, 0) != keysym) continue;
         if (!found || keys[*found].modifiers == 0) found = static_cast<std::uint8_t>(code);
         if (keys[*found].modifiers != 0) break;
     }
     return found;
 }
 
-std::uint8_t KeyboardMap::modifiersOf(std::uint32_t symbol) const {
+std::uint8_t KeyboardMap::modifiersOf(std::uint32_t keysym) const {
     std::uint8_t modifiers = 0;
     for (const Key& key : keys) {
-        if (std::find(key.symbols.begin(), key.symbols.end(), symbol) != key.symbols.end()) {
+        if (std::find(key.keysyms.begin(), key.keysyms.end(), keysym) != key.keysyms.end()) {
             modifiers |= key.modifiers;
         }
     }
@@ -91,7 +91,7 @@ std::optional<KeyboardMap> readKeyboardMap(X11Connection& connection) {
     std::size_t code = reply->firstKeySym;
     for (auto key = xcb_xkb_get_map_map_syms_rtrn_iterator(reply.get(), &parts);
          key.rem > 0 && code < map.keys.size(); xcb_xkb_key_sym_map_next(&key)) {
-        readSymbols(map.keys[code++], *key.data);
+        readKeysyms(map.keys[code++], *key.data);
     }
     for (auto key = xcb_xkb_get_map_map_modmap_rtrn_iterator(reply.get(), &parts); key.rem > 0;
          xcb_xkb_key_mod_map_next(&key)) {

@@ -10,8 +10,8 @@
 namespace quil::linux_platform {
 
 /// What the keys of the keyboard mean, as the X keyboard extension describes them: a key has up to
-/// four groups (layouts) of symbols, a group has a type, and the type tells which modifiers lead to
-/// which of the group's symbols (its levels).
+/// four groups (layouts) of keysyms, a group has a type, and the type tells which modifiers lead to
+/// which of the group's keysyms (its levels).
 struct KeyboardMap {
     struct LevelEntry {
         /// Exactly these modifiers, of the type's mask, lead to the level.
@@ -29,17 +29,17 @@ struct KeyboardMap {
         std::array<std::uint8_t, 4> types{};
         /// The number of groups, and what happens to a group beyond them.
         std::uint8_t groupInfo = 0;
-        /// Symbols in a row of `symbols`, which has a row for each group.
+        /// Keysyms in a row of `keysyms`, which has a row for each group.
         std::uint8_t width = 0;
-        std::vector<std::uint32_t> symbols;
+        std::vector<std::uint32_t> keysyms;
         /// The modifiers that the key is.
         std::uint8_t modifiers = 0;
 
         std::uint8_t groups() const { return groupInfo & 0x0F; }
-        bool hasSymbols() const;
+        bool hasKeysyms() const;
         /// The key's group when the keyboard is in that one; nothing for a key without groups.
         std::optional<std::uint8_t> group(std::uint8_t keyboardGroup) const;
-        std::uint32_t symbol(std::uint8_t group, std::uint8_t level) const;
+        std::uint32_t keysym(std::uint8_t group, std::uint8_t level) const;
     };
 
     std::uint8_t minKeyCode = 8;
@@ -47,10 +47,10 @@ struct KeyboardMap {
     std::vector<KeyType> types;
     std::array<Key, 256> keys;
 
-    /// A key with that symbol at level 0 of its first group; one that is a modifier when there is.
-    std::optional<std::uint8_t> keyWithSymbol(std::uint32_t symbol) const;
-    /// The modifiers that a key with that symbol is.
-    std::uint8_t modifiersOf(std::uint32_t symbol) const;
+    /// A key with that keysym at level 0 of its first group; one that is a modifier when there is.
+    std::optional<std::uint8_t> keyWithKeysym(std::uint32_t keysym) const;
+    /// The modifiers that a key with that keysym is.
+    std::uint8_t modifiersOf(std::uint32_t keysym) const;
 };
 
 /// The keyboard's map; null when the server does not give it. The extension must be enabled.

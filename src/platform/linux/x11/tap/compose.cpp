@@ -28,9 +28,9 @@ Compose::Compose() : context_(xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES)) 
     if (table_) state_.reset(xkb_compose_state_new(table_.get(), XKB_COMPOSE_STATE_NO_FLAGS));
 }
 
-Compose::Result Compose::type(std::uint32_t symbol) {
-    if (!state_) return {.isPending = false, .text = symbolText(symbol)};
-    xkb_compose_state_feed(state_.get(), symbol);
+Compose::Result Compose::type(std::uint32_t keysym) {
+    if (!state_) return {.isPending = false, .text = keysymText(keysym)};
+    xkb_compose_state_feed(state_.get(), keysym);
     switch (xkb_compose_state_get_status(state_.get())) {
         case XKB_COMPOSE_COMPOSING:
             return {.isPending = true, .text = {}};
@@ -45,16 +45,16 @@ Compose::Result Compose::type(std::uint32_t symbol) {
             break;
     }
     reset();
-    return {.isPending = false, .text = symbolText(symbol)};
+    return {.isPending = false, .text = keysymText(keysym)};
 }
 
 void Compose::reset() {
     if (state_) xkb_compose_state_reset(state_.get());
 }
 
-std::string symbolText(std::uint32_t symbol) {
+std::string keysymText(std::uint32_t keysym) {
     std::array<char, 8> text{};
-    return xkb_keysym_to_utf8(symbol, text.data(), text.size()) > 0 ? text.data() : "";
+    return xkb_keysym_to_utf8(keysym, text.data(), text.size()) > 0 ? text.data() : "";
 }
 
 }  // namespace quil::linux_platform

@@ -8,7 +8,7 @@
 
 namespace quil::linux_platform {
 
-/// The text of single key symbols, and of the sequences that begin with a dead key or the Compose
+/// The text of single keysyms, and of the sequences that begin with a dead key or the Compose
 /// key, by the rules of the user's language.
 class Compose {
   public:
@@ -20,8 +20,8 @@ class Compose {
         /// What the key types, or the sequence that it ends; empty when that is nothing.
         std::string text;
     };
-    /// The next symbol that was typed.
-    Result type(std::uint32_t symbol);
+    /// The next keysym that was typed.
+    Result type(std::uint32_t keysym);
     /// Forgets a sequence that has begun.
     void reset();
 
@@ -37,7 +37,7 @@ class Compose {
     std::unique_ptr<xkb_compose_state, Deleter> state_;
 };
 
-/// The text of a key symbol; empty when it has none.
-std::string symbolText(std::uint32_t symbol);
+/// The text of a keysym; empty when it has none.
+std::string keysymText(std::uint32_t keysym);
 
 }  // namespace quil::linux_platform

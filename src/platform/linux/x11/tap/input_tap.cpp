@@ -158,8 +158,8 @@ void InputTap::read() {
     for (const StreamItem& item : items) {
         if (const auto* event = std::get_if<DeviceEvent>(&item)) {
             read(*event);
-        } else if (const auto* symbols = std::get_if<SymbolsChange>(&item)) {
-            keys_.symbolsChanged(*symbols);
+        } else if (const auto* keysyms = std::get_if<KeysymsChange>(&item)) {
+            keys_.keysymsChanged(*keysyms);
         } else if (std::holds_alternative<KeyboardChange>(item)) {
             keys_.keyboardChanged();
         } else if (const auto* focus = std::get_if<FocusChange>(&item)) {

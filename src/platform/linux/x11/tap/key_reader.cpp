@@ -21,16 +21,16 @@ std::uint8_t groupOf(std::uint16_t state) {
     return (state >> 13) & 3;
 }
 
-bool isModifierSymbol(std::uint32_t symbol) {
-    return (symbol >= XKB_KEY_Shift_L && symbol <= XKB_KEY_Hyper_R) ||
-           (symbol >= XKB_KEY_ISO_Lock && symbol <= XKB_KEY_ISO_Level5_Lock) ||
-           symbol == XKB_KEY_Mode_switch || symbol == XKB_KEY_Num_Lock;
+bool isModifierKeysym(std::uint32_t keysym) {
+    return (keysym >= XKB_KEY_Shift_L && keysym <= XKB_KEY_Hyper_R) ||
+           (keysym >= XKB_KEY_ISO_Lock && keysym <= XKB_KEY_ISO_Level5_Lock) ||
+           keysym == XKB_KEY_Mode_switch || keysym == XKB_KEY_Num_Lock;
 }
 
-/// The symbol that the core protocol's rules choose among a key's, two of each group.
-std::uint32_t coreSymbol(const std::vector<std::uint32_t>& symbols, std::uint16_t state) {
+/// The keysym that the core protocol's rules choose among a key's, two of each group.
+std::uint32_t coreKeysym(const std::vector<std::uint32_t>& keysyms, std::uint16_t state) {
     const auto at = [&](std::size_t place) {
-        return place < symbols.size() ? symbols[place] : std::uint32_t{0};
+        return place < keysyms.size() ? keysyms[place] : std::uint32_t{0};
     };
     const std::size_t group = groupOf(state) > 0 && (at(2) != 0 || at(3) != 0) ? 2 : 0;
     const std::uint32_t plain = at(group);
@@ -67,18 +67,18 @@ void KeyReader::readMap() {
         (map_.modifiersOf(XKB_KEY_Super_L) | map_.modifiersOf(XKB_KEY_Super_R)) & ~option_);
 }
 
-void KeyReader::symbolsChanged(const SymbolsChange& change) {
-    for (std::size_t i = 0; (i + 1) * change.perKey <= change.symbols.size(); ++i) {
+void KeyReader::keysymsChanged(const KeysymsChange& change) {
+    for (std::size_t i = 0; (i + 1) * change.perKey <= change.keysyms.size(); ++i) {
         const std::size_t key = change.firstKey + i;
-        if (change.perKey == 0 || key >= changedSymbols_.size()) return;
-        const auto first = change.symbols.begin() + static_cast<std::ptrdiff_t>(i * change.perKey);
-        changedSymbols_[key].emplace(first, first + change.perKey);
+        if (change.perKey == 0 || key >= changedKeysyms_.size()) return;
+        const auto first = change.keysyms.begin() + static_cast<std::ptrdiff_t>(i * change.perKey);
+        changedKeysyms_[key].emplace(first, first + change.perKey);
     }
 }
 
 void KeyReader::keyboardChanged() {
     isMapOutdated_ = true;
-    changedSymbols_ = {};
+    changedKeysyms_ = {};
 }
 
 std::uint64_t KeyReader::flags(std::uint16_t state) {
@@ -94,39 +94,39 @@ std::uint64_t KeyReader::flags(std::uint16_t state) {
 std::optional<KeyPress> KeyReader::press(std::uint8_t keyCode, std::uint16_t state) {
     KeyPress press{
         .virtualKeyCode = virtualKeyCode(keyCode), .flags = flags(state), .characters = {}};
-    const std::uint32_t symbol = this->symbol(keyCode, state);
-    if (isModifier(keyCode, symbol)) return {};
+    const std::uint32_t keysym = this->keysym(keyCode, state);
+    if (isModifier(keyCode, keysym)) return {};
     if (state & foreign_) return {};
     if (press.flags & (kEventFlagMaskControl | kEventFlagMaskAlternate)) {
-        press.characters = symbolText(symbol);
+        press.characters = keysymText(keysym);
         return press;
     }
-    Compose::Result composed = compose_.type(symbol);
+    Compose::Result composed = compose_.type(keysym);
     if (composed.isPending) return {};
     press.characters = std::move(composed.text);
     return press;
 }
 
-bool KeyReader::isModifier(std::uint8_t keyCode, std::uint32_t symbol) const {
-    return isModifierSymbol(symbol) ||
-           (map_.keys[keyCode].modifiers != 0 && !changedSymbols_[keyCode]);
+bool KeyReader::isModifier(std::uint8_t keyCode, std::uint32_t keysym) const {
+    return isModifierKeysym(keysym) ||
+           (map_.keys[keyCode].modifiers != 0 && !changedKeysyms_[keyCode]);
 }
 
-std::uint32_t KeyReader::symbol(std::uint8_t keyCode, std::uint16_t state) const {
-    const auto& changed = changedSymbols_[keyCode];
-    return changed ? coreSymbol(*changed, state) : mappedSymbol(map_.keys[keyCode], state);
+std::uint32_t KeyReader::keysym(std::uint8_t keyCode, std::uint16_t state) const {
+    const auto& changed = changedKeysyms_[keyCode];
+    return changed ? coreKeysym(*changed, state) : mappedKeysym(map_.keys[keyCode], state);
 }
 
-std::uint32_t KeyReader::mappedSymbol(const KeyboardMap::Key& key, std::uint16_t state) const {
+std::uint32_t KeyReader::mappedKeysym(const KeyboardMap::Key& key, std::uint16_t state) const {
     const auto group = key.group(groupOf(state));
     if (!group || key.types[*group] >= map_.types.size()) return 0;
     const KeyboardMap::KeyType& type = map_.types[key.types[*group]];
     const auto entry =
         std::ranges::find(type.entries, state & type.mask, &KeyboardMap::LevelEntry::modifiers);
-    const std::uint32_t symbol =
-        key.symbol(*group, entry == type.entries.end() ? std::uint8_t{0} : entry->level);
+    const std::uint32_t keysym =
+        key.keysym(*group, entry == type.entries.end() ? std::uint8_t{0} : entry->level);
     const bool isCapital = (state & XCB_MOD_MASK_LOCK) && !(type.mask & XCB_MOD_MASK_LOCK);
-    return isCapital ? xkb_keysym_to_upper(symbol) : symbol;
+    return isCapital ? xkb_keysym_to_upper(keysym) : keysym;
 }
 
 }  // namespace quil::linux_platform

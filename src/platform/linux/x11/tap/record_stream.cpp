@@ -45,13 +45,13 @@ std::size_t requestLength(Bytes bytes) {
     return length >= 4 && length <= bytes.size() ? length : 0;
 }
 
-SymbolsChange readSymbolsChange(Bytes request) {
+KeysymsChange readKeysymsChange(Bytes request) {
     const auto header = readAs<xcb_change_keyboard_mapping_request_t>(request);
-    SymbolsChange change{header.first_keycode, header.keysyms_per_keycode, {}};
+    KeysymsChange change{header.first_keycode, header.keysyms_per_keycode, {}};
     const std::size_t wanted = std::size_t{header.keycode_count} * header.keysyms_per_keycode;
-    for (std::size_t at = sizeof header; at < request.size() && change.symbols.size() < wanted;
+    for (std::size_t at = sizeof header; at < request.size() && change.keysyms.size() < wanted;
          at += 4) {
-        change.symbols.push_back(readAs<std::uint32_t>(request.subspan(at)));
+        change.keysyms.push_back(readAs<std::uint32_t>(request.subspan(at)));
     }
     return change;
 }
@@ -185,7 +185,7 @@ void RecordStream::readRequest(Bytes request, std::uint32_t client,
     const std::uint8_t major = request[0];
     const std::uint8_t minor = request[1];
     if (major == XCB_CHANGE_KEYBOARD_MAPPING) {
-        items.emplace_back(readSymbolsChange(request));
+        items.emplace_back(readKeysymsChange(request));
     } else if (major == XCB_GRAB_KEYBOARD || major == XCB_UNGRAB_KEYBOARD) {
         items.emplace_back(KeyboardGrab{client, major == XCB_GRAB_KEYBOARD});
     } else if (major == xinputOpcode_) {

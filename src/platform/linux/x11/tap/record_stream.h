@@ -26,11 +26,11 @@ struct DeviceEvent {
     std::int16_t y = 0;
 };
 
-/// A program gave keys other symbols, `perKey` for each from `firstKey` on.
-struct SymbolsChange {
+/// A program gave keys other keysyms, `perKey` for each from `firstKey` on.
+struct KeysymsChange {
     std::uint8_t firstKey = 0;
     std::uint8_t perKey = 0;
-    std::vector<std::uint32_t> symbols;
+    std::vector<std::uint32_t> keysyms;
 };
 
 /// A program described the keyboard anew.
@@ -52,7 +52,7 @@ struct KeyboardGrab {
 };
 
 using StreamItem =
-    std::variant<DeviceEvent, SymbolsChange, KeyboardChange, FocusChange, KeyboardGrab>;
+    std::variant<DeviceEvent, KeysymsChange, KeyboardChange, FocusChange, KeyboardGrab>;
 
 /// What the X server records (its Record extension) of the devices, and of what changes the meaning
 /// of keys and where they go, all in the order in which it happened. Nobody notices but the server.

@@ -95,14 +95,14 @@ FAULTS = [  # what is wrong, file, the right text, the wrong text
      "setActivationPolicy:NSApplicationActivationPolicyProhibited",
      "setActivationPolicy:NSApplicationActivationPolicyRegular"),
     ("the pasteboard is cleared on another thread", "pasteboard.mm",
-     "    thread_.call<bool>(kPatience, [] {\n        [[NSPasteboard generalPasteboard] "
+     "    thread_.call<bool>(kOwnerTimeout, [] {\n        [[NSPasteboard generalPasteboard] "
      "clearContents];\n        return true;\n    });",
      "    [[NSPasteboard generalPasteboard] clearContents];"),
     ("a silent owner of the pasteboard holds up the host", "pasteboard.mm",
-     "kPatience{5}", "kPatience{60}"),
-    ("opening an application has no bound", "workspace.mm", "kPatience{20}", "kPatience{600}"),
+     "kOwnerTimeout{5}", "kOwnerTimeout{60}"),
+    ("opening an application has no bound", "workspace.mm", "kOpenTimeout{20}", "kOpenTimeout{600}"),
     ("the list of windows is waited for too long", "screen_capture.mm",
-     "kPatience{10}", "kPatience{60}"),
+     "kCaptureTimeout{10}", "kCaptureTimeout{60}"),
     ("an image is released once too often", "screen_capture.mm",
      "CfRef<CGImageRef>::share(", "CfRef<CGImageRef>::adopt("),
     ("the pointer in the picture", "screen_capture.mm",

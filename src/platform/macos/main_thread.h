@@ -11,7 +11,7 @@ namespace quil::macos {
 
 /// How long the main thread is waited for. It does nothing but run its run loop, except when the
 /// process begins and ends.
-inline constexpr std::chrono::milliseconds kMainThreadPatience{500};
+inline constexpr std::chrono::milliseconds kMainThreadTimeout{500};
 
 /// Has the main thread's run loop do the work in its next turn.
 void performOnMainThread(std::function<void()> work);
@@ -23,7 +23,7 @@ T askOnMainThread(std::function<T()> question) {
     const auto delivery = std::make_shared<Delivery<T>>();
     performOnMainThread(
         [delivery, question = std::move(question)] { delivery->deliver(question()); });
-    return delivery->await(kMainThreadPatience);
+    return delivery->await(kMainThreadTimeout);
 }
 
 }  // namespace quil::macos

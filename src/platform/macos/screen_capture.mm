@@ -11,7 +11,7 @@ namespace {
 
 /// How long one answer of the system's capture service is waited for; it usually takes a fraction
 /// of a second.
-constexpr std::chrono::seconds kPatience{10};
+constexpr std::chrono::seconds kCaptureTimeout{10};
 
 /// Kept from the listing to the capture: a filter is made from the listed window itself.
 struct ListedWindow : PlatformWindow {
@@ -65,7 +65,7 @@ std::unique_ptr<CapturedImage> capture(SCContentFilter* filter,
                  completionHandler:^(CGImageRef image, NSError* error) {
                    delivery->deliver(CfRef<CGImageRef>::share(error ? nullptr : image));
                  }];
-        auto image = delivery->await(kPatience);
+        auto image = delivery->await(kCaptureTimeout);
         if (image) return std::make_unique<MacImage>(std::move(image));
     }
     return nullptr;
@@ -82,7 +82,7 @@ std::optional<ShareableContent> MacScreenCapture::getShareableContent(bool exclu
                                  completionHandler:^(SCShareableContent* content, NSError* error) {
                                    delivery->deliver(error ? nil : content);
                                  }];
-    SCShareableContent* content = delivery->await(kPatience);
+    SCShareableContent* content = delivery->await(kCaptureTimeout);
     if (!content) return {};
     ShareableContent result;
     for (SCWindow* window in content.windows) result.windows.push_back(described(window));

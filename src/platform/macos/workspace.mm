@@ -8,7 +8,7 @@ namespace quil::macos {
 namespace {
 
 /// How long the launch services may take to open an application, its check by the system included.
-constexpr std::chrono::seconds kPatience{20};
+constexpr std::chrono::seconds kOpenTimeout{20};
 
 RunningApplication described(NSRunningApplication* application) {
     return {.processIdentifier = application.processIdentifier,
@@ -51,7 +51,7 @@ std::optional<std::string> MacWorkspace::urlForApplicationWithBundleIdentifier(
 
 bool MacWorkspace::openUrl(std::string_view path) {
     NSURL* url = [NSURL fileURLWithPath:nsString(path)];
-    const auto opened = opening_.call<bool>(kPatience, [url] {
+    const auto opened = opening_.call<bool>(kOpenTimeout, [url] {
         return static_cast<bool>([[NSWorkspace sharedWorkspace] openURL:url]);
     });
     return opened.value_or(false);

@@ -210,13 +210,13 @@ class Program {
             waiting.push_back(
                 {events < 0 ? -1 : sd_bus_get_fd(bus), static_cast<short>(events), 0});
         }
-        int patience = -1;
+        int timeout = -1;
         for (const Held& call : held_) {
             const auto left = std::chrono::ceil<milliseconds>(call.due - Clock::now());
             const int bounded = std::max(0, static_cast<int>(left.count()));
-            patience = patience < 0 ? bounded : std::min(patience, bounded);
+            timeout = timeout < 0 ? bounded : std::min(timeout, bounded);
         }
-        poll(waiting.data(), waiting.size(), patience);
+        poll(waiting.data(), waiting.size(), timeout);
         if (waiting[1].revents) window_.update();
         if (waiting[2].revents) accept();
         std::string line;

@@ -10,7 +10,7 @@ constexpr std::chrono::milliseconds kLookInterval{10};
 }  // namespace
 
 bool comesTrue(const std::function<bool()>& condition) {
-    const auto deadline = BusClock::now() + kChangePatience;
+    const auto deadline = BusClock::now() + kChangeTimeout;
     while (!condition()) {
         if (BusClock::now() >= deadline) return false;
         std::this_thread::sleep_for(kLookInterval);

@@ -11,7 +11,7 @@ namespace quil::linux_platform {
 
 /// How long a program may take to do what it has answered that it did: browsers and Java do it
 /// later.
-inline constexpr std::chrono::milliseconds kChangePatience{500};
+inline constexpr std::chrono::milliseconds kChangeTimeout{500};
 
 /// Looks until it is so, or until the time for a change is over. Whether it was.
 bool comesTrue(const std::function<bool()>& condition);

@@ -14,8 +14,8 @@
 namespace quil::linux_platform {
 namespace {
 
-constexpr std::chrono::milliseconds kWindowPatience{700};
-constexpr std::chrono::milliseconds kWindowPause{20};
+constexpr std::chrono::milliseconds kWindowTimeout{700};
+constexpr std::chrono::milliseconds kWindowPollInterval{20};
 
 bool ownsActiveWindow(X11Display& display, std::int32_t pid) {
     const auto connection = display.connection();
@@ -139,9 +139,9 @@ std::int32_t LinuxAccessibility::copyFocusedWindow(const ElementRef& element,
     if (names.empty()) return kAxCannotComplete;
     auto window = focusedWindow(bus_, display_, handle->pid(), names);
     // A program that has only just joined the bus may not have told about its windows yet.
-    const auto patience = bus_.program(names.front()).firstContact() + kWindowPatience;
-    while (!window && BusClock::now() < patience && ownsActiveWindow(display_, handle->pid())) {
-        std::this_thread::sleep_for(kWindowPause);
+    const auto deadline = bus_.program(names.front()).firstContact() + kWindowTimeout;
+    while (!window && BusClock::now() < deadline && ownsActiveWindow(display_, handle->pid())) {
+        std::this_thread::sleep_for(kWindowPollInterval);
         window = focusedWindow(bus_, display_, handle->pid(), names);
     }
     if (!window) return kAxNoValue;

@@ -17,8 +17,8 @@ constexpr std::chrono::seconds kLongestObservation{20};
 
 /// Browsers send their documents only to those who ask, and not at once: this long an empty
 /// document is waited for, once, and is looked at this often.
-constexpr std::chrono::milliseconds kDocumentPatience{2000};
-constexpr std::chrono::milliseconds kDocumentPause{40};
+constexpr std::chrono::milliseconds kDocumentTimeout{2000};
+constexpr std::chrono::milliseconds kDocumentPollInterval{40};
 
 /// Elements that are asked at a time: enough for the application never to wait for us, few enough
 /// that little is asked in vain when the elements before them turn out to fill the walk.
@@ -177,7 +177,7 @@ void ObservedTree::count() {
 }
 
 void ObservedTree::awaitDocuments() {
-    const auto end = BusClock::now() + kDocumentPatience;
+    const auto end = BusClock::now() + kDocumentTimeout;
     AtspiProgram& program = bus_.program(root_->reference.busName);
     const Reference root = root_->reference;
     const auto isAwaited = [&](const auto& entry) {
@@ -196,7 +196,7 @@ void ObservedTree::awaitDocuments() {
             }
             return;
         }
-        std::this_thread::sleep_for(kDocumentPause);
+        std::this_thread::sleep_for(kDocumentPollInterval);
         cache_ = nullptr;
         fetch(root);  // the document that fills may be another one
     }

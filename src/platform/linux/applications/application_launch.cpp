@@ -16,7 +16,7 @@ namespace {
 using LaunchContext = GObjectHandle<GAppLaunchContext>;
 
 /// Starting a program takes milliseconds; longer only when the session bus does not answer.
-constexpr std::chrono::seconds kPatience{5};
+constexpr std::chrono::seconds kLaunchTimeout{5};
 
 /// The entry, to be started as a program of its own wherever it names one. Asked through the
 /// session bus instead, an application would come up on the display of whoever started the bus.
@@ -83,7 +83,7 @@ bool openDesktopEntry(std::string_view path) {
     const auto started = std::make_shared<std::promise<bool>>();
     std::future<bool> outcome = started->get_future();
     std::thread([started, file = std::string(path)] { started->set_value(launch(file)); }).detach();
-    return outcome.wait_for(kPatience) == std::future_status::ready && outcome.get();
+    return outcome.wait_for(kLaunchTimeout) == std::future_status::ready && outcome.get();
 }
 
 }  // namespace quil::linux_platform

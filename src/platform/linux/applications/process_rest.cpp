@@ -15,7 +15,7 @@ constexpr milliseconds kLookInterval{4};
 constexpr int kLooksAtRest = 5;
 /// A thread that is never at rest has gone through its loop when it was found asleep so often.
 constexpr int kSleepsOfRestless = 10;
-constexpr milliseconds kPatienceWithBusyThread{2000};
+constexpr milliseconds kBusyThreadTimeout{2000};
 /// For processes that cannot be looked at.
 constexpr milliseconds kBlindWait{300};
 
@@ -53,7 +53,7 @@ bool ProcessRest::wait(Clock::time_point deadline) {
         const bool firstThreadsSleep = std::ranges::all_of(processes_, [&](std::int32_t process) {
             return sleeps_[process] >= kSleepsOfRestless;
         });
-        if (firstThreadsSleep && now >= began + kPatienceWithBusyThread) return true;
+        if (firstThreadsSleep && now >= began + kBusyThreadTimeout) return true;
         std::this_thread::sleep_for(kLookInterval);
     }
     return true;

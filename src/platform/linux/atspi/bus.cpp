@@ -98,7 +98,9 @@ std::unique_ptr<Bus> Bus::open(Kind kind, const std::string& address) {
 }
 
 Bus::Bus(sd_bus* bus, Kind kind)
-    : bus_(bus), kind_(kind), patience_(kind == Kind::session ? kSessionPatience : kBusPatience) {}
+    : bus_(bus),
+      kind_(kind),
+      replyTimeout_(kind == Kind::session ? kSessionReplyTimeout : kReplyTimeout) {}
 
 Bus::~Bus() {
     pending_.clear();
@@ -106,7 +108,7 @@ Bus::~Bus() {
 }
 
 bool Bus::isReady() {
-    const auto deadline = BusClock::now() + patience_;
+    const auto deadline = BusClock::now() + replyTimeout_;
     while (isAlive() && sd_bus_is_ready(bus_) == 0) {
         if (hasGreeted_ || BusClock::now() >= deadline) break;
         poll({this}, deadline);
@@ -199,7 +201,7 @@ void Bus::poll(const std::vector<Bus*>& buses, BusDeadline deadline) {
     sockets.reserve(buses.size());
     for (const Bus* bus : buses) sockets.push_back(bus->waiting());
     const auto left = std::chrono::ceil<milliseconds>(deadline - BusClock::now());
-    const auto bounded = std::clamp(left, milliseconds::zero(), milliseconds(kBusPatience));
+    const auto bounded = std::clamp(left, milliseconds::zero(), milliseconds(kReplyTimeout));
     ::poll(sockets.data(), sockets.size(), static_cast<int>(bounded.count()));
 }
 
@@ -208,7 +210,7 @@ BusDeadline Bus::giveUpOnSilent() {
     auto next = BusDeadline::max();
     for (Peer& peer : peers_) {
         if (peer.waiting_ == 0) continue;
-        const auto limit = peer.lastSign_ + patience_;
+        const auto limit = peer.lastSign_ + replyTimeout_;
         if (limit > now) {
             next = std::min(next, limit);
             continue;

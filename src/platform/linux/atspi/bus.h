@@ -20,8 +20,8 @@ using BusDeadline = BusClock::time_point;
 
 /// How long an application or a bus that was asked may stay silent, and how long the session bus.
 /// Whoever stays silent for longer hangs, and is not waited for again until they say something.
-inline constexpr std::chrono::milliseconds kBusPatience{1700};
-inline constexpr std::chrono::milliseconds kSessionPatience{1000};
+inline constexpr std::chrono::milliseconds kReplyTimeout{1700};
+inline constexpr std::chrono::milliseconds kSessionReplyTimeout{1000};
 
 struct MessageDeleter {
     void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
@@ -139,7 +139,7 @@ class Bus {
 
     sd_bus* bus_;
     const Kind kind_;
-    const std::chrono::milliseconds patience_;
+    const std::chrono::milliseconds replyTimeout_;
     bool hasGreeted_ = false;
     bool isLost_ = false;
     std::list<Pending> pending_;

@@ -9,7 +9,7 @@
 namespace quil::linux_platform {
 namespace {
 
-constexpr std::chrono::milliseconds kPatience{500};
+constexpr std::chrono::milliseconds kSearchTimeout{500};
 constexpr std::int64_t kMaximumChildren = 256;
 
 struct Candidate {
@@ -33,7 +33,7 @@ std::optional<Reference> focusedElement(AccessibilityBus& bus, const Reference& 
     std::optional<Reference> focused;
     std::deque<Candidate> level;
     level.push_back({root, {}});
-    const auto deadline = BusClock::now() + kPatience;
+    const auto deadline = BusClock::now() + kSearchTimeout;
     while (!level.empty() && BusClock::now() < deadline) {
         ask(bus, level, {Fact::states, Fact::childCount});
         std::erase_if(level, [](const Candidate& candidate) {

@@ -13,7 +13,7 @@ namespace {
 using std::chrono::milliseconds;
 
 /// Nobody waits longer than this for a program that does not answer.
-constexpr milliseconds kPatience{20000};
+constexpr milliseconds kVerdictTimeout{20000};
 /// How often a program is looked at that has not come to what the user did.
 constexpr milliseconds kGlance{25};
 /// A program that takes longer to answer is busy with something.
@@ -116,7 +116,7 @@ void SecretInput::finishRound() {
 
 std::optional<bool> SecretInput::isSecret(TapTime key, std::optional<std::uint32_t> grabber) {
     const bool isKnown = this->isKnown(key);
-    if (!isKnown && TapTime::clock::now() < patienceEnd(key)) return {};
+    if (!isKnown && TapTime::clock::now() < verdictDeadline(key)) return {};
     if (!isKnown || (grabber && grabber != active_.client)) return true;
     const Judgement& judgement = this->judgement(windowGotFocus_ <= key);
     if (grabber && key < judgement.firstReport) return true;
@@ -125,15 +125,15 @@ std::optional<bool> SecretInput::isSecret(TapTime key, std::optional<std::uint32
 }
 
 /// When to give up on the program: it is waited for as long as it works off its events.
-TapTime SecretInput::patienceEnd(TapTime key) const {
-    return std::max(key, moves_.latestProgress()) + kPatience;
+TapTime SecretInput::verdictDeadline(TapTime key) const {
+    return std::max(key, moves_.latestProgress()) + kVerdictTimeout;
 }
 
 /// Whether all is known that a key of that time depends on. If not, says when to look again.
 bool SecretInput::isKnown(TapTime key) {
     const auto now = TapTime::clock::now();
     const auto waitUntil = [&](TapTime time) {
-        lookAgainAt(std::min(time, patienceEnd(key)));
+        lookAgainAt(std::min(time, verdictDeadline(key)));
         return false;
     };
     const FocusMove* move = moves_.latestBefore(key);

@@ -63,7 +63,7 @@ class SecretInput {
     void ask();
     void finishRound();
     bool isKnown(TapTime key);
-    TapTime patienceEnd(TapTime key) const;
+    TapTime verdictDeadline(TapTime key) const;
     bool speaksForActive(std::int32_t pid);
     std::vector<const FocusReport*> relevantReports(bool isActiveStill);
     const Judgement& judgement(bool isActiveStill);

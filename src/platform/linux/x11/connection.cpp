@@ -26,7 +26,7 @@ namespace quil::linux_platform {
 namespace {
 
 using std::chrono::milliseconds;
-constexpr milliseconds kPatience{2000};
+constexpr milliseconds kServerTimeout{2000};
 /// Another thread may read our reply from the socket, which a wait on it does not notice.
 constexpr milliseconds kLongestPoll{20};
 
@@ -66,7 +66,7 @@ X11Connection::~X11Connection() {
 }
 
 void* X11Connection::waitForReply(unsigned sequence) {
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kServerTimeout;
     xcb_flush(connection_);
     while (isAlive()) {
         void* answer = nullptr;
@@ -134,8 +134,8 @@ std::shared_ptr<X11Connection> X11Display::connection() {
         if (!mayHaveDisplay()) return nullptr;
         beginAttempt();
     }
-    const auto patience = serverHangs_ ? milliseconds::zero() : kPatience;
-    serverHangs_ = attempt_.wait_for(patience) != std::future_status::ready;
+    const auto timeout = serverHangs_ ? milliseconds::zero() : kServerTimeout;
+    serverHangs_ = attempt_.wait_for(timeout) != std::future_status::ready;
     if (!serverHangs_) connection_ = attempt_.get();
     return connection_;
 }

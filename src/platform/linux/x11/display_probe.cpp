@@ -20,7 +20,7 @@ namespace {
 /// X_TCP_PORT of Xproto.h: the port of display 0.
 constexpr int kFirstPort = 6000;
 /// This machine refuses within microseconds; one that takes longer is better left to a thread.
-constexpr int kPatienceMilliseconds = 5;
+constexpr int kConnectTimeoutMilliseconds = 5;
 
 /// Whether a connection was made, or is neither made nor refused.
 template <typename Address>
@@ -32,7 +32,7 @@ bool mayListen(const Address& address, socklen_t length = sizeof(Address)) {
     if (error == EINPROGRESS) {
         pollfd waiting{end, POLLOUT, 0};
         socklen_t size = sizeof error;
-        if (poll(&waiting, 1, kPatienceMilliseconds) > 0) {
+        if (poll(&waiting, 1, kConnectTimeoutMilliseconds) > 0) {
             getsockopt(end, SOL_SOCKET, SO_ERROR, &error, &size);
         }
     }

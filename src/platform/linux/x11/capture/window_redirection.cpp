@@ -15,7 +15,7 @@ using Clock = std::chrono::steady_clock;
 using Time = Clock::time_point;
 
 /// How long a program may take to paint what had been covered.
-constexpr milliseconds kPatience{500};
+constexpr milliseconds kPaintTimeout{500};
 /// A program that has not painted for so long has finished.
 constexpr milliseconds kQuiet{60};
 /// Windows inside one window; no toolkit makes so many.
@@ -128,7 +128,7 @@ bool WindowRedirection::redirect(xcb_window_t window) {
         wasCovered = wasCovered || typeOf(*event) == XCB_EXPOSE;
     }
     paintedFirst_ = window;
-    paintedBy_ = Clock::now() + kPatience;
+    paintedBy_ = Clock::now() + kPaintTimeout;
     if (wasCovered) watch.waitUntilDone(paintedBy_);
     return isRedirected_;
 }

@@ -24,7 +24,7 @@ constexpr KeyRow kRows[] = {
 /// The key next to the left Shift, which only some keyboards have.
 constexpr std::size_t kLastTypingKey = 94;
 constexpr std::uint8_t kMaximumGroups = 4;
-constexpr std::chrono::milliseconds kPatience{2000};
+constexpr std::chrono::milliseconds kPingTimeout{2000};
 
 bool isLetter(std::uint8_t keysym) {
     return keysym >= 'a' && keysym <= 'z';
@@ -93,7 +93,7 @@ CommandKey::CommandKey(KeyboardSession& session, LatinKeysyms keysyms)
     if (spare_.keys().capacity() == 0) return;
     if (spare_.isMapped()) {
         receiver_.mark();
-        receiver_.waitForMarks(0, kPatience);
+        receiver_.waitForMarks(0, kPingTimeout);
     }
     spare_.map(onFirstKey(spare_.keys(), keysyms));
 }
@@ -101,7 +101,7 @@ CommandKey::CommandKey(KeyboardSession& session, LatinKeysyms keysyms)
 CommandKey::~CommandKey() {
     if (!spare_.isMapped()) return;
     receiver_.mark();
-    if (receiver_.waitForMarks(0, kPatience)) spare_.unmap();
+    if (receiver_.waitForMarks(0, kPingTimeout)) spare_.unmap();
 }
 
 std::optional<std::uint8_t> CommandKey::keyCode() const {

@@ -18,8 +18,8 @@ using std::chrono::nanoseconds;
 constexpr int kMostAncestors = 32;
 /// Keys may close the window that they go to; then nobody answers.
 constexpr milliseconds kWindowLookInterval{100};
-constexpr milliseconds kPatienceWithLifeless{5000};
-constexpr milliseconds kPatienceWithBusy{30'000};
+constexpr milliseconds kLifelessTimeout{5000};
+constexpr milliseconds kBusyTimeout{30'000};
 /// A program that hangs still has a thread that looks at the clock now and then.
 constexpr nanoseconds kActivityOfLife = milliseconds(20);
 
@@ -114,8 +114,8 @@ void EventReceiver::mark() {
     xcb_flush(connection_.get());
 }
 
-bool EventReceiver::waitForMarks(std::uint32_t open, milliseconds patience) {
-    const auto deadline = Clock::now() + patience;
+bool EventReceiver::waitForMarks(std::uint32_t open, milliseconds timeout) {
+    const auto deadline = Clock::now() + timeout;
     if (window_ == XCB_WINDOW_NONE) passMarks(marks_);
     while (marks_ - passed_ > open) {
         bool hasPassed = false;
@@ -144,7 +144,7 @@ void EventReceiver::lookForLife() {
 
 bool EventReceiver::isHanging() const {
     const auto now = Clock::now();
-    return now - lastLife_ >= kPatienceWithLifeless || now - lastPassed_ >= kPatienceWithBusy;
+    return now - lastLife_ >= kLifelessTimeout || now - lastPassed_ >= kBusyTimeout;
 }
 
 /// Whether an answer has come that passes a mark.

@@ -23,9 +23,9 @@ class EventReceiver {
 
     /// Marks a point in what is sent to it.
     void mark();
-    /// Waits until the program has passed all marks but the last `open` ones, for `patience` at the
+    /// Waits until the program has passed all marks but the last `open` ones, for `timeout` at the
     /// most: whether it has.
-    bool waitForMarks(std::uint32_t open, std::chrono::milliseconds patience);
+    bool waitForMarks(std::uint32_t open, std::chrono::milliseconds timeout);
     /// Whether a program that has kept us waiting has shown no sign of life for 5 s (it has neither
     /// passed a mark nor run nor wanted to), or has passed no mark for 30 s.
     bool isHanging() const;

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::chrono::microseconds kLookInterval{200};
 /// IBus needs some milliseconds for a key, more on a busy machine.
-constexpr std::chrono::milliseconds kPatienceWithRestless{20};
+constexpr std::chrono::milliseconds kRestlessTimeout{20};
 
 /// Whether the module is in the process: `im-ibus` below `gtk-4.0/`.
 bool hasModule(std::int32_t pid) {
@@ -45,7 +45,7 @@ std::optional<Gtk4Ibus> Gtk4Ibus::find(std::int32_t pid) {
 }
 
 void Gtk4Ibus::waitForRest() {
-    const auto deadline = std::chrono::steady_clock::now() + patience_;
+    const auto deadline = std::chrono::steady_clock::now() + timeout_;
     // Whoever passes a key on makes the next one run before it sleeps itself: so when none of them
     // has run between two looks at all, none has a key.
     std::vector<std::uint64_t> before;
@@ -55,7 +55,7 @@ void Gtk4Ibus::waitForRest() {
         before = std::move(now);
         std::this_thread::sleep_for(kLookInterval);
     }
-    patience_ = kPatienceWithRestless;
+    timeout_ = kRestlessTimeout;
 }
 
 /// What each has run so far; empty while one of them runs. One that has ended has not run.

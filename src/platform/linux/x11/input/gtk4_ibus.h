@@ -25,7 +25,7 @@ class Gtk4Ibus {
 
     /// The program, IBus and its engines.
     std::vector<std::int32_t> processes_;
-    std::chrono::milliseconds patience_{1000};
+    std::chrono::milliseconds timeout_{1000};
 };
 
 }  // namespace quil::linux_platform

@@ -21,8 +21,8 @@ KeyReceiver::KeyReceiver(X11Connection& connection)
     if (program_.pid()) inputMethod_ = Gtk4Ibus::find(*program_.pid());
 }
 
-bool KeyReceiver::waitForMarks(std::uint32_t open, std::chrono::milliseconds patience) {
-    if (!program_.waitForMarks(open, patience)) return false;
+bool KeyReceiver::waitForMarks(std::uint32_t open, std::chrono::milliseconds timeout) {
+    if (!program_.waitForMarks(open, timeout)) return false;
     if (open == 0 && inputMethod_) inputMethod_->waitForRest();
     return true;
 }

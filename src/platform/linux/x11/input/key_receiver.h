@@ -21,7 +21,7 @@ class KeyReceiver {
     bool takesKeysSingly() const { return inputMethod_.has_value(); }
     /// As of `EventReceiver`; to have passed all marks also means that the input method is done.
     void mark() { program_.mark(); }
-    bool waitForMarks(std::uint32_t open, std::chrono::milliseconds patience);
+    bool waitForMarks(std::uint32_t open, std::chrono::milliseconds timeout);
     bool answersPings() const { return program_.answersPings(); }
     bool isHanging() const { return program_.isHanging(); }
 

@@ -8,8 +8,8 @@ namespace quil::linux_platform {
 namespace {
 
 /// Longer than a program is waited for that deals with a part of a text.
-constexpr std::chrono::seconds kPatience{7};
-constexpr std::chrono::seconds kSignInterval{1};
+constexpr std::chrono::seconds kOwnerTimeout{7};
+constexpr std::chrono::seconds kRenewInterval{1};
 constexpr std::chrono::milliseconds kLookInterval{10};
 constexpr std::string_view kSelection = "_QUIL_KEYBOARD_TURN";
 
@@ -24,13 +24,13 @@ xcb_window_t ownerOf(X11Connection& connection, xcb_atom_t selection) {
 KeyboardTurn::KeyboardTurn(X11Connection& connection)
     : connection_(connection), selection_(connection.atom(kSelection)) {
     xcb_window_t other = owner();
-    auto deadline = Clock::now() + kPatience;
+    auto deadline = Clock::now() + kOwnerTimeout;
     while (connection_.isAlive()) {
         const bool isFree = other == XCB_WINDOW_NONE || Clock::now() >= deadline;
         if (isFree && takeIf(other)) return;
         std::this_thread::sleep_for(kLookInterval);
         const xcb_window_t before = std::exchange(other, owner());
-        if (other != before) deadline = Clock::now() + kPatience;
+        if (other != before) deadline = Clock::now() + kOwnerTimeout;
     }
 }
 
@@ -69,7 +69,7 @@ void KeyboardTurn::take() {
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
     xcb_set_selection_owner(connection_.get(), window_, selection_, XCB_CURRENT_TIME);
     if (former != XCB_WINDOW_NONE) xcb_destroy_window(connection_.get(), former);
-    nextSign_ = Clock::now() + kSignInterval;
+    nextSign_ = Clock::now() + kRenewInterval;
 }
 
 }  // namespace quil::linux_platform

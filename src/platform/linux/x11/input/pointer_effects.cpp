@@ -19,7 +19,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kPatience{2000};
+constexpr milliseconds kEffectTimeout{2000};
 constexpr milliseconds kButtonLookInterval{1};
 /// Toolkits and window managers nest windows.
 constexpr int kMostNested = 32;
@@ -96,7 +96,7 @@ void PointerEffects::settle() {
     const auto location = std::exchange(buttonLocation_, {});
     const auto connection = display_.connection();
     if (!connection) return;
-    const auto deadline = Clock::now() + kPatience;
+    const auto deadline = Clock::now() + kEffectTimeout;
     if (location) waitForRelease(*connection, deadline);
     // The focus may follow the pointer, too.
     windowManager_.waitUntilDone(connection, leftUntil(deadline));

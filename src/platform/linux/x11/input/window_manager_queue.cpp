@@ -16,7 +16,7 @@ void WindowManagerQueue::makeWindow(X11Connection& connection) {
 }
 
 bool WindowManagerQueue::waitUntilDone(const std::shared_ptr<X11Connection>& connection,
-                                       milliseconds patience) {
+                                       milliseconds timeout) {
     if (connection_.lock() != connection) {
         makeWindow(*connection);
         connection_ = connection;
@@ -26,7 +26,7 @@ bool WindowManagerQueue::waitUntilDone(const std::shared_ptr<X11Connection>& con
     const std::uint32_t place = static_cast<std::uint32_t>(x_);
     xcb_configure_window(connection->get(), window_, XCB_CONFIG_WINDOW_X, &place);
     xcb_flush(connection->get());
-    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (connection->isAlive()) {
         while (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection->get())}) {
             const auto& moved = reinterpret_cast<const xcb_configure_notify_event_t&>(*event);

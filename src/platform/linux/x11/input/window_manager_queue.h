@@ -15,10 +15,10 @@ namespace quil::linux_platform {
 /// there is no window manager the server moves it.
 class WindowManagerQueue {
   public:
-    /// Waits for it, `patience` at the most: whether it has. While this waits, the connection's
+    /// Waits for it, `timeout` at the most: whether it has. While this waits, the connection's
     /// events are ours.
     bool waitUntilDone(const std::shared_ptr<X11Connection>& connection,
-                       std::chrono::milliseconds patience);
+                       std::chrono::milliseconds timeout);
 
   private:
     void makeWindow(X11Connection& connection);

@@ -10,7 +10,7 @@
 namespace quil::linux_platform {
 namespace {
 
-constexpr std::chrono::milliseconds kPatienceAtEnd{1000};
+constexpr std::chrono::milliseconds kShutdownTimeout{1000};
 
 PostedEvent& contentOf(PostableEvent& event) {
     return static_cast<PostedEvent&>(event);
@@ -50,7 +50,7 @@ void X11EventPosting::abandon() {
     if (hasSpareKeys(*server)) {
         KeyReceiver receiver(*server);
         receiver.mark();
-        receiver.waitForMarks(0, kPatienceAtEnd);
+        receiver.waitForMarks(0, kShutdownTimeout);
     }
     undoLeftBehind(*server);
 }

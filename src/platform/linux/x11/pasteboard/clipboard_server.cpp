@@ -17,10 +17,10 @@ using std::chrono::milliseconds;
 constexpr milliseconds kOfferFollows{20};
 constexpr auto kNever = SelectionWindow::Clock::time_point::max();
 /// For clients that are fetching, in all.
-constexpr milliseconds kFetchPatience{2000};
+constexpr milliseconds kFetchTimeout{2000};
 /// For the clipboard manager to begin, and to take what it asks for. Some never say that they have.
-constexpr milliseconds kManagerBegins{500};
-constexpr milliseconds kManagerPatience{2000};
+constexpr milliseconds kManagerStartTimeout{500};
+constexpr milliseconds kManagerTimeout{2000};
 /// Between looks at who is fetching.
 constexpr milliseconds kStep{20};
 
@@ -91,7 +91,7 @@ void ClipboardServer::clearNow() {
 /// A client that is slow asks for the next form at a time at which something else is on offer.
 void ClipboardServer::letClientsFinish() {
     window_.handleEvents();
-    const auto end = Clock::now() + kFetchPatience;
+    const auto end = Clock::now() + kFetchTimeout;
     while (connection_->isAlive() && Clock::now() < end) {
         const auto quiet = answers_.quietFrom();
         if (quiet <= Clock::now()) return;
@@ -120,9 +120,9 @@ void ClipboardServer::handOver() {
         return reinterpret_cast<const xcb_selection_notify_event_t&>(event).selection == manager;
     };
     const auto start = Clock::now();
-    for (auto end = start + kManagerBegins; Clock::now() < end;) {
+    for (auto end = start + kManagerStartTimeout; Clock::now() < end;) {
         if (window_.waitFor(isDone, std::min(end, Clock::now() + kStep))) return;
-        end = std::min(start + kManagerPatience, std::max(end, answers_.quietFrom()));
+        end = std::min(start + kManagerTimeout, std::max(end, answers_.quietFrom()));
     }
 }
 

@@ -9,7 +9,7 @@ namespace quil::linux_platform {
 namespace {
 
 using Clock = SelectionWindow::Clock;
-constexpr std::chrono::milliseconds kPatience{1000};
+constexpr std::chrono::milliseconds kOwnerTimeout{1000};
 constexpr std::chrono::milliseconds kLongestTransfer{5000};
 constexpr std::size_t kMaximumBytes = std::size_t{256} << 20;
 
@@ -35,8 +35,9 @@ class Reading {
         xcb_delete_property(connection_.get(), window_.id(), property_);
         xcb_convert_selection(connection_.get(), window_.id(), selection_, connection_.atom(target),
                               property_, time);
-        const XcbEvent answer = window_.waitFor(
-            [&](const xcb_generic_event_t& event) { return isAnswer(event, time); }, patience());
+        const XcbEvent answer =
+            window_.waitFor([&](const xcb_generic_event_t& event) { return isAnswer(event, time); },
+                            replyDeadline());
         if (!answer) return {};
         const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(*answer);
         refused = notify.property == XCB_ATOM_NONE;
@@ -50,7 +51,7 @@ class Reading {
     }
 
   private:
-    Clock::time_point patience() const { return std::min(end_, Clock::now() + kPatience); }
+    Clock::time_point replyDeadline() const { return std::min(end_, Clock::now() + kOwnerTimeout); }
 
     /// An answer that comes too late for its own question must not pass for the next one's.
     bool isAnswer(const xcb_generic_event_t& event, xcb_timestamp_t time) const {
@@ -75,8 +76,9 @@ class Reading {
     std::optional<Part> takeParts() {
         Part whole;
         for (;;) {
-            const XcbEvent news = window_.waitFor(
-                [&](const xcb_generic_event_t& event) { return isNewPart(event); }, patience());
+            const XcbEvent news =
+                window_.waitFor([&](const xcb_generic_event_t& event) { return isNewPart(event); },
+                                replyDeadline());
             if (!news) return {};
             const auto part = takePart();
             if (!part || whole.bytes.size() + part->bytes.size() > kMaximumBytes) return {};

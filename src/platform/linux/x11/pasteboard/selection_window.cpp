@@ -9,7 +9,7 @@ namespace quil::linux_platform {
 namespace {
 
 using std::chrono::milliseconds;
-constexpr milliseconds kServerPatience{2000};
+constexpr milliseconds kServerTimeout{2000};
 constexpr SelectionWindow::Clock::duration kLongestSleep = std::chrono::hours(1);
 
 }  // namespace
@@ -76,7 +76,7 @@ xcb_timestamp_t SelectionWindow::serverTime() {
             const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(candidate);
             return notify.window == window_ && notify.atom == property;
         },
-        Clock::now() + kServerPatience);
+        Clock::now() + kServerTimeout);
     return event ? reinterpret_cast<const xcb_property_notify_event_t&>(*event).time : 0;
 }
 

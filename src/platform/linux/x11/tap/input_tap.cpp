@@ -12,7 +12,7 @@ namespace {
 
 /// For so long a flush waits: as long as it takes to know where keys went, unless a program is
 /// stuck.
-constexpr std::chrono::milliseconds kFlushPatience{500};
+constexpr std::chrono::milliseconds kFlushTimeout{500};
 constexpr std::uint8_t kLeftButton = 1;
 constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
@@ -105,7 +105,7 @@ int InputTap::requestFlush() {
 
 void InputTap::awaitFlush(int request) {
     std::unique_lock guard(flushLock_);
-    flushEnded_.wait_for(guard, kFlushPatience,
+    flushEnded_.wait_for(guard, kFlushTimeout,
                          [&] { return flushesDone_ >= request || !isValid_; });
 }
 

@@ -14,7 +14,7 @@
 namespace quil::linux_platform {
 namespace {
 
-constexpr std::chrono::seconds kPatience{2};
+constexpr std::chrono::seconds kServerTimeout{2};
 
 // The category of a reply, as the protocol numbers them.
 constexpr std::uint8_t kFromServer = 0;
@@ -130,7 +130,7 @@ std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
 
 bool RecordStream::awaitStart() {
     using std::chrono::milliseconds;
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    const auto deadline = std::chrono::steady_clock::now() + kServerTimeout;
     while (isAlive()) {
         if (const Reply reply = replies_->next()) {
             startTime_ = reply->server_time;

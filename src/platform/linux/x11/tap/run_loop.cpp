@@ -10,7 +10,7 @@ namespace quil::linux_platform {
 namespace {
 
 /// How often a loop looks around that could get no descriptor to be woken by.
-constexpr std::chrono::milliseconds kBlindPatience{50};
+constexpr std::chrono::milliseconds kWakePollInterval{50};
 /// What follows within this time is dealt with at once: in a flood, waking up is what costs.
 constexpr std::chrono::milliseconds kGathering{10};
 
@@ -82,25 +82,25 @@ std::vector<std::shared_ptr<TapSource>> TapRunLoop::validSources() {
 
 void TapRunLoop::wait(const std::vector<std::shared_ptr<TapSource>>& sources) const {
     std::vector<pollfd> descriptors;
-    auto patience = std::chrono::milliseconds::max();
+    auto timeout = std::chrono::milliseconds::max();
     for (const auto& source : sources) {
-        patience = std::min(patience, source->tap().prepareToWait(descriptors));
+        timeout = std::min(timeout, source->tap().prepareToWait(descriptors));
     }
     if (wakeDescriptor_ >= 0) {
         descriptors.push_back({wakeDescriptor_, POLLIN, 0});
     } else {
-        patience = std::min(patience, kBlindPatience);
+        timeout = std::min(timeout, kWakePollInterval);
     }
-    const bool isLimited = patience != std::chrono::milliseconds::max();
+    const bool isLimited = timeout != std::chrono::milliseconds::max();
     poll(descriptors.data(), descriptors.size(),
-         isLimited ? static_cast<int>(patience.count()) : -1);
+         isLimited ? static_cast<int>(timeout.count()) : -1);
     clearWaking();
 }
 
 /// Whether somebody wakes the loop within that time.
-bool TapRunLoop::isWoken(std::chrono::milliseconds patience) const {
+bool TapRunLoop::isWoken(std::chrono::milliseconds timeout) const {
     pollfd descriptor{wakeDescriptor_, POLLIN, 0};
-    const bool isWoken = poll(&descriptor, 1, static_cast<int>(patience.count())) > 0;
+    const bool isWoken = poll(&descriptor, 1, static_cast<int>(timeout.count())) > 0;
     if (isWoken) clearWaking();
     return isWoken;
 }

@@ -49,7 +49,7 @@ class TapRunLoop : public RunLoop {
 
   private:
     std::vector<std::shared_ptr<TapSource>> validSources();
-    bool isWoken(std::chrono::milliseconds patience) const;
+    bool isWoken(std::chrono::milliseconds timeout) const;
     void clearWaking() const;
     void wait(const std::vector<std::shared_ptr<TapSource>>& sources) const;
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "json/exact_integer.h"
-#include "json/parsable.h"
+#include "json/parser_repair.h"
 
 namespace quil {
 namespace {
@@ -72,7 +72,7 @@ std::optional<Json> parse(std::string_view text) {
 
 std::optional<Json> parseJson(std::string_view text) {
     if (auto value = parse(text)) return value;
-    const auto readable = parsableJson(text);
+    const auto readable = repairForParser(text);
     return readable ? parse(*readable) : std::nullopt;
 }
 

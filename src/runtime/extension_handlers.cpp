@@ -11,8 +11,8 @@
 #include "runtime/gates.h"
 #include "runtime/handlers.h"
 #include "runtime/places.h"
+#include "screen/cached_displays.h"
 #include "screen/display_geometry.h"
-#include "screen/displays_once.h"
 #include "screen/screenshot.h"
 #include "target/capture_target.h"
 
@@ -38,7 +38,7 @@ std::vector<Point> readPath(Runtime& runtime, const Parameters& parameters) {
     const Json* list = parameters.list("path");
     if (!list || list->size() < 2 || list->size() > kMaximumPathPoints) return {};
     std::vector<Point> path;
-    DisplaysOnce displays(runtime.platform.displays());
+    CachedDisplays displays(runtime.platform.displays());
     for (const Json& entry : *list) {
         const auto point = entry.is_object() ? screenPoint(displays, entry) : std::nullopt;
         if (!point) return {};
@@ -54,7 +54,7 @@ Json okWithTarget(Runtime& runtime) {
 }  // namespace
 
 void handleDisplaysList(Runtime& runtime, std::int64_t id, const Parameters&) {
-    DisplaysOnce displays(runtime.platform.displays());
+    CachedDisplays displays(runtime.platform.displays());
     const auto active = activeDisplays(displays);
     Json list = Json::array();
     for (const DisplayGeometry& display : active) list.push_back(displayJson(display));

@@ -1,6 +1,6 @@
 #include "runtime/gates.h"
 #include "runtime/handlers.h"
-#include "screen/displays_once.h"
+#include "screen/cached_displays.h"
 
 namespace quil {
 namespace {
@@ -46,7 +46,7 @@ void handleNextInputEvent(Runtime& runtime, std::int64_t id, const Parameters& p
 
 void handleStopInputRecording(Runtime& runtime, std::int64_t id, const Parameters&) {
     Json events = Json::array();
-    DisplaysOnce displays(runtime.platform.displays());
+    CachedDisplays displays(runtime.platform.displays());
     for (const RecordedInput& record : runtime.sharedInputRecorder->stopAndDrain()) {
         events.push_back(inputEventPayload(runtime.platform.clock(), displays, record));
     }

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/macos/delivery.h"
+#include "platform/macos/completion_result.h"
 
 namespace quil::macos {
 
@@ -25,12 +25,12 @@ class CallThread {
     /// us), or, at once and without being made, when an earlier one still goes on.
     template <typename T>
     std::optional<T> call(std::chrono::milliseconds atMost, std::function<T()> body) {
-        const auto delivery = std::make_shared<Delivery<std::optional<T>>>();
-        const bool begun = begin([delivery, body = std::move(body)] {
-            return [delivery, result = body()] { delivery->deliver(result); };
+        const auto result = std::make_shared<CompletionResult<std::optional<T>>>();
+        const bool begun = begin([result, body = std::move(body)] {
+            return [result, result = body()] { result->deliver(result); };
         });
         if (!begun) return {};
-        return delivery->await(atMost);
+        return result->await(atMost);
     }
 
   private:

@@ -5,7 +5,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/macos/delivery.h"
+#include "platform/macos/completion_result.h"
 
 namespace quil::macos {
 
@@ -20,10 +20,9 @@ void performOnMainThread(std::function<void()> work);
 /// result when that does not get to it. Not to be called on the main thread itself.
 template <typename T>
 T askOnMainThread(std::function<T()> question) {
-    const auto delivery = std::make_shared<Delivery<T>>();
-    performOnMainThread(
-        [delivery, question = std::move(question)] { delivery->deliver(question()); });
-    return delivery->await(kMainThreadTimeout);
+    const auto result = std::make_shared<CompletionResult<T>>();
+    performOnMainThread([result, question = std::move(question)] { result->deliver(question()); });
+    return result->await(kMainThreadTimeout);
 }
 
 }  // namespace quil::macos

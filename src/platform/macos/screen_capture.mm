@@ -4,7 +4,7 @@
 #import <ScreenCaptureKit/ScreenCaptureKit.h>
 
 #import "platform/macos/cf_ref.h"
-#import "platform/macos/delivery.h"
+#import "platform/macos/completion_result.h"
 
 namespace quil::macos {
 namespace {
@@ -58,14 +58,14 @@ std::unique_ptr<CapturedImage> capture(SCContentFilter* filter,
         settings.width = static_cast<std::size_t>(configuration.width);
         settings.height = static_cast<std::size_t>(configuration.height);
         settings.showsCursor = configuration.showsCursor;
-        const auto delivery = std::make_shared<Delivery<CfRef<CGImageRef>>>();
+        const auto result = std::make_shared<CompletionResult<CfRef<CGImageRef>>>();
         [SCScreenshotManager
             captureImageWithFilter:filter
                      configuration:settings
                  completionHandler:^(CGImageRef image, NSError* error) {
-                   delivery->deliver(CfRef<CGImageRef>::share(error ? nullptr : image));
+                   result->deliver(CfRef<CGImageRef>::share(error ? nullptr : image));
                  }];
-        auto image = delivery->await(kCaptureTimeout);
+        auto image = result->await(kCaptureTimeout);
         if (image) return std::make_unique<MacImage>(std::move(image));
     }
     return nullptr;
@@ -75,14 +75,14 @@ std::unique_ptr<CapturedImage> capture(SCContentFilter* filter,
 
 std::optional<ShareableContent> MacScreenCapture::getShareableContent(bool excludingDesktopWindows,
                                                                       bool onScreenWindowsOnly) {
-    const auto delivery = std::make_shared<Delivery<SCShareableContent*>>();
+    const auto result = std::make_shared<CompletionResult<SCShareableContent*>>();
     [SCShareableContent
         getShareableContentExcludingDesktopWindows:excludingDesktopWindows
                                onScreenWindowsOnly:onScreenWindowsOnly
                                  completionHandler:^(SCShareableContent* content, NSError* error) {
-                                   delivery->deliver(error ? nil : content);
+                                   result->deliver(error ? nil : content);
                                  }];
-    SCShareableContent* content = delivery->await(kCaptureTimeout);
+    SCShareableContent* content = result->await(kCaptureTimeout);
     if (!content) return {};
     ShareableContent result;
     for (SCWindow* window in content.windows) result.windows.push_back(described(window));

@@ -1,7 +1,7 @@
 #include "platform/linux/accessibility/application_windows.h"
 
 #include "platform/linux/accessibility/coordinate_map.h"
-#include "platform/linux/atspi/fact_questions.h"
+#include "platform/linux/atspi/element_query.h"
 #include "platform/linux/atspi/messages.h"
 
 namespace quil::linux_platform {
@@ -34,7 +34,7 @@ std::deque<ApplicationWindow> applicationWindows(AccessibilityBus& bus,
     for (const Fact fact : {Fact::childCount, Fact::children}) {
         for (std::size_t i = 0; i < busNames.size(); ++i) {
             AtspiProgram& program = bus.program(busNames[i]);
-            askFacts({program, root, kMaximumWindows}, {fact}, applications[i], [] {});
+            queryFacts({program, root, kMaximumWindows}, {fact}, applications[i], [] {});
         }
         bus.waitForAnswers();
     }
@@ -44,8 +44,8 @@ std::deque<ApplicationWindow> applicationWindows(AccessibilityBus& bus,
     }
     for (ApplicationWindow& window : windows) {
         AtspiProgram& program = bus.program(window.reference.busName);
-        askFacts({program, window.reference.path, 0}, {Fact::name, Fact::states, Fact::extents},
-                 window.facts, [] {});
+        queryFacts({program, window.reference.path, 0}, {Fact::name, Fact::states, Fact::extents},
+                   window.facts, [] {});
     }
     bus.waitForAnswers();
     return windows;

@@ -57,8 +57,9 @@ std::int32_t setText(AccessibilityBus& bus, const Reference& element, const std:
 
 }  // namespace
 
-std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display, ScreenPlaces& places,
-                                  const Reference& element, std::string_view action) {
+std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display,
+                                  WindowOrigins& origins, const Reference& element,
+                                  std::string_view action) {
     Facts facts;
     std::int32_t code = readFacts(bus, element, needsForActions, facts);
     if (code == 0) code = actionsCode(facts);
@@ -71,7 +72,7 @@ std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display, Sc
     }
     const bool isDown = action == kScrollDownByPage;
     if (!isDown && action != kScrollUpByPage) return kAxActionUnsupported;
-    return scrollByPage(bus, display, places, element, isDown);
+    return scrollByPage(bus, display, origins, element, isDown);
 }
 
 std::int32_t setElementFocused(AccessibilityBus& bus, const Reference& element,

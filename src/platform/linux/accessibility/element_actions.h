@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "platform/linux/accessibility/screen_places.h"
+#include "platform/linux/accessibility/window_origins.h"
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/atspi/facts.h"
 #include "platform/linux/x11/connection.h"
@@ -14,8 +14,9 @@
 namespace quil::linux_platform {
 
 /// Performs one of the element's actions.
-std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display, ScreenPlaces& places,
-                                  const Reference& element, std::string_view action);
+std::int32_t performElementAction(AccessibilityBus& bus, X11Display& display,
+                                  WindowOrigins& origins, const Reference& element,
+                                  std::string_view action);
 
 /// Moves the keyboard focus to the element, for the value true; there is no taking it away.
 std::int32_t setElementFocused(AccessibilityBus& bus, const Reference& element, const Value& value);

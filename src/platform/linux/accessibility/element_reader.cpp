@@ -4,7 +4,7 @@
 
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/scroll_bars.h"
-#include "platform/linux/atspi/fact_questions.h"
+#include "platform/linux/atspi/element_query.h"
 
 namespace quil::linux_platform {
 
@@ -14,7 +14,7 @@ std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Ne
     for (FactSet next = needs(facts); !next.isEmpty(); next = needs(facts)) {
         // Tells a missing element from a missing attribute.
         next.add(FactSet{Fact::states}.without(facts.asked));
-        askFacts({program, element.path, limits.maximumChildren}, next, facts, [] {});
+        queryFacts({program, element.path, limits.maximumChildren}, next, facts, [] {});
         bus.waitForAnswers(limits.deadline);
         if (const std::int32_t code = elementCode(facts); code != 0) return code;
     }

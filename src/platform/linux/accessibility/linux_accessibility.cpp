@@ -51,7 +51,7 @@ std::unique_ptr<Observation> LinuxAccessibility::beginObservation(const Observat
     const auto root = resolve(plan.root);
     if (!root) return nullptr;
     observedGeneration_ = bus_.generation();
-    tree_ = std::make_unique<ObservedTree>(bus_, places_, *root, plan);
+    tree_ = std::make_unique<ObservedTree>(bus_, origins_, *root, plan);
     observedRoot_ = plan.root;
     return std::make_unique<CurrentObservation>(*this);
 }
@@ -76,7 +76,7 @@ std::int32_t LinuxAccessibility::readAnew(const Reference& element, const Needs&
     if (tree_) limits.maximumChildren = tree_->maximumElements() + 1;
     const std::int32_t code = readFacts(bus_, element, needs, facts, limits);
     if (code == 0 && wantsScrollBar) readScrollBar(bus_, element, facts);
-    if (!wasPlaced && facts.knows(Fact::extents)) places_.place(element, facts);
+    if (!wasPlaced && facts.knows(Fact::extents)) origins_.place(element, facts);
     return code;
 }
 
@@ -163,7 +163,7 @@ std::int32_t LinuxAccessibility::copyActionNames(const ElementRef& element,
 
 std::int32_t LinuxAccessibility::performAction(const ElementRef& element, std::string_view action) {
     const auto reference = resolve(element);
-    return reference ? performElementAction(bus_, display_, places_, *reference, action)
+    return reference ? performElementAction(bus_, display_, origins_, *reference, action)
                      : kAxCannotComplete;
 }
 

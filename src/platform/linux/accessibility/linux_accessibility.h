@@ -9,7 +9,7 @@
 #include "platform/linux/accessibility/element.h"
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/observed_tree.h"
-#include "platform/linux/accessibility/screen_places.h"
+#include "platform/linux/accessibility/window_origins.h"
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/x11/connection.h"
 
@@ -50,7 +50,7 @@ class LinuxAccessibility : public Accessibility {
     AccessibilityBus& bus_;
     X11Display& display_;
     ApplicationLookup lookup_{bus_, display_};
-    ScreenPlaces places_{bus_, display_};
+    WindowOrigins origins_{bus_, display_};
     std::unique_ptr<ObservedTree> tree_;
     /// The observation's root, which may be an application.
     ElementRef observedRoot_;

@@ -6,7 +6,7 @@
 
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/scroll_bars.h"
-#include "platform/linux/atspi/fact_questions.h"
+#include "platform/linux/atspi/element_query.h"
 #include "platform/linux/atspi/messages.h"
 
 namespace quil::linux_platform {
@@ -64,7 +64,7 @@ void forEachInOrder(ObservedElement& root, int maximumDepth, Visit visit) {
 
 }  // namespace
 
-ObservedTree::ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Reference& root,
+ObservedTree::ObservedTree(AccessibilityBus& bus, WindowOrigins& origins, const Reference& root,
                            const ObservationPlan& plan)
     : bus_(bus),
       maximumElements_(plan.maximumNodes),
@@ -86,7 +86,7 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Re
     for (auto& [reference, element] : elements_) {
         if (element.parent || &element == root_) elements.push_back(&element);
     }
-    places.placeTree(elements);
+    origins.placeTree(elements);
 }
 
 /// Has everything that a program tells of all elements at once told at once, where that is no
@@ -248,7 +248,7 @@ void ObservedTree::proceed(ObservedElement& element) {
     schedule();
 }
 
-/// Of a program that needs its elements' names to tell their roles and places, these are asked for
+/// Of a program that needs its elements' names to tell their roles and origins, these are asked for
 /// with the name, or once the name that is under way is there.
 FactSet ObservedTree::withName(const ObservedElement& element, FactSet wanted) {
     const FactSet leaning{Fact::role, Fact::extents};
@@ -264,14 +264,14 @@ void ObservedTree::ask(ObservedElement& element, FactSet wanted, std::int64_t ma
     ++active_;
     element.pending.add(wanted);
     AtspiProgram& program = bus_.program(element.reference.busName);
-    askFacts({program, element.reference.path, maximumChildren}, wanted, element.facts,
-             [this, &element, wanted] {
-                 --active_;
-                 ++answersSinceLook_;
-                 element.pending = element.pending.without(wanted);
-                 if (wanted.has(Fact::children)) takeChildren(element);
-                 proceed(element);
-             });
+    queryFacts({program, element.reference.path, maximumChildren}, wanted, element.facts,
+               [this, &element, wanted] {
+                   --active_;
+                   ++answersSinceLook_;
+                   element.pending = element.pending.without(wanted);
+                   if (wanted.has(Fact::children)) takeChildren(element);
+                   proceed(element);
+               });
 }
 
 void ObservedTree::takeChildren(ObservedElement& element) {

@@ -10,7 +10,7 @@
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/cached_tree.h"
 #include "platform/linux/accessibility/element_reader.h"
-#include "platform/linux/accessibility/screen_places.h"
+#include "platform/linux/accessibility/window_origins.h"
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/atspi/facts.h"
 
@@ -36,7 +36,7 @@ struct ObservedElement {
 class ObservedTree {
   public:
     /// Fetches the tree below an element. Bounded: what is not there in time stays unknown.
-    ObservedTree(AccessibilityBus& bus, ScreenPlaces& places, const Reference& root,
+    ObservedTree(AccessibilityBus& bus, WindowOrigins& origins, const Reference& root,
                  const ObservationPlan& plan);
     ObservedTree(const ObservedTree&) = delete;
     ObservedTree& operator=(const ObservedTree&) = delete;

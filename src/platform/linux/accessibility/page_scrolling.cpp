@@ -80,7 +80,7 @@ std::int32_t scrollByWheel(AccessibilityBus& bus, X11Display& display, const Fac
 
 /// Scroll bars count in the pane's own units, of which the bar does not say how many a page has:
 /// for all but short contents they are points.
-std::int32_t scrollByBar(AccessibilityBus& bus, X11Display& display, ScreenPlaces& places,
+std::int32_t scrollByBar(AccessibilityBus& bus, X11Display& display, WindowOrigins& origins,
                          const Reference& element, const Facts& pane, bool isDown) {
     const Reference& bar = pane.scrollBar;
     const auto position = rangeProperty(bus, bar, "CurrentValue");
@@ -97,7 +97,7 @@ std::int32_t scrollByBar(AccessibilityBus& bus, X11Display& display, ScreenPlace
                                       "CurrentValue", "d", wanted);
     if (code == 0 && numberChanges(bus, bar, *position)) return 0;
     Facts placed = pane;
-    places.place(element, placed);
+    origins.place(element, placed);
     return scrollByWheel(bus, display, pane, placed.extents, page, isDown);
 }
 
@@ -127,14 +127,14 @@ std::int32_t scrollContent(AccessibilityBus& bus, const Reference& page, const F
 
 }  // namespace
 
-std::int32_t scrollByPage(AccessibilityBus& bus, X11Display& display, ScreenPlaces& places,
+std::int32_t scrollByPage(AccessibilityBus& bus, X11Display& display, WindowOrigins& origins,
                           const Reference& element, bool isDown) {
     Facts facts;
     readScrollBar(bus, element, facts);
     if (facts.code(Fact::scrollBar) != 0) return facts.code(Fact::scrollBar);
     if (!facts.scrollBar.path.empty()) {
         readFacts(bus, element, findAttribute("AXSize")->needs, facts);
-        return scrollByBar(bus, display, places, element, facts, isDown);
+        return scrollByBar(bus, display, origins, element, facts, isDown);
     }
     Facts page;
     const Needs needs = [](const Facts& known) {

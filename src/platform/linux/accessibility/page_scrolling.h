@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/linux/accessibility/screen_places.h"
+#include "platform/linux/accessibility/window_origins.h"
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/atspi/facts.h"
 #include "platform/linux/x11/connection.h"
@@ -13,7 +13,7 @@ namespace quil::linux_platform {
 /// toolkits let nobody but the mouse wheel move; without one, as in pages of Firefox, by asking for
 /// the content to be elsewhere. Returns 0 when it has moved or is at its end, else an error code.
 /// Bounded.
-std::int32_t scrollByPage(AccessibilityBus& bus, X11Display& display, ScreenPlaces& places,
+std::int32_t scrollByPage(AccessibilityBus& bus, X11Display& display, WindowOrigins& origins,
                           const Reference& element, bool isDown);
 
 }  // namespace quil::linux_platform

@@ -12,13 +12,13 @@ ActiveProgram findActiveProgram(X11Connection& connection) {
     const auto bearer = readProperty(connection, window->id, "_NET_WM_USER_TIME_WINDOW").number();
     return {.pid = window->pid,
             .client = window->id & ~mask,
-            .timeBearer = bearer.value_or(window->id)};
+            .userTimeWindow = bearer.value_or(window->id)};
 }
 
 std::optional<std::uint32_t> latestPressOf(X11Connection& connection,
                                            const ActiveProgram& program) {
-    if (program.timeBearer == XCB_WINDOW_NONE) return {};
-    return readProperty(connection, program.timeBearer, "_NET_WM_USER_TIME").number();
+    if (program.userTimeWindow == XCB_WINDOW_NONE) return {};
+    return readProperty(connection, program.userTimeWindow, "_NET_WM_USER_TIME").number();
 }
 
 }  // namespace quil::linux_platform

@@ -13,7 +13,7 @@ struct ActiveProgram {
     /// The base of its X ids; 0 when there is none.
     std::uint32_t client = 0;
     /// The window that bears the time of the latest key or button press that it has dealt with.
-    xcb_window_t timeBearer = XCB_WINDOW_NONE;
+    xcb_window_t userTimeWindow = XCB_WINDOW_NONE;
 };
 
 /// Without a program when there is no active window.

@@ -4,7 +4,7 @@
 #include <deque>
 #include <utility>
 
-#include "platform/linux/atspi/fact_questions.h"
+#include "platform/linux/atspi/element_query.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -21,8 +21,8 @@ struct Candidate {
 void ask(AccessibilityBus& bus, std::deque<Candidate>& candidates, FactSet wanted) {
     for (Candidate& candidate : candidates) {
         AtspiProgram& program = bus.introducedProgram(candidate.reference.busName);
-        askFacts({program, candidate.reference.path, kMaximumChildren}, wanted, candidate.facts,
-                 [] {});
+        queryFacts({program, candidate.reference.path, kMaximumChildren}, wanted, candidate.facts,
+                   [] {});
     }
     bus.waitForAnswers();
 }

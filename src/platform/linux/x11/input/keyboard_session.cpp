@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/event_posting.h"
-#include "platform/linux/x11/input/left_behind.h"
+#include "platform/linux/x11/input/crash_recovery.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
 #include "platform/linux/x11/keyboard/keysyms.h"
 #include "platform/linux/x11/keyboard/xkb_protocol.h"
@@ -22,7 +22,7 @@ constexpr std::uint8_t kUsualAlt = 64;
 }  // namespace
 
 KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection)
-    : connection_(std::move(connection)), turn_(*connection_) {
+    : connection_(std::move(connection)), lock_(*connection_) {
     if (enableXkb(*connection_)) {
         if (auto map = readKeyboardMap(*connection_)) {
             map_ = std::move(*map);
@@ -33,7 +33,7 @@ KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection)
     numLock_ = map_.modifiersOf(kKeysymNumLock);
     shiftKey_ = flagKey(kKeysymShiftL, kKeysymShiftR, kUsualShift);
     if (!knowsKeys_) return;
-    releaseKeysLeftBehind(*connection_);
+    releaseKeysOfCrashedRuntime(*connection_);
     takeKeyboard();
 }
 
@@ -66,7 +66,7 @@ KeyboardSession::~KeyboardSession() {
     useModifiersAsBefore();
     if (latchesBefore_ != 0) latchModifiers(*connection_, latchesBefore_);
     giveHeldKeysBack();
-    noteKeyboardGivenBack(*connection_);
+    noteKeyboardRestored(*connection_);
     connection_->sync();
 }
 

@@ -6,7 +6,7 @@
 
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/input/keyboard_devices.h"
-#include "platform/linux/x11/input/keyboard_turn.h"
+#include "platform/linux/x11/input/keyboard_lock.h"
 #include "platform/linux/x11/keyboard/keyboard_map.h"
 
 namespace quil::linux_platform {
@@ -29,7 +29,7 @@ class KeyboardSession {
     bool knowsKeys() const { return knowsKeys_; }
     const KeyboardMap& map() const { return map_; }
     /// To be asked now and then: whether the keyboard is still ours.
-    bool keepTurn() { return turn_.keep(); }
+    bool keepTurn() { return lock_.keep(); }
     /// The layout that is active.
     std::uint8_t group() const { return group_; }
 
@@ -57,7 +57,7 @@ class KeyboardSession {
     std::vector<std::uint8_t> flagKeys(std::uint64_t flags) const;
 
     std::shared_ptr<X11Connection> connection_;
-    KeyboardTurn turn_;
+    KeyboardLock lock_;
     bool knowsKeys_ = false;
     KeyboardMap map_;
     std::uint8_t group_ = 0;

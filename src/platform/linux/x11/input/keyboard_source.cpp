@@ -32,7 +32,7 @@ void KeyboardSource::post(const PostedEvent& event) {
     if (!keyCode || *keyCode < setup.min_keycode || *keyCode > setup.max_keycode) return;
     session().key(keyToSend(*keyCode, isDown, event.flags), isDown, event.flags);
     xcb_flush(connection_->get());
-    if (!isDown) commandKey_.reset();
+    if (!isDown) latinShortcutKey_.reset();
 }
 
 /// The command flag names a command by its letter, wherever the layout has that; Control and Alt
@@ -43,14 +43,14 @@ std::uint8_t KeyboardSource::keyToSend(std::uint8_t keyCode, bool isDown, std::u
     if ((flags & kShortcutFlags) == 0 || !session().knowsKeys()) return keyCode;
     const KeyboardMap& map = session().map();
     const bool isCommand = (flags & kEventFlagMaskCommand) != 0;
-    const auto key = isCommand ? keyOfCommand(map, session().group(), keyCode) : std::nullopt;
+    const auto key = isCommand ? keyOfShortcut(map, session().group(), keyCode) : std::nullopt;
     if (key) return *key;
     if (isDown) {
         if (const auto keysyms = missingLatinKeysyms(map, keyCode)) {
-            commandKey_.emplace(session(), *keysyms);
+            latinShortcutKey_.emplace(session(), *keysyms);
         }
     }
-    return commandKey_ ? commandKey_->keyCode().value_or(keyCode) : keyCode;
+    return latinShortcutKey_ ? latinShortcutKey_->keyCode().value_or(keyCode) : keyCode;
 }
 
 void KeyboardSource::deliverText() {

@@ -6,8 +6,8 @@
 
 #include "platform/event_posting.h"
 #include "platform/linux/x11/connection.h"
-#include "platform/linux/x11/input/command_key.h"
 #include "platform/linux/x11/input/keyboard_session.h"
+#include "platform/linux/x11/input/latin_shortcut_key.h"
 #include "platform/linux/x11/input/posted_event.h"
 
 namespace quil::linux_platform {
@@ -30,7 +30,7 @@ class KeyboardSource : public EventSource {
     std::shared_ptr<X11Connection> connection_;
     /// Begins with the first key.
     std::optional<KeyboardSession> session_;
-    std::optional<CommandKey> commandKey_;
+    std::optional<LatinShortcutKey> latinShortcutKey_;
     std::u16string text_;
 };
 

@@ -9,8 +9,8 @@
 
 #include "platform/linux/applications/process_rest.h"
 #include "platform/linux/applications/processes.h"
-#include "platform/linux/x11/input/event_receiver.h"
-#include "platform/linux/x11/input/key_receiver.h"
+#include "platform/linux/x11/input/focused_client.h"
+#include "platform/linux/x11/input/window_client.h"
 #include "platform/linux/x11/properties.h"
 
 namespace quil::linux_platform {
@@ -61,10 +61,10 @@ void waitForPrograms(X11Connection& connection, std::initializer_list<xcb_window
                      Clock::time_point deadline) {
     std::vector<std::int32_t> done;
     for (const xcb_window_t window : windows) {
-        EventReceiver program(connection, window);
+        WindowClient program(connection, window);
         if (program.pid() && std::ranges::find(done, *program.pid()) != done.end()) continue;
         program.mark();
-        program.waitForMarks(0, leftUntil(deadline));
+        program.waitForPings(0, leftUntil(deadline));
         if (!program.pid()) continue;
         done.push_back(*program.pid());
         auto processes = processesOfProgram(*program.pid());

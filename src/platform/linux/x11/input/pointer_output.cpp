@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "platform/linux/x11/input/left_behind.h"
+#include "platform/linux/x11/input/crash_recovery.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -93,7 +93,7 @@ void PointerOutput::send(X11Connection& connection, const PostedEvent& event,
     const std::uint8_t button = isPress || isButtonRelease(event.type)
                                     ? deviceButton(connection, buttonOf(event))
                                     : kLeftButton;
-    if (isPress) releaseButtonLeftBehind(connection);
+    if (isPress) releaseButtonOfCrashedRuntime(connection);
     moveTo(connection, event.location);
     if (isPress) {
         notePressedButton(connection, runtime, button);

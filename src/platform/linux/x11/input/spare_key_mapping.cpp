@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/x11/input/keyboard_turn.h"
+#include "platform/linux/x11/input/keyboard_lock.h"
 #include "platform/linux/x11/keyboard/xkb_protocol.h"
 #include "platform/linux/x11/properties.h"
 
@@ -117,7 +117,7 @@ bool hasSpareKeys(X11Connection& connection) {
 
 void clearSpareKeys(X11Connection& connection) {
     if (!hasSpareKeys(connection)) return;
-    const KeyboardTurn turn(connection);
+    const KeyboardLock lock(connection);
     if (!enableXkb(connection)) return;
     auto map = readKeyboardMap(connection);
     if (!map) return;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <span>
 
-#include "platform/linux/x11/input/key_receiver.h"
+#include "platform/linux/x11/input/focused_client.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
 #include "platform/linux/x11/input/text_plan.h"
 
@@ -22,9 +22,9 @@ constexpr std::chrono::milliseconds kSignInterval{1000};
 enum class Following { yes, hangs, lostTurn };
 
 /// Waits until the program has dealt with all parts but the last `open` ones.
-Following waitFor(KeyboardSession& session, KeyReceiver& receiver, std::uint32_t open) {
+Following waitFor(KeyboardSession& session, FocusedClient& receiver, std::uint32_t open) {
     for (;;) {
-        const bool hasPassed = receiver.waitForMarks(open, kSignInterval);
+        const bool hasPassed = receiver.waitForPings(open, kSignInterval);
         if (!session.keepTurn()) return Following::lostTurn;
         if (hasPassed) return Following::yes;
         if (receiver.isHanging()) return Following::hangs;
@@ -32,7 +32,7 @@ Following waitFor(KeyboardSession& session, KeyReceiver& receiver, std::uint32_t
 }
 
 /// Waits until the program has dealt with all that was sent.
-Following waitForAll(KeyboardSession& session, KeyReceiver& receiver) {
+Following waitForAll(KeyboardSession& session, FocusedClient& receiver) {
     for (std::uint32_t open = kPartsAhead; open > 0;) {
         const Following following = waitFor(session, receiver, --open);
         if (following != Following::yes) return following;
@@ -42,7 +42,7 @@ Following waitForAll(KeyboardSession& session, KeyReceiver& receiver) {
 
 /// Sends strokes no faster than the program can follow. One that hangs gets them nevertheless, as
 /// from a user who types on: the server keeps them until it reads them.
-Following sendStrokes(KeyboardSession& session, KeyReceiver& receiver,
+Following sendStrokes(KeyboardSession& session, FocusedClient& receiver,
                       std::span<const Stroke> strokes) {
     const std::size_t atOnce = receiver.takesKeysSingly() ? 1 : kStrokesAtOnce;
     const std::uint32_t partsAhead = receiver.takesKeysSingly() ? 0
@@ -56,7 +56,7 @@ Following sendStrokes(KeyboardSession& session, KeyReceiver& receiver,
             session.tap(stroke.keyCode);
         }
         session.useModifiersAsBefore();
-        receiver.mark();
+        receiver.sendPing();
         // What the server has not dealt with is lost should the process be ended: keys that it is
         // in the middle of stay down. So one part at the most is on its way.
         session.connection().sync();
@@ -74,9 +74,9 @@ void typeText(KeyboardSession& session, std::u16string_view text) {
     SpareKeyUse spare(session.connection(), session.map());
     const auto batches = planText(keysymsToType(text), session.map(), session.group(),
                                   session.keptLocks(), spare.keys());
-    KeyReceiver receiver(session.connection());
+    FocusedClient receiver(session.connection());
     // Keys that an earlier use has left behind may still be waited for, too.
-    if (spare.isMapped()) receiver.mark();
+    if (spare.isMapped()) receiver.sendPing();
     for (const TextBatch& batch : batches) {
         if (!batch.keysyms.empty()) {
             if (spare.isMapped() && waitForAll(session, receiver) != Following::yes) return;

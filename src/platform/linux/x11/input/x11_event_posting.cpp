@@ -3,8 +3,8 @@
 
 #include <xcb/xtest.h>
 
-#include "platform/linux/x11/input/key_receiver.h"
-#include "platform/linux/x11/input/left_behind.h"
+#include "platform/linux/x11/input/crash_recovery.h"
+#include "platform/linux/x11/input/focused_client.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
 
 namespace quil::linux_platform {
@@ -30,7 +30,7 @@ std::shared_ptr<X11Connection> X11EventPosting::connection() {
     auto connection = display_.connection();
     if (!connection || !connection->hasExtension(xcb_test_id)) return nullptr;
     if (cleared_.lock() != connection) {
-        undoLeftBehind(*connection);
+        recoverFromCrashedRuntime(*connection);
         window_ = xcb_generate_id(connection->get());
         xcb_create_window(connection->get(), 0, window_, connection->root(), 0, 0, 1, 1, 0,
                           XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
@@ -48,11 +48,11 @@ void X11EventPosting::abandon() {
     if (!server) return;
     xcb_kill_client(server->get(), window_);
     if (hasSpareKeys(*server)) {
-        KeyReceiver receiver(*server);
-        receiver.mark();
-        receiver.waitForMarks(0, kShutdownTimeout);
+        FocusedClient receiver(*server);
+        receiver.sendPing();
+        receiver.waitForPings(0, kShutdownTimeout);
     }
-    undoLeftBehind(*server);
+    recoverFromCrashedRuntime(*server);
 }
 
 std::unique_ptr<EventSource> X11EventPosting::createSource(std::int32_t) {

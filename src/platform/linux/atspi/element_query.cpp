@@ -1,4 +1,4 @@
-#include "platform/linux/atspi/fact_questions.h"
+#include "platform/linux/atspi/element_query.h"
 
 #include <algorithm>
 
@@ -39,9 +39,9 @@ class Countdown {
 };
 
 /// One element that is being asked.
-class Inquiry : public std::enable_shared_from_this<Inquiry> {
+class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
   public:
-    Inquiry(const Questioned& whom, Facts& facts, std::function<void()> done)
+    ElementQuery(const QueryTarget& whom, Facts& facts, std::function<void()> done)
         : program_(whom.program),
           peer_(whom.program.peer()),
           path_(whom.path),
@@ -491,8 +491,8 @@ class Inquiry : public std::enable_shared_from_this<Inquiry> {
 
 }  // namespace
 
-void askFacts(const Questioned& whom, FactSet wanted, Facts& facts, std::function<void()> done) {
-    std::make_shared<Inquiry>(whom, facts, std::move(done))->begin(wanted);
+void queryFacts(const QueryTarget& whom, FactSet wanted, Facts& facts, std::function<void()> done) {
+    std::make_shared<ElementQuery>(whom, facts, std::move(done))->begin(wanted);
 }
 
 }  // namespace quil::linux_platform

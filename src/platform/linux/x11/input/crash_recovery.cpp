@@ -1,11 +1,11 @@
-#include "platform/linux/x11/input/left_behind.h"
+#include "platform/linux/x11/input/crash_recovery.h"
 
 #include <xcb/xtest.h>
 
 #include <string_view>
 
 #include "platform/linux/x11/input/keyboard_devices.h"
-#include "platform/linux/x11/input/keyboard_turn.h"
+#include "platform/linux/x11/input/keyboard_lock.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
 #include "platform/linux/x11/keyboard/xkb_protocol.h"
 #include "platform/linux/x11/properties.h"
@@ -44,7 +44,7 @@ void noteReleasedButton(X11Connection& connection) {
     xcb_delete_property(connection.get(), connection.root(), connection.atom(kButtonProperty));
 }
 
-void releaseButtonLeftBehind(X11Connection& connection) {
+void releaseButtonOfCrashedRuntime(X11Connection& connection) {
     const PropertyRequest property = readProperty(connection, connection.root(), kButtonProperty);
     const auto& pressed = property.numbers();
     if (pressed.size() != 2 || isThere(connection, pressed[0])) return;
@@ -56,11 +56,11 @@ void noteLocks(X11Connection& connection, std::uint8_t locks) {
     setNumbers(connection, kLocksProperty, {locks});
 }
 
-void noteKeyboardGivenBack(X11Connection& connection) {
+void noteKeyboardRestored(X11Connection& connection) {
     xcb_delete_property(connection.get(), connection.root(), connection.atom(kLocksProperty));
 }
 
-void releaseKeysLeftBehind(X11Connection& connection) {
+void releaseKeysOfCrashedRuntime(X11Connection& connection) {
     const auto locks = readProperty(connection, connection.root(), kLocksProperty).number();
     if (!locks) return;
     KeySet left = keysDown(connection);
@@ -69,15 +69,15 @@ void releaseKeysLeftBehind(X11Connection& connection) {
         if (left[code]) release(connection, XCB_KEY_RELEASE, static_cast<std::uint8_t>(code));
     }
     lockModifiers(connection, 0xFF, static_cast<std::uint8_t>(*locks));
-    noteKeyboardGivenBack(connection);
+    noteKeyboardRestored(connection);
 }
 
-void undoLeftBehind(X11Connection& connection) {
-    releaseButtonLeftBehind(connection);
-    if (KeyboardTurn::isTaken(connection) || !enableXkb(connection)) return;
+void recoverFromCrashedRuntime(X11Connection& connection) {
+    releaseButtonOfCrashedRuntime(connection);
+    if (KeyboardLock::isTaken(connection) || !enableXkb(connection)) return;
     if (readProperty(connection, connection.root(), kLocksProperty).exists()) {
-        const KeyboardTurn turn(connection);
-        releaseKeysLeftBehind(connection);
+        const KeyboardLock lock(connection);
+        releaseKeysOfCrashedRuntime(connection);
     }
     clearSpareKeys(connection);
     connection.sync();

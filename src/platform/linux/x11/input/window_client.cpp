@@ -1,4 +1,4 @@
-#include "platform/linux/x11/input/event_receiver.h"
+#include "platform/linux/x11/input/window_client.h"
 
 #include <poll.h>
 
@@ -65,7 +65,7 @@ std::uint64_t activityOf(std::int32_t pid) {
 
 }  // namespace
 
-EventReceiver::EventReceiver(X11Connection& connection, xcb_window_t window)
+WindowClient::WindowClient(X11Connection& connection, xcb_window_t window)
     : connection_(connection), window_(window), marks_(firstMark()) {
     passMarks(marks_);
     if (window_ == XCB_WINDOW_NONE || window_ == connection.root()) {
@@ -87,16 +87,16 @@ EventReceiver::EventReceiver(X11Connection& connection, xcb_window_t window)
     }
 }
 
-EventReceiver::~EventReceiver() {
+WindowClient::~WindowClient() {
     if (answersPings_) selectRootEvents(connection_, XCB_EVENT_MASK_NO_EVENT);
 }
 
-void EventReceiver::passMarks(std::uint32_t last) {
+void WindowClient::passMarks(std::uint32_t last) {
     passed_ = last;
     lastPassed_ = lastLife_ = Clock::now();
 }
 
-void EventReceiver::mark() {
+void WindowClient::sendPing() {
     if (passed_ == marks_) passMarks(marks_);  // nothing has kept us waiting yet
     ++marks_;
     if (!answersPings_) return;
@@ -114,7 +114,7 @@ void EventReceiver::mark() {
     xcb_flush(connection_.get());
 }
 
-bool EventReceiver::waitForMarks(std::uint32_t open, milliseconds timeout) {
+bool WindowClient::waitForPings(std::uint32_t open, milliseconds timeout) {
     const auto deadline = Clock::now() + timeout;
     if (window_ == XCB_WINDOW_NONE) passMarks(marks_);
     while (marks_ - passed_ > open) {
@@ -133,7 +133,7 @@ bool EventReceiver::waitForMarks(std::uint32_t open, milliseconds timeout) {
     return true;
 }
 
-void EventReceiver::lookForLife() {
+void WindowClient::lookForLife() {
     if (!pid_) return;
     const std::uint64_t activity = activityOf(*pid_);
     if (activity - activity_ >= static_cast<std::uint64_t>(kActivityOfLife.count())) {
@@ -142,13 +142,13 @@ void EventReceiver::lookForLife() {
     activity_ = activity;
 }
 
-bool EventReceiver::isHanging() const {
+bool WindowClient::isHanging() const {
     const auto now = Clock::now();
     return now - lastLife_ >= kLifelessTimeout || now - lastPassed_ >= kBusyTimeout;
 }
 
 /// Whether an answer has come that passes a mark.
-bool EventReceiver::takeAnswer() {
+bool WindowClient::takeAnswer() {
     const xcb_atom_t protocols = connection_.atom("WM_PROTOCOLS");
     while (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
         const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
@@ -162,7 +162,7 @@ bool EventReceiver::takeAnswer() {
     return false;
 }
 
-bool EventReceiver::waitForAnswer(Clock::time_point deadline) {
+bool WindowClient::waitForAnswer(Clock::time_point deadline) {
     auto nextLook = Clock::now() + kWindowLookInterval;
     while (connection_.isAlive()) {
         if (takeAnswer()) return true;

@@ -10,10 +10,10 @@ namespace quil {
 
 /// The displays as they are when they are first asked for, for a request that needs them thousands
 /// of times: each question goes to the platform once. Made anew for every request.
-class DisplaysOnce : public Displays {
+class CachedDisplays : public Displays {
   public:
     /// `displays` outlives this.
-    explicit DisplaysOnce(Displays& displays) : displays_(displays) {}
+    explicit CachedDisplays(Displays& displays) : displays_(displays) {}
 
     std::int32_t getActiveDisplayList(std::uint32_t capacity, std::uint32_t* ids,
                                       std::uint32_t* count) override;

@@ -15,16 +15,16 @@ void notePressedButton(X11Connection& connection, xcb_window_t runtime, std::uin
 /// Says that it has been released.
 void noteReleasedButton(X11Connection& connection);
 /// Releases the button of a runtime that is there no more.
-void releaseButtonLeftBehind(X11Connection& connection);
+void releaseButtonOfCrashedRuntime(X11Connection& connection);
 
 /// Says which modifiers the user has locked, before keys are posted.
 void noteLocks(X11Connection& connection, std::uint8_t locks);
 /// Says that the keyboard is as the user had it.
-void noteKeyboardGivenBack(X11Connection& connection);
+void noteKeyboardRestored(X11Connection& connection);
 /// Releases keys and restores the locks, for the runtime whose turn at the keyboard it is.
-void releaseKeysLeftBehind(X11Connection& connection);
+void releaseKeysOfCrashedRuntime(X11Connection& connection);
 
 /// Undoes all of it, unless another runtime has the keyboard.
-void undoLeftBehind(X11Connection& connection);
+void recoverFromCrashedRuntime(X11Connection& connection);
 
 }  // namespace quil::linux_platform

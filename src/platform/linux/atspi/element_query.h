@@ -13,7 +13,7 @@ namespace quil::linux_platform {
 inline constexpr std::size_t kEditableChildPlaces = 8;
 
 /// Whom to ask, and for how much.
-struct Questioned {
+struct QueryTarget {
     AtspiProgram& program;
     /// The element's path there.
     const std::string& path;
@@ -25,6 +25,6 @@ struct Questioned {
 /// when all of them are there. Some facts lean on others that have to be known before: children on
 /// childCount, extents on states, and so on; what an attribute `needs` comes in that order. Both
 /// `facts` and the path live until then.
-void askFacts(const Questioned& whom, FactSet wanted, Facts& facts, std::function<void()> done);
+void queryFacts(const QueryTarget& whom, FactSet wanted, Facts& facts, std::function<void()> done);
 
 }  // namespace quil::linux_platform

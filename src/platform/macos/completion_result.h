@@ -10,7 +10,7 @@ namespace quil::macos {
 /// Where a completion handler, on a thread of the platform's, leaves its result for a call that
 /// waits for it. The two share it, since the handler may come after the call has given up.
 template <typename T>
-class Delivery {
+class CompletionResult {
   public:
     void deliver(T result) {
         const std::lock_guard guard(lock_);

@@ -10,6 +10,6 @@ namespace quil {
 /// escapes of half a character (a surrogate without its partner). The text with the largest double
 /// and U+FFFD in their places; nothing when it has neither. Other text may pass, or come out as no
 /// JSON either.
-std::optional<std::string> parsableJson(std::string_view text);
+std::optional<std::string> repairForParser(std::string_view text);
 
 }  // namespace quil

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/input/keyboard_turn.h"
+#include "platform/linux/x11/input/keyboard_lock.h"
 
 #include <string_view>
 #include <thread>
@@ -21,7 +21,7 @@ xcb_window_t ownerOf(X11Connection& connection, xcb_atom_t selection) {
 
 }  // namespace
 
-KeyboardTurn::KeyboardTurn(X11Connection& connection)
+KeyboardLock::KeyboardLock(X11Connection& connection)
     : connection_(connection), selection_(connection.atom(kSelection)) {
     xcb_window_t other = owner();
     auto deadline = Clock::now() + kOwnerTimeout;
@@ -34,27 +34,27 @@ KeyboardTurn::KeyboardTurn(X11Connection& connection)
     }
 }
 
-KeyboardTurn::~KeyboardTurn() {
+KeyboardLock::~KeyboardLock() {
     if (window_ == XCB_WINDOW_NONE) return;
     xcb_destroy_window(connection_.get(), window_);  // ends the ownership, too
     xcb_flush(connection_.get());
 }
 
-bool KeyboardTurn::isTaken(X11Connection& connection) {
+bool KeyboardLock::isTaken(X11Connection& connection) {
     return ownerOf(connection, connection.atom(kSelection)) != XCB_WINDOW_NONE;
 }
 
-bool KeyboardTurn::keep() {
+bool KeyboardLock::keep() {
     if (Clock::now() < nextSign_) return true;
     return window_ != XCB_WINDOW_NONE && takeIf(window_);
 }
 
-xcb_window_t KeyboardTurn::owner() const {
+xcb_window_t KeyboardLock::owner() const {
     return ownerOf(connection_, selection_);
 }
 
 /// Whether that one was the owner still.
-bool KeyboardTurn::takeIf(xcb_window_t expected) {
+bool KeyboardLock::takeIf(xcb_window_t expected) {
     xcb_grab_server(connection_.get());
     const bool isExpected = owner() == expected;
     if (isExpected) take();
@@ -63,7 +63,7 @@ bool KeyboardTurn::takeIf(xcb_window_t expected) {
     return isExpected;
 }
 
-void KeyboardTurn::take() {
+void KeyboardLock::take() {
     const xcb_window_t former = std::exchange(window_, xcb_generate_id(connection_.get()));
     xcb_create_window(connection_.get(), 0, window_, connection_.root(), 0, 0, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);

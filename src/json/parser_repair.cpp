@@ -1,4 +1,4 @@
-#include "json/parsable.h"
+#include "json/parser_repair.h"
 
 #include <charconv>
 #include <cmath>
@@ -77,7 +77,7 @@ Piece readEscape(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::string> parsableJson(std::string_view text) {
+std::optional<std::string> repairForParser(std::string_view text) {
     std::string result;
     bool changed = false;
     bool inString = false;

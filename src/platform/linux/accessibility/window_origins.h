@@ -16,10 +16,10 @@ struct ObservedElement;
 
 /// Puts elements on the screen: their programs tell places in coordinates of their own. An element
 /// whose place cannot be known gets extents without an area.
-class ScreenPlaces {
+class WindowOrigins {
   public:
     /// Both outlive this.
-    ScreenPlaces(AccessibilityBus& bus, X11Display& display) : bus_(bus), display_(display) {}
+    WindowOrigins(AccessibilityBus& bus, X11Display& display) : bus_(bus), display_(display) {}
 
     /// Places all elements of a tree, whose extents are as the programs told them, and remembers
     /// which windows they are in.

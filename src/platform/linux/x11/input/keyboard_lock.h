@@ -8,13 +8,13 @@ namespace quil::linux_platform {
 
 /// The right to use the keyboard, which one runtime has at a time while this lives; another one
 /// waits for it. It ends with the process, too, and is lost by one that shows no sign of life.
-class KeyboardTurn {
+class KeyboardLock {
   public:
     /// Waits until the keyboard is free or its user has been silent for some seconds.
-    explicit KeyboardTurn(X11Connection& connection);
-    ~KeyboardTurn();
-    KeyboardTurn(const KeyboardTurn&) = delete;
-    KeyboardTurn& operator=(const KeyboardTurn&) = delete;
+    explicit KeyboardLock(X11Connection& connection);
+    ~KeyboardLock();
+    KeyboardLock(const KeyboardLock&) = delete;
+    KeyboardLock& operator=(const KeyboardLock&) = delete;
 
     /// Whether some runtime has the keyboard.
     static bool isTaken(X11Connection& connection);

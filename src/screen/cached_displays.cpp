@@ -1,11 +1,11 @@
-#include "screen/displays_once.h"
+#include "screen/cached_displays.h"
 
 #include <algorithm>
 
 namespace quil {
 
-std::int32_t DisplaysOnce::getActiveDisplayList(std::uint32_t capacity, std::uint32_t* ids,
-                                                std::uint32_t* count) {
+std::int32_t CachedDisplays::getActiveDisplayList(std::uint32_t capacity, std::uint32_t* ids,
+                                                  std::uint32_t* count) {
     const auto [entry, isNew] = activeLists_.try_emplace(capacity);
     ActiveList& list = entry->second;
     if (isNew) {
@@ -18,18 +18,18 @@ std::int32_t DisplaysOnce::getActiveDisplayList(std::uint32_t capacity, std::uin
     return list.result;
 }
 
-Rect DisplaysOnce::displayBounds(std::uint32_t display) {
+Rect CachedDisplays::displayBounds(std::uint32_t display) {
     const auto [entry, isNew] = bounds_.try_emplace(display);
     if (isNew) entry->second = displays_.displayBounds(display);
     return entry->second;
 }
 
-std::uint32_t DisplaysOnce::mainDisplayId() {
+std::uint32_t CachedDisplays::mainDisplayId() {
     if (!mainDisplayId_) mainDisplayId_ = displays_.mainDisplayId();
     return *mainDisplayId_;
 }
 
-std::vector<Screen> DisplaysOnce::screens() {
+std::vector<Screen> CachedDisplays::screens() {
     if (!screens_) screens_ = displays_.screens();
     return *screens_;
 }

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/input/command_key.h"
+#include "platform/linux/x11/input/latin_shortcut_key.h"
 
 #include <xcb/xproto.h>
 
@@ -64,8 +64,8 @@ std::optional<LatinKeysyms> missingLatinKeysyms(const KeyboardMap& map, std::uin
     return latinKeysyms(keyCode);
 }
 
-std::optional<std::uint8_t> keyOfCommand(const KeyboardMap& map, std::uint8_t group,
-                                         std::uint8_t keyCode) {
+std::optional<std::uint8_t> keyOfShortcut(const KeyboardMap& map, std::uint8_t group,
+                                          std::uint8_t keyCode) {
     const auto keysyms = latinKeysyms(keyCode);
     if (!keysyms || !isLetter(keysyms->plain)) return {};
     const auto hasIt = [&](std::size_t code, std::optional<std::uint8_t> keyGroup) {
@@ -88,23 +88,23 @@ std::optional<std::uint8_t> keyOfCommand(const KeyboardMap& map, std::uint8_t gr
     return {};
 }
 
-CommandKey::CommandKey(KeyboardSession& session, LatinKeysyms keysyms)
+LatinShortcutKey::LatinShortcutKey(KeyboardSession& session, LatinKeysyms keysyms)
     : receiver_(session.connection()), spare_(session.connection(), session.map()) {
     if (spare_.keys().capacity() == 0) return;
     if (spare_.isMapped()) {
-        receiver_.mark();
-        receiver_.waitForMarks(0, kPingTimeout);
+        receiver_.sendPing();
+        receiver_.waitForPings(0, kPingTimeout);
     }
     spare_.map(onFirstKey(spare_.keys(), keysyms));
 }
 
-CommandKey::~CommandKey() {
+LatinShortcutKey::~LatinShortcutKey() {
     if (!spare_.isMapped()) return;
-    receiver_.mark();
-    if (receiver_.waitForMarks(0, kPingTimeout)) spare_.unmap();
+    receiver_.sendPing();
+    if (receiver_.waitForPings(0, kPingTimeout)) spare_.unmap();
 }
 
-std::optional<std::uint8_t> CommandKey::keyCode() const {
+std::optional<std::uint8_t> LatinShortcutKey::keyCode() const {
     if (spare_.keys().capacity() == 0) return {};
     return spare_.keys().keyCodes.front();
 }

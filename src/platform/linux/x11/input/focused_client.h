@@ -4,29 +4,29 @@
 #include <optional>
 
 #include "platform/linux/x11/connection.h"
-#include "platform/linux/x11/input/event_receiver.h"
 #include "platform/linux/x11/input/gtk4_ibus.h"
+#include "platform/linux/x11/input/window_client.h"
 
 namespace quil::linux_platform {
 
 /// The program that has the keyboard now, and how far it is with the keys that it gets. Programs
 /// look at what a key means when they deal with it, not when it was pressed.
-class KeyReceiver {
+class FocusedClient {
   public:
     /// While this lives, the connection's events are ours.
-    explicit KeyReceiver(X11Connection& connection);
+    explicit FocusedClient(X11Connection& connection);
 
     /// Whether the next key is to be sent only when the program has passed the mark of the one
     /// before.
     bool takesKeysSingly() const { return inputMethod_.has_value(); }
-    /// As of `EventReceiver`; to have passed all marks also means that the input method is done.
-    void mark() { program_.mark(); }
-    bool waitForMarks(std::uint32_t open, std::chrono::milliseconds timeout);
+    /// As of `WindowClient`; to have passed all marks also means that the input method is done.
+    void sendPing() { program_.sendPing(); }
+    bool waitForPings(std::uint32_t open, std::chrono::milliseconds timeout);
     bool answersPings() const { return program_.answersPings(); }
     bool isHanging() const { return program_.isHanging(); }
 
   private:
-    EventReceiver program_;
+    WindowClient program_;
     std::optional<Gtk4Ibus> inputMethod_;
 };
 

@@ -1,4 +1,4 @@
-#include "platform/linux/accessibility/screen_places.h"
+#include "platform/linux/accessibility/window_origins.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,7 +47,7 @@ Needs needsOf(FactSet wanted) {
 
 }  // namespace
 
-Reference ScreenPlaces::windowOf(Reference element) {
+Reference WindowOrigins::windowOf(Reference element) {
     for (int depth = 0; depth < kMaximumDepth; ++depth) {
         Facts facts;
         if (readFacts(bus_, element, needsOf({Fact::parent}), facts) != 0) return element;
@@ -57,9 +57,9 @@ Reference ScreenPlaces::windowOf(Reference element) {
     return element;
 }
 
-std::optional<WindowFit> ScreenPlaces::fitOnScreen(X11Connection& connection, std::int32_t pid,
-                                                   const std::string& title,
-                                                   const ToolkitWindow& window) {
+std::optional<WindowFit> WindowOrigins::fitOnScreen(X11Connection& connection, std::int32_t pid,
+                                                    const std::string& title,
+                                                    const ToolkitWindow& window) {
     const auto active = activeWindow(connection);
     const auto isNamed = [&](const X11Window& onScreen) {
         return onScreen.title.value_or("") == title;
@@ -94,7 +94,8 @@ std::optional<WindowFit> ScreenPlaces::fitOnScreen(X11Connection& connection, st
     return best;
 }
 
-std::optional<ScreenPlaces::Window> ScreenPlaces::findWindow(const Reference& window, Facts facts) {
+std::optional<WindowOrigins::Window> WindowOrigins::findWindow(const Reference& window,
+                                                               Facts facts) {
     AtspiProgram& program = bus_.introducedProgram(window.busName);
     const auto pid = bus_.processId(window.busName);
     const auto connection = display_.connection();
@@ -131,8 +132,8 @@ std::optional<ScreenPlaces::Window> ScreenPlaces::findWindow(const Reference& wi
 /// element that fills it, which seems to be in that corner. Several of the same size came up one
 /// after the other, as menus and their submenus do. A pop-up for which there are more elements, or
 /// fewer, than such windows is nowhere.
-ScreenPlaces::Detours ScreenPlaces::popoverDetours(const Window& window,
-                                                   const std::vector<ObservedElement*>& elements) {
+WindowOrigins::Detours WindowOrigins::popoverDetours(
+    const Window& window, const std::vector<ObservedElement*>& elements) {
     Detours found;
     std::vector<const PopUp*> left;
     for (const PopUp& popUp : window.popUps) left.push_back(&popUp);
@@ -171,8 +172,8 @@ ScreenPlaces::Detours ScreenPlaces::popoverDetours(const Window& window,
 }
 
 /// Swing places the items of a menu as if their menu opened over its own title.
-ScreenPlaces::Detours ScreenPlaces::menuDetours(const Window& window,
-                                                const std::vector<ObservedElement*>& elements) {
+WindowOrigins::Detours WindowOrigins::menuDetours(const Window& window,
+                                                  const std::vector<ObservedElement*>& elements) {
     Detours found;
     for (const ObservedElement* menu : elements) {
         if (menu->facts.role != AtspiRole::menu) continue;
@@ -182,8 +183,8 @@ ScreenPlaces::Detours ScreenPlaces::menuDetours(const Window& window,
     return found;
 }
 
-ScreenPlaces::Detour ScreenPlaces::menuDetour(const Window& window, const ObservedElement& menu,
-                                              const std::vector<ObservedElement*>& elements) {
+WindowOrigins::Detour WindowOrigins::menuDetour(const Window& window, const ObservedElement& menu,
+                                                const std::vector<ObservedElement*>& elements) {
     const Point corner{menu.facts.extents.x, menu.facts.extents.y};
     // A menu that fits into the window is an element in it, with the same items.
     for (const ObservedElement* other : elements) {
@@ -215,8 +216,8 @@ ScreenPlaces::Detour ScreenPlaces::menuDetour(const Window& window, const Observ
     return detour;
 }
 
-std::optional<Rect> ScreenPlaces::onScreen(const Window& window, const Anchor& anchor,
-                                           const Rect& extents) {
+std::optional<Rect> WindowOrigins::onScreen(const Window& window, const Anchor& anchor,
+                                            const Rect& extents) {
     const Detour detour = anchor.detour.value_or(Detour{true, XCB_WINDOW_NONE, {}, {}});
     if (!detour.isKnown) return {};
     const Rect moved{extents.x + detour.shift.x, extents.y + detour.shift.y, extents.width,
@@ -235,7 +236,7 @@ std::optional<Rect> ScreenPlaces::onScreen(const Window& window, const Anchor& a
     return detour.popUp == XCB_WINDOW_NONE ? std::optional(rect) : std::nullopt;
 }
 
-void ScreenPlaces::placeTree(const std::vector<ObservedElement*>& elements) {
+void WindowOrigins::placeTree(const std::vector<ObservedElement*>& elements) {
     anchors_.clear();
     std::unordered_map<const ObservedElement*, std::vector<ObservedElement*>> byWindow;
     for (ObservedElement* element : elements) {
@@ -268,7 +269,7 @@ void ScreenPlaces::placeTree(const std::vector<ObservedElement*>& elements) {
     }
 }
 
-void ScreenPlaces::place(const Reference& element, Facts& facts) {
+void WindowOrigins::place(const Reference& element, Facts& facts) {
     const auto known = anchors_.find(element);
     const Anchor anchor = known != anchors_.end() ? known->second : Anchor{windowOf(element), {}};
     const auto window = findWindow(anchor.window, {});

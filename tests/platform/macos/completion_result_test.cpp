@@ -1,4 +1,4 @@
-#include "platform/macos/delivery.h"
+#include "platform/macos/completion_result.h"
 
 #include <gtest/gtest.h>
 
@@ -10,17 +10,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(Delivery, WaitsForTheHandlerButNotForEver) {
-    const auto prompt = std::make_shared<Delivery<int>>();
+TEST(CompletionResult, WaitsForTheHandlerButNotForEver) {
+    const auto prompt = std::make_shared<CompletionResult<int>>();
     std::thread handler([prompt] { prompt->deliver(7); });
     EXPECT_EQ(prompt->await(60s), 7);
     handler.join();
 
     // A handler that comes after the call has given up finds where to leave its result.
-    const auto late = std::make_shared<Delivery<std::shared_ptr<int>>>();
+    const auto late = std::make_shared<CompletionResult<std::shared_ptr<int>>>();
     EXPECT_EQ(late->await(1ms), nullptr);
     const auto result = std::make_shared<int>(7);
-    std::weak_ptr<Delivery<std::shared_ptr<int>>> box = late;
+    std::weak_ptr<CompletionResult<std::shared_ptr<int>>> box = late;
     std::thread straggler([box = late, result] { box->deliver(result); });
     straggler.join();
     EXPECT_EQ(result.use_count(), 2);

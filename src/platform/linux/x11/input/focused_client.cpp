@@ -1,4 +1,4 @@
-#include "platform/linux/x11/input/key_receiver.h"
+#include "platform/linux/x11/input/focused_client.h"
 
 #include "platform/linux/x11/windows/window_stack.h"
 
@@ -16,13 +16,13 @@ xcb_window_t keyboardWindow(X11Connection& connection) {
     return window ? window->id : xcb_window_t{XCB_WINDOW_NONE};
 }
 
-KeyReceiver::KeyReceiver(X11Connection& connection)
+FocusedClient::FocusedClient(X11Connection& connection)
     : program_(connection, keyboardWindow(connection)) {
     if (program_.pid()) inputMethod_ = Gtk4Ibus::find(*program_.pid());
 }
 
-bool KeyReceiver::waitForMarks(std::uint32_t open, std::chrono::milliseconds timeout) {
-    if (!program_.waitForMarks(open, timeout)) return false;
+bool FocusedClient::waitForPings(std::uint32_t open, std::chrono::milliseconds timeout) {
+    if (!program_.waitForPings(open, timeout)) return false;
     if (open == 0 && inputMethod_) inputMethod_->waitForRest();
     return true;
 }

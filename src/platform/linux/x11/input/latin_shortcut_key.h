@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "platform/linux/x11/input/key_receiver.h"
+#include "platform/linux/x11/input/focused_client.h"
 #include "platform/linux/x11/input/keyboard_session.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
 
@@ -24,23 +24,23 @@ std::optional<LatinKeysyms> missingLatinKeysyms(const KeyboardMap& map, std::uin
 /// one, or the one that has the letter in the active layout (`group`), or else in another one of
 /// the keyboard's; programs look there, too. Nothing when no key has it, or this one is no
 /// letter's.
-std::optional<std::uint8_t> keyOfCommand(const KeyboardMap& map, std::uint8_t group,
-                                         std::uint8_t keyCode);
+std::optional<std::uint8_t> keyOfShortcut(const KeyboardMap& map, std::uint8_t group,
+                                          std::uint8_t keyCode);
 
 /// A spare key that stands for a Latin one while it lives. Programs know commands by their Latin
 /// letters: Control and the key that is V elsewhere pastes in a Cyrillic layout too, which without
 /// a second, Latin layout needs a key with that letter.
-class CommandKey {
+class LatinShortcutKey {
   public:
-    CommandKey(KeyboardSession& session, LatinKeysyms keysyms);
+    LatinShortcutKey(KeyboardSession& session, LatinKeysyms keysyms);
     /// Waits until the program that has the focus has dealt with it.
-    ~CommandKey();
+    ~LatinShortcutKey();
 
     /// Nothing when there is no spare key.
     std::optional<std::uint8_t> keyCode() const;
 
   private:
-    KeyReceiver receiver_;
+    FocusedClient receiver_;
     SpareKeyUse spare_;
 };
 

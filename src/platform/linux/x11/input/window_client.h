@@ -12,20 +12,20 @@ namespace quil::linux_platform {
 ///
 /// One that answers the window manager's pings ("_NET_WM_PING") answers when it has dealt with all
 /// that came before. One that does not is judged by its process (`ProcessRest`).
-class EventReceiver {
+class WindowClient {
   public:
     /// While this lives, the connection's events are ours. Nobody receives events for
     /// `XCB_WINDOW_NONE`.
-    EventReceiver(X11Connection& connection, xcb_window_t window);
-    ~EventReceiver();
-    EventReceiver(const EventReceiver&) = delete;
-    EventReceiver& operator=(const EventReceiver&) = delete;
+    WindowClient(X11Connection& connection, xcb_window_t window);
+    ~WindowClient();
+    WindowClient(const WindowClient&) = delete;
+    WindowClient& operator=(const WindowClient&) = delete;
 
     /// Marks a point in what is sent to it.
-    void mark();
+    void sendPing();
     /// Waits until the program has passed all marks but the last `open` ones, for `timeout` at the
     /// most: whether it has.
-    bool waitForMarks(std::uint32_t open, std::chrono::milliseconds timeout);
+    bool waitForPings(std::uint32_t open, std::chrono::milliseconds timeout);
     /// Whether a program that has kept us waiting has shown no sign of life for 5 s (it has neither
     /// passed a mark nor run nor wanted to), or has passed no mark for 30 s.
     bool isHanging() const;

@@ -36,10 +36,10 @@ class Walk {
     template <typename... Values>
     Message call(const Element& element, const std::string& interface, const char* member,
                  const char* signature = "", Values... values) {
-        sd_bus_message* answer = nullptr;
+        sd_bus_message* reply = nullptr;
         sd_bus_call_method(bus_, element.busName.c_str(), element.path.c_str(), interface.c_str(),
-                           member, nullptr, &answer, signature, values...);
-        return Message(answer);
+                           member, nullptr, &reply, signature, values...);
+        return Message(reply);
     }
 
     Message property(const Element& element, const char* interface, const char* name) {
@@ -47,22 +47,22 @@ class Walk {
     }
 
     std::vector<Element> children(const Element& element) {
-        const Message answer = call(element, kAtspi + "Accessible", "GetChildren");
+        const Message reply = call(element, kAtspi + "Accessible", "GetChildren");
         std::vector<Element> children;
-        if (!answer || sd_bus_message_enter_container(answer.get(), 'a', "(so)") < 0) return {};
+        if (!reply || sd_bus_message_enter_container(reply.get(), 'a', "(so)") < 0) return {};
         const char* name = nullptr;
         const char* path = nullptr;
-        while (sd_bus_message_read(answer.get(), "(so)", &name, &path) > 0) {
+        while (sd_bus_message_read(reply.get(), "(so)", &name, &path) > 0) {
             children.push_back({name, path});
         }
         return children;
     }
 
     bool isActive(const Element& window) {
-        const Message answer = call(window, kAtspi + "Accessible", "GetState");
+        const Message reply = call(window, kAtspi + "Accessible", "GetState");
         const void* words = nullptr;
         std::size_t size = 0;
-        return answer && sd_bus_message_read_array(answer.get(), 'u', &words, &size) >= 0 &&
+        return reply && sd_bus_message_read_array(reply.get(), 'u', &words, &size) >= 0 &&
                size >= 4 && (*static_cast<const std::uint32_t*>(words) & 2U);
     }
 
@@ -106,13 +106,13 @@ class Walk {
 
 sd_bus* accessibilityBus() {
     sd_bus* session = nullptr;
-    sd_bus_message* answer = nullptr;
+    sd_bus_message* reply = nullptr;
     const char* address = nullptr;
     sd_bus* bus = nullptr;
     if (sd_bus_open_user(&session) < 0 ||
         sd_bus_call_method(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress",
-                           nullptr, &answer, "") < 0 ||
-        sd_bus_message_read(answer, "s", &address) < 0 || sd_bus_new(&bus) < 0 ||
+                           nullptr, &reply, "") < 0 ||
+        sd_bus_message_read(reply, "s", &address) < 0 || sd_bus_new(&bus) < 0 ||
         sd_bus_set_address(bus, address) < 0 || sd_bus_set_bus_client(bus, 1) < 0 ||
         sd_bus_start(bus) < 0) {
         return nullptr;

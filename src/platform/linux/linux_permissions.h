@@ -14,8 +14,8 @@ class LinuxPermissions : public Permissions {
     LinuxPermissions(X11Display& display, AccessibilityBus& accessibilityBus)
         : display_(display), accessibilityBus_(accessibilityBus) {}
 
-    /// Whether the accessibility bus answers.
-    bool isProcessTrusted() override { return accessibilityBus_.answers(); }
+    /// Whether the accessibility bus replies.
+    bool isProcessTrusted() override { return accessibilityBus_.replies(); }
     /// Whether the display gives the pixmaps of windows (Composite).
     bool preflightScreenCaptureAccess() override;
     /// Whether the server records input (Record).

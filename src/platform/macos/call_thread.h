@@ -27,7 +27,7 @@ class CallThread {
     std::optional<T> call(std::chrono::milliseconds atMost, std::function<T()> body) {
         const auto result = std::make_shared<CompletionResult<std::optional<T>>>();
         const bool begun = begin([result, body = std::move(body)] {
-            return [result, result = body()] { result->deliver(result); };
+            return [result, value = body()] { result->deliver(value); };
         });
         if (!begun) return {};
         return result->await(atMost);

@@ -75,14 +75,14 @@ std::unique_ptr<CapturedImage> capture(SCContentFilter* filter,
 
 std::optional<ShareableContent> MacScreenCapture::getShareableContent(bool excludingDesktopWindows,
                                                                       bool onScreenWindowsOnly) {
-    const auto result = std::make_shared<CompletionResult<SCShareableContent*>>();
+    const auto shareable = std::make_shared<CompletionResult<SCShareableContent*>>();
     [SCShareableContent
         getShareableContentExcludingDesktopWindows:excludingDesktopWindows
                                onScreenWindowsOnly:onScreenWindowsOnly
                                  completionHandler:^(SCShareableContent* content, NSError* error) {
-                                   result->deliver(error ? nil : content);
+                                   shareable->deliver(error ? nil : content);
                                  }];
-    SCShareableContent* content = result->await(kCaptureTimeout);
+    SCShareableContent* content = shareable->await(kCaptureTimeout);
     if (!content) return {};
     ShareableContent result;
     for (SCWindow* window in content.windows) result.windows.push_back(described(window));

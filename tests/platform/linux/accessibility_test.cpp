@@ -15,7 +15,7 @@ using ::testing::ElementsAre;
 /// Facts of which all have been asked for, and everything not said here is empty.
 Facts known(AtspiRole role, States states = {}, Interfaces interfaces = {}) {
     Facts facts;
-    for (unsigned fact = 0; fact < kFactCount; ++fact) facts.answered(static_cast<Fact>(fact), 0);
+    for (unsigned fact = 0; fact < kFactCount; ++fact) facts.received(static_cast<Fact>(fact), 0);
     facts.role = role;
     facts.states = states;
     facts.interfaces = interfaces;
@@ -206,7 +206,7 @@ TEST(AtspiFacts, AreAskedForOneAfterTheOther) {
     Facts facts;
     const auto isNext = [&](std::string_view name, Fact fact) {
         const FactSet needs = findAttribute(name)->needs(facts);
-        facts.answered(fact, 0);
+        facts.received(fact, 0);
         return needs.has(fact);
     };
     EXPECT_TRUE(isNext("AXRole", Fact::role));
@@ -221,9 +221,9 @@ TEST(AtspiFacts, AreAskedForOneAfterTheOther) {
     EXPECT_EQ(findAttribute("AXNonesuch"), nullptr);
 
     EXPECT_EQ(elementCode(facts), kAxSuccess);
-    facts.answered(Fact::states, kAxAttributeUnsupported);
+    facts.received(Fact::states, kAxAttributeUnsupported);
     EXPECT_EQ(elementCode(facts), kAxInvalidUIElement);
-    facts.answered(Fact::states, kAxCannotComplete);
+    facts.received(Fact::states, kAxCannotComplete);
     EXPECT_EQ(elementCode(facts), kAxCannotComplete);
 }
 

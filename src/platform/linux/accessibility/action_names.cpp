@@ -15,7 +15,7 @@ constexpr std::string_view kPressNames[] = {
 /// Where a click moves the cursor, the others mean something else (such as what is selected).
 constexpr std::string_view kFieldPressNames[] = {"click", "press", "push", "activate"};
 
-/// Of what is switched on and off: Qt Quick answers that it has pressed, and does nothing.
+/// Of what is switched on and off: Qt Quick replies that it has pressed, and does nothing.
 constexpr std::string_view kSwitchPressNames[] = {"toggle"};
 
 /// Of what opens something when it is clicked at, such as combo boxes and menus.

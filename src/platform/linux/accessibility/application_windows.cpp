@@ -27,7 +27,7 @@ bool ApplicationWindow::hasSizeOf(const X11Window& window) const {
 
 std::deque<ApplicationWindow> applicationWindows(AccessibilityBus& bus,
                                                  const std::vector<std::string>& busNames) {
-    // All of them at a time: those who do not answer cost one wait together.
+    // All of them at a time: those who do not reply cost one wait together.
     bus.introduce(busNames);
     const std::string root = atspi::kRootPath;
     std::vector<Facts> applications(busNames.size());
@@ -36,7 +36,7 @@ std::deque<ApplicationWindow> applicationWindows(AccessibilityBus& bus,
             AtspiProgram& program = bus.program(busNames[i]);
             queryFacts({program, root, kMaximumWindows}, {fact}, applications[i], [] {});
         }
-        bus.waitForAnswers();
+        bus.waitForReplies();
     }
     std::deque<ApplicationWindow> windows;
     for (Facts& application : applications) {
@@ -47,7 +47,7 @@ std::deque<ApplicationWindow> applicationWindows(AccessibilityBus& bus,
         queryFacts({program, window.reference.path, 0}, {Fact::name, Fact::states, Fact::extents},
                    window.facts, [] {});
     }
-    bus.waitForAnswers();
+    bus.waitForReplies();
     return windows;
 }
 

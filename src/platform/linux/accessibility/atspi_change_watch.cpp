@@ -60,10 +60,10 @@ void AtspiChangeWatch::listen() {
     for (const char* eventClass : kEventClasses) {
         bus.peer(atspi::kRegistry)
             .call(
-                "/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", [](Answer) {}, "s",
+                "/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", [](Reply) {}, "s",
                 eventClass);
     }
-    bus.waitForAnswers();
+    bus.waitForReplies();
 }
 
 void AtspiChangeWatch::eventFrom(const std::string& busName) {
@@ -75,9 +75,9 @@ void AtspiChangeWatch::eventFrom(const std::string& busName) {
 void AtspiChangeWatch::learnProcess(const std::string& busName) {
     bus_.bus().otherEnd().call(
         "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-        [this, busName](Answer answer) {
+        [this, busName](Reply reply) {
             const auto pid =
-                answer.message ? readUint32(answer.message) : std::optional<std::uint32_t>();
+                reply.message ? readUint32(reply.message) : std::optional<std::uint32_t>();
             const bool isOurs = pid && isDescendantOf(static_cast<std::int32_t>(*pid), pid_);
             isWatched_[busName] = isOurs;
             if (isOurs) noticed_ = true;

@@ -6,14 +6,14 @@ namespace quil::linux_platform {
 
 CachedTree::CachedTree(AccessibilityBus& bus, AtspiProgram& program) {
     program.peer().call("/org/a11y/atspi/cache", "org.a11y.atspi.Cache", "GetItems",
-                        [&](Answer answer) {
-                            if (answer.message && !read(answer.message)) facts_.clear();
+                        [&](Reply reply) {
+                            if (reply.message && !read(reply.message)) facts_.clear();
                         });
-    bus.waitForAnswers();
+    bus.waitForReplies();
     linkChildren();
 }
 
-/// False for an answer of another form: older and newer programs have other lists.
+/// False for a reply of another form: older and newer programs have other lists.
 bool CachedTree::read(sd_bus_message* message) {
     constexpr const char* kItem = "(so)(so)(so)iiassusau";
     if (sd_bus_message_enter_container(message, 'a', "((so)(so)(so)iiassusau)") < 0) return false;
@@ -41,7 +41,7 @@ bool CachedTree::read(sd_bus_message* message) {
         facts.childCount = *count;
         for (const Fact fact :
              {Fact::role, Fact::name, Fact::description, Fact::states, Fact::interfaces}) {
-            facts.answered(fact, 0);
+            facts.received(fact, 0);
         }
         children_[*parent].push_back({std::move(*element), *index});
     }
@@ -66,8 +66,8 @@ void CachedTree::linkChildren() {
         }
         if (!isComplete) continue;
         facts.children = std::move(children);
-        facts.answered(Fact::childCount, 0);
-        facts.answered(Fact::children, 0);
+        facts.received(Fact::childCount, 0);
+        facts.received(Fact::children, 0);
     }
     children_.clear();
 }

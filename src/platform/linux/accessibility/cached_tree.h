@@ -8,18 +8,18 @@
 
 namespace quil::linux_platform {
 
-/// What a program says of all its elements in a single answer. Costs it a tenth of what the same
+/// What a program says of all its elements in a single reply. Costs it a tenth of what the same
 /// costs in single questions, but there is no asking for less: it is for programs that are known to
 /// be small.
 class CachedTree {
   public:
-    /// Asks the program. Bounded; empty when it does not give such answers.
+    /// Asks the program. Bounded; empty when it does not give such replies.
     CachedTree(AccessibilityBus& bus, AtspiProgram& program);
 
-    /// Elements in the answer.
+    /// Elements in the reply.
     std::int64_t size() const { return static_cast<std::int64_t>(facts_.size()); }
-    /// Role, name, description, states and interfaces of the element and, when the answer has all
-    /// of them, its children. Null when it was not in the answer.
+    /// Role, name, description, states and interfaces of the element and, when the reply has all
+    /// of them, its children. Null when it was not in the reply.
     const Facts* find(const Reference& element) const;
 
   private:

@@ -18,11 +18,11 @@ bool comesTrue(const std::function<bool()>& condition) {
     return true;
 }
 
-std::int32_t commandCode(const Answer& answer) {
-    if (!answer.message) return answer.code;
+std::int32_t commandCode(const Reply& reply) {
+    if (!reply.message) return reply.code;
     int isDone = 1;
-    const bool isBoolean = sd_bus_message_read_basic(answer.message, 'b', &isDone) > 0;
-    return isBoolean && !isDone ? kAxFailure : answer.code;
+    const bool isBoolean = sd_bus_message_read_basic(reply.message, 'b', &isDone) > 0;
+    return isBoolean && !isDone ? kAxFailure : reply.code;
 }
 
 }  // namespace quil::linux_platform

@@ -9,17 +9,17 @@
 
 namespace quil::linux_platform {
 
-/// How long a program may take to do what it has answered that it did: browsers and Java do it
+/// How long a program may take to do what it has replied that it did: browsers and Java do it
 /// later.
 inline constexpr std::chrono::milliseconds kChangeTimeout{500};
 
 /// Looks until it is so, or until the time for a change is over. Whether it was.
 bool comesTrue(const std::function<bool()>& condition);
 
-/// The code of the answer to a command: a boolean, or nothing.
-std::int32_t commandCode(const Answer& answer);
+/// The code of the reply to a command: a boolean, or nothing.
+std::int32_t commandCode(const Reply& reply);
 
-/// Makes a call that answers with a boolean, or with nothing: 0 when it was done, else an error
+/// Makes a call that replies with a boolean, or with nothing: 0 when it was done, else an error
 /// code.
 template <typename... Values>
 std::int32_t command(AccessibilityBus& bus, const Reference& element, const char* interface,
@@ -29,8 +29,8 @@ std::int32_t command(AccessibilityBus& bus, const Reference& element, const char
         .peer()
         .call(
             element.path.c_str(), interface, member,
-            [&](Answer answer) { code = commandCode(answer); }, signature, values...);
-    bus.waitForAnswers();
+            [&](Reply reply) { code = commandCode(reply); }, signature, values...);
+    bus.waitForReplies();
     return code;
 }
 

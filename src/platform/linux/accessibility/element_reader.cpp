@@ -15,7 +15,7 @@ std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Ne
         // Tells a missing element from a missing attribute.
         next.add(FactSet{Fact::states}.without(facts.asked));
         queryFacts({program, element.path, limits.maximumChildren}, next, facts, [] {});
-        bus.waitForAnswers(limits.deadline);
+        bus.waitForReplies(limits.deadline);
         if (const std::int32_t code = elementCode(facts); code != 0) return code;
     }
     return 0;
@@ -25,7 +25,7 @@ void readScrollBar(AccessibilityBus& bus, const Reference& element, Facts& facts
     if (facts.asked.has(Fact::scrollBar)) return;
     const ReadingLimits limits{.maximumChildren = kScrollBarPlaces};
     const std::int32_t code = readFacts(bus, element, needsForScrollBarSearch, facts, limits);
-    facts.answered(Fact::scrollBar, code);
+    facts.received(Fact::scrollBar, code);
     if (code != 0) return;
     std::unordered_map<Reference, Facts, ReferenceHash> others;
     facts.scrollBar = findScrollBar(facts, [&](const Reference& other) {

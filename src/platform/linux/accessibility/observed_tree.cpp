@@ -12,7 +12,7 @@
 namespace quil::linux_platform {
 namespace {
 
-/// However steadily an application answers, nobody waits longer for its tree.
+/// However steadily an application replies, nobody waits longer for its tree.
 constexpr std::chrono::seconds kLongestObservation{20};
 
 /// Browsers send their documents only to those who ask, and not at once: this long an empty
@@ -24,10 +24,10 @@ constexpr std::chrono::milliseconds kDocumentPollInterval{40};
 /// that little is asked in vain when the elements before them turn out to fill the walk.
 constexpr int kMostActive = 128;
 
-/// While all of these are answered, so many times further elements are looked for.
+/// While all of these are replied to, so many times further elements are looked for.
 constexpr int kLooks = 4;
 
-/// An application that has one answer for everything is asked for that when its tree has at most
+/// An application that gives everything in one reply is asked for that when its tree has at most
 /// this many elements, and their places can be looked up in this many steps: GTK 3 goes through the
 /// list of siblings for each element's place.
 constexpr std::int64_t kSmallTree = 5000;
@@ -99,7 +99,7 @@ void ObservedTree::useCache(const Reference& root) {
     };
     Facts application, live;
     if (readFacts(bus_, {root.busName, atspi::kRootPath}, children, application) != 0) return;
-    // The answer covers the whole program.
+    // The reply covers the whole program.
     if (application.children != std::vector{root}) return;
     isCounting_ = !program.isSmall(root.path);
     if (isCounting_ || !*program.isSmall(root.path)) return;
@@ -111,8 +111,8 @@ void ObservedTree::useCache(const Reference& root) {
     const Facts* cached = cache_->find(root);
     const bool agrees = cached && cached->role == live.role && cached->name == live.name &&
                         cached->states == live.states && cached->childCount == live.childCount;
-    const bool isAnswered = !program.peer().hangs();
-    if (isAnswered && (!cached || cache_->size() > kSmallTree)) program.noteSize(root.path, false);
+    const bool hasReplied = !program.peer().hangs();
+    if (hasReplied && (!cached || cache_->size() > kSmallTree)) program.noteSize(root.path, false);
     if (!agrees) cache_ = nullptr;
 }
 
@@ -136,7 +136,7 @@ FactSet ObservedTree::needs(const ObservedElement& element) const {
     for (const Attribute* attribute : attributes_) needs.add(attribute->needs(element.facts));
     if (wantsActions_) needs.add(needsForActions(element.facts));
     if (&element != root_) needs = needs.without(kFromTree);
-    // What is chosen few have, and it leans on answers that are still to come.
+    // What is chosen few have, and it leans on replies that are still to come.
     return needs.without({Fact::editableChild, Fact::selection}).without(element.pending);
 }
 
@@ -149,7 +149,7 @@ void ObservedTree::fetch(const Reference& root) {
 
 void ObservedTree::fetchUpTo(std::int64_t maximumElements) {
     reach_ = maximumElements;
-    for (schedule(); active_ > 0; schedule()) bus_.waitForAnswers(end_);
+    for (schedule(); active_ > 0; schedule()) bus_.waitForReplies(end_);
 }
 
 /// Whether the program may be asked for everything the next time.
@@ -205,9 +205,9 @@ void ObservedTree::awaitDocuments() {
 /// Asks the elements that the walk will come to, in its order, as far as their number is known.
 void ObservedTree::schedule() {
     // Looking costs as much as the tree has elements.
-    if (isScheduling_ || answersSinceLook_ * kLooks < active_ || isOverdue()) return;
+    if (isScheduling_ || repliesSinceLook_ * kLooks < active_ || isOverdue()) return;
     isScheduling_ = true;
-    answersSinceLook_ = 0;
+    repliesSinceLook_ = 0;
     const std::int64_t longest = isCounting_ ? std::max(kSmallTree, reach_) : reach_;
     // The walk comes to the children that are being asked for, too.
     std::int64_t coming = 0;
@@ -237,9 +237,9 @@ void ObservedTree::proceed(ObservedElement& element) {
     const std::int32_t code = elementCode(facts);
     if (code != 0) {
         element.children.clear();
-        facts.answered(Fact::children, code);
+        facts.received(Fact::children, code);
     } else if (facts.knows(Fact::childCount) && facts.childCount == 0) {
-        facts.answered(Fact::children, 0);
+        facts.received(Fact::children, 0);
     }
     const FactSet next = code == 0 ? needs(element) : FactSet();
     const FactSet now = withName(element, next.without({Fact::children}));
@@ -248,8 +248,8 @@ void ObservedTree::proceed(ObservedElement& element) {
     schedule();
 }
 
-/// Of a program that needs its elements' names to tell their roles and origins, these are asked for
-/// with the name, or once the name that is under way is there.
+/// Of a program that needs its elements' names to tell their roles and positions, these are asked
+/// for with the name, or once the name that is under way is there.
 FactSet ObservedTree::withName(const ObservedElement& element, FactSet wanted) {
     const FactSet leaning{Fact::role, Fact::extents};
     const bool leans = wanted.has(Fact::role) || wanted.has(Fact::extents);
@@ -267,7 +267,7 @@ void ObservedTree::ask(ObservedElement& element, FactSet wanted, std::int64_t ma
     queryFacts({program, element.reference.path, maximumChildren}, wanted, element.facts,
                [this, &element, wanted] {
                    --active_;
-                   ++answersSinceLook_;
+                   ++repliesSinceLook_;
                    element.pending = element.pending.without(wanted);
                    if (wanted.has(Fact::children)) takeChildren(element);
                    proceed(element);
@@ -290,7 +290,7 @@ void ObservedTree::connect() {
             if (child == root_ || child->parent) continue;
             child->parent = &element;
             child->facts.parentRole = facts.role;
-            child->facts.answered(Fact::parentRole, facts.code(Fact::role));
+            child->facts.received(Fact::parentRole, facts.code(Fact::role));
         }
         if (facts.role == AtspiRole::comboBox) findEditableChild(element);
         return true;
@@ -298,7 +298,7 @@ void ObservedTree::connect() {
 }
 
 void ObservedTree::findEditableChild(ObservedElement& element) {
-    element.facts.answered(Fact::editableChild, 0);
+    element.facts.received(Fact::editableChild, 0);
     const std::size_t count = std::min(element.children.size(), kEditableChildPlaces);
     for (std::size_t i = 0; i < count; ++i) {
         const ObservedElement& child = *element.children[i];
@@ -321,7 +321,7 @@ void ObservedTree::findScrollBars() {
         if (element.parent->parent) candidates.push_back(element.parent->parent);
     }
     for (ObservedElement* candidate : candidates) findScrollBar(*candidate);
-    for (auto& [reference, element] : elements_) element.facts.answered(Fact::scrollBar, 0);
+    for (auto& [reference, element] : elements_) element.facts.received(Fact::scrollBar, 0);
 }
 
 void ObservedTree::findScrollBar(ObservedElement& element) {

@@ -20,7 +20,7 @@ namespace quil::linux_platform {
 struct ObservedElement {
     Reference reference;
     Facts facts;
-    /// Facts that were asked for and have not been answered.
+    /// Facts that were asked for and have had no reply.
     FactSet pending;
     /// As many as were wanted; belong to the tree. An element may be listed more than once.
     std::vector<ObservedElement*> children;
@@ -90,7 +90,7 @@ class ObservedTree {
     std::int64_t reach_ = 0;
     /// Questions to elements that are under way.
     int active_ = 0;
-    int answersSinceLook_ = 0;
+    int repliesSinceLook_ = 0;
     bool isScheduling_ = false;
 };
 

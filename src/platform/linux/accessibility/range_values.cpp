@@ -59,11 +59,11 @@ std::optional<double> rangeProperty(AccessibilityBus& bus, const Reference& elem
         .peer()
         .call(
             element.path.c_str(), atspi::kProperties, "Get",
-            [&](Answer answer) {
-                if (answer.message) value = readVariant(answer.message, "d", readDouble);
+            [&](Reply reply) {
+                if (reply.message) value = readVariant(reply.message, "d", readDouble);
             },
             "ss", atspi::kValue, name);
-    bus.waitForAnswers();
+    bus.waitForReplies();
     return value;
 }
 

@@ -6,7 +6,7 @@
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/atspi/facts.h"
 
-/// Numbers of elements that have them: sliders, spin buttons, scroll bars. Some toolkits answer
+/// Numbers of elements that have them: sliders, spin buttons, scroll bars. Some toolkits reply
 /// that they have set a number and do nothing, so that it is looked at afterwards.
 namespace quil::linux_platform {
 

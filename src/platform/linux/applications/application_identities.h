@@ -11,14 +11,14 @@
 namespace quil::linux_platform {
 
 /// Who the processes are that windows belong to. What a process is does not change while it runs,
-/// so an answer is kept until the process ends or entries are installed or removed.
+/// so an identity is kept until the process ends or entries are installed or removed.
 class ApplicationIdentities {
   public:
     /// The application that this process runs. Its name is that of its desktop entry, else the
     /// class of its window, else the name of the process.
     RunningApplication identify(const ApplicationHints& hints);
 
-    /// The last answer for this process; nothing when there is none or it holds no longer.
+    /// The last identity found for this process; nothing when there is none or it holds no longer.
     std::optional<RunningApplication> identified(std::int32_t pid);
 
   private:

@@ -15,7 +15,7 @@ namespace {
 
 using LaunchContext = GObjectHandle<GAppLaunchContext>;
 
-/// Starting a program takes milliseconds; longer only when the session bus does not answer.
+/// Starting a program takes milliseconds; longer only when the session bus does not reply.
 constexpr std::chrono::seconds kLaunchTimeout{5};
 
 /// The entry, to be started as a program of its own wherever it names one. Asked through the

@@ -30,14 +30,14 @@ std::optional<std::string> AccessibilityBus::address() {
     if (!session_->isReady()) return {};
     std::optional<std::string> address;
     session_->peer("org.a11y.Bus")
-        .call("/org/a11y/bus", "org.a11y.Bus", "GetAddress", [&](Answer answer) {
-            if (answer.message) address = readString(answer.message);
+        .call("/org/a11y/bus", "org.a11y.Bus", "GetAddress", [&](Reply reply) {
+            if (reply.message) address = readString(reply.message);
         });
-    session_->waitForAnswers();
+    session_->waitForReplies();
     return address && !address->empty() ? address : std::nullopt;
 }
 
-bool AccessibilityBus::answers() {
+bool AccessibilityBus::replies() {
     const auto named = address();
     if (!named) return false;
     // Another bus may have taken the place of ours, which still runs for those who are on it.
@@ -71,7 +71,7 @@ void AccessibilityBus::drop() {
 
 void AccessibilityBus::announce() {
     isAnnounced_ = true;
-    const AnswerHandler ignore = [](Answer) {};
+    const ReplyHandler ignore = [](Reply) {};
     std::vector<Bus*> buses{bus_.get()};
     if (session_ && session_->isReady()) {
         buses.push_back(session_.get());
@@ -81,7 +81,7 @@ void AccessibilityBus::announce() {
     }
     bus_->peer(atspi::kRegistry)
         .call("/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", ignore, "s", kEvent);
-    Bus::waitForAnswers(buses);
+    Bus::waitForReplies(buses);
 }
 
 AtspiProgram& AccessibilityBus::program(const std::string& busName) {
@@ -108,7 +108,7 @@ void AccessibilityBus::introduce(const std::vector<std::string>& busNames) {
         askAboutItself(whom, said);
     }
     if (asked.empty()) return;
-    bus_->waitForAnswers();
+    bus_->waitForReplies();
     for (const auto& [program, said] : asked) {
         if (!program.onBus_.hangs()) note(program, said);
     }
@@ -118,16 +118,16 @@ void AccessibilityBus::askAboutItself(AtspiProgram& program, Introduction& said)
     const auto property = [&](const char* name, std::optional<std::string>& value) {
         program.onBus_.call(
             atspi::kRootPath, atspi::kProperties, "Get",
-            [&value](Answer answer) {
-                if (answer.message) value = readVariant(answer.message, "s", readString);
+            [&value](Reply reply) {
+                if (reply.message) value = readVariant(reply.message, "s", readString);
             },
             "ss", atspi::kApplication, name);
     };
     property("ToolkitName", said.toolkit);
     property("Version", said.version);
     program.onBus_.call(atspi::kRootPath, atspi::kApplication, "GetApplicationBusAddress",
-                        [&said](Answer answer) {
-                            if (answer.message) said.address = readString(answer.message);
+                        [&said](Reply reply) {
+                            if (reply.message) said.address = readString(reply.message);
                         });
 }
 
@@ -147,14 +147,14 @@ void AccessibilityBus::note(AtspiProgram& program, const Introduction& said) {
 std::vector<AccessibilityBus::Registered> AccessibilityBus::registeredPrograms() {
     std::vector<Registered> registered;
     bus_->peer(atspi::kRegistry)
-        .call(atspi::kRootPath, atspi::kAccessible, "GetChildren", [&](Answer answer) {
-            if (!answer.message) return;
+        .call(atspi::kRootPath, atspi::kAccessible, "GetChildren", [&](Reply reply) {
+            if (!reply.message) return;
             for (Reference& child :
-                 readReferences(answer.message).value_or(std::vector<Reference>())) {
+                 readReferences(reply.message).value_or(std::vector<Reference>())) {
                 registered.push_back({std::move(child.busName), {}});
             }
         });
-    bus_->waitForAnswers();
+    bus_->waitForReplies();
     for (Registered& program : registered) {
         const auto known = processIds_.find(program.busName);
         if (known != processIds_.end()) {
@@ -163,16 +163,16 @@ std::vector<AccessibilityBus::Registered> AccessibilityBus::registeredPrograms()
         }
         bus_->otherEnd().call(
             "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-            [&](Answer answer) {
+            [&](Reply reply) {
                 const auto pid =
-                    answer.message ? readUint32(answer.message) : std::optional<std::uint32_t>();
+                    reply.message ? readUint32(reply.message) : std::optional<std::uint32_t>();
                 if (!pid) return;
                 program.pid = static_cast<std::int32_t>(*pid);
                 processIds_.emplace(program.busName, *program.pid);
             },
             "s", program.busName.c_str());
     }
-    bus_->waitForAnswers();
+    bus_->waitForReplies();
     forgetGonePrograms(registered);
     return registered;
 }
@@ -192,12 +192,12 @@ void AccessibilityBus::forgetGonePrograms(const std::vector<Registered>& registe
     std::erase_if(processIds_, isGone);
 }
 
-void AccessibilityBus::waitForAnswers(BusDeadline deadline) {
+void AccessibilityBus::waitForReplies(BusDeadline deadline) {
     std::vector<Bus*> buses{bus_.get()};
     for (auto& [name, program] : programs_) {
         if (program.socket_) buses.push_back(program.socket_.get());
     }
-    Bus::waitForAnswers(buses, deadline);
+    Bus::waitForReplies(buses, deadline);
 }
 
 }  // namespace quil::linux_platform

@@ -25,8 +25,8 @@ class AtspiProgram {
     bool givesAllProperties() const { return givesAllProperties_; }
     /// When it was first asked anything.
     BusDeadline firstContact() const { return firstContact_; }
-    /// It has a single answer for everything that it shows, and shows about as much as it did
-    /// before. Browsers have such answers, too, but go on to pages of any size.
+    /// It has a single reply for everything that it shows, and shows about as much as it did
+    /// before. Browsers have such replies, too, but go on to pages of any size.
     bool tellsEverything() const { return tellsEverything_; }
     /// Whether it is known to show so little in that window, its only one, that it can be asked for
     /// everything at once; nothing when that was not looked at.
@@ -70,7 +70,7 @@ class AtspiProgram {
 class AccessibilityBus {
   public:
     /// Whether the session bus names an accessibility bus; it starts one when it can. Bounded.
-    bool answers();
+    bool replies();
     /// Whether the accessibility bus can be used. Everything below needs that.
     bool connect();
     /// Which connection to the bus this is: names from an earlier one mean nothing any more.
@@ -95,9 +95,9 @@ class AccessibilityBus {
     /// The process id of a registered program.
     std::optional<std::int32_t> processId(const std::string& busName) const;
 
-    /// Handles answers of all programs until no call is unanswered; at the deadline those that are
-    /// count as failed.
-    void waitForAnswers(BusDeadline deadline = BusDeadline::max());
+    /// Handles replies of all programs until every call has its reply; at the deadline those that
+    /// are count as failed.
+    void waitForReplies(BusDeadline deadline = BusDeadline::max());
 
   private:
     /// What a program says of itself.

@@ -44,9 +44,9 @@ constexpr int kAtOnce = 64;
 struct Bus::Pending {
     Bus* bus = nullptr;
     Peer* peer = nullptr;
-    /// Empty when nobody waits for the answer any more: it only shows that the peer is alive.
-    AnswerHandler handler;
-    /// Asks a peer that hangs whether it is back; nobody waits for the answer.
+    /// Empty when nobody waits for the reply any more: it only shows that the peer is alive.
+    ReplyHandler handler;
+    /// Asks a peer that hangs whether it is back; nobody waits for the reply.
     bool isProbe = false;
     sd_bus_slot* slot = nullptr;
     std::list<Pending>::iterator self;
@@ -65,13 +65,13 @@ sd_bus_message* Peer::create(const char* path, const char* interface, const char
     return created < 0 ? nullptr : message;
 }
 
-void Peer::send(Message message, AnswerHandler handler) {
+void Peer::send(Message message, ReplyHandler handler) {
     if (hangs_ || bus_.isLost_) return handler({kAxCannotComplete, nullptr});
     Bus::Pending& pending = bus_.addPending(*this);
     pending.handler = std::move(handler);
-    if (sd_bus_call_async(bus_.bus_, &pending.slot, message.get(), Bus::handleAnswer, &pending,
+    if (sd_bus_call_async(bus_.bus_, &pending.slot, message.get(), Bus::handleReply, &pending,
                           kNoTimeout) < 0) {
-        const AnswerHandler failed = std::move(pending.handler);
+        const ReplyHandler failed = std::move(pending.handler);
         bus_.pending_.pop_back();
         return failed({kAxCannotComplete, nullptr});
     }
@@ -141,11 +141,11 @@ Bus::Pending& Bus::addPending(Peer& peer) {
     return pending;
 }
 
-int Bus::handleAnswer(sd_bus_message* message, void* userdata, sd_bus_error*) {
+int Bus::handleReply(sd_bus_message* message, void* userdata, sd_bus_error*) {
     Pending& pending = *static_cast<Pending*>(userdata);
     Bus& bus = *pending.bus;
     Peer& peer = *pending.peer;
-    const AnswerHandler handler = std::move(pending.handler);
+    const ReplyHandler handler = std::move(pending.handler);
     const bool isProbe = pending.isProbe;
     bus.pending_.erase(pending.self);
     peer.lastSign_ = BusClock::now();
@@ -157,7 +157,7 @@ int Bus::handleAnswer(sd_bus_message* message, void* userdata, sd_bus_error*) {
     if (!handler) return 0;
     --peer.waiting_;
     const sd_bus_error* error = sd_bus_message_get_error(message);
-    handler(error ? Answer{codeFor(*error), nullptr} : Answer{0, message});
+    handler(error ? Reply{codeFor(*error), nullptr} : Reply{0, message});
     return 0;
 }
 
@@ -180,7 +180,7 @@ pollfd Bus::waiting() const {
 }
 
 bool Bus::process() {
-    // Within an answer the bus deals with that one.
+    // Within a reply the bus deals with that one.
     if (isLost_ || sd_bus_get_current_message(bus_)) return false;
     const int processed = sd_bus_process(bus_, nullptr);
     if (processed < 0 || sd_bus_is_open(bus_) <= 0) {
@@ -236,13 +236,13 @@ void Bus::failCalls(const Peer* peer) {
 }
 
 void Bus::abandonCalls() {
-    std::vector<AnswerHandler> abandoned;
+    std::vector<ReplyHandler> abandoned;
     for (Pending& entry : pending_) {
         if (!entry.handler) continue;
         --entry.peer->waiting_;
         abandoned.push_back(std::exchange(entry.handler, nullptr));
     }
-    for (const AnswerHandler& handler : abandoned) handler({kAxCannotComplete, nullptr});
+    for (const ReplyHandler& handler : abandoned) handler({kAxCannotComplete, nullptr});
 }
 
 void Bus::probe(Peer& peer) {
@@ -250,12 +250,12 @@ void Bus::probe(Peer& peer) {
     const Message message(peer.create("/", "org.freedesktop.DBus.Peer", "Ping"));
     Pending& pending = addPending(peer);
     pending.isProbe = true;
-    peer.isProbed_ = message && sd_bus_call_async(bus_, &pending.slot, message.get(), handleAnswer,
+    peer.isProbed_ = message && sd_bus_call_async(bus_, &pending.slot, message.get(), handleReply,
                                                   &pending, kNoTimeout) >= 0;
     if (!peer.isProbed_) pending_.pop_back();
 }
 
-void Bus::waitForAnswers(const std::vector<Bus*>& buses, BusDeadline deadline) {
+void Bus::waitForReplies(const std::vector<Bus*>& buses, BusDeadline deadline) {
     while (std::any_of(buses.begin(), buses.end(), [](Bus* bus) { return bus->isAwaited(); })) {
         if (BusClock::now() >= deadline) {
             for (Bus* bus : buses) bus->abandonCalls();
@@ -263,7 +263,7 @@ void Bus::waitForAnswers(const std::vector<Bus*>& buses, BusDeadline deadline) {
         }
         bool isProgress = false;
         for (Bus* bus : buses) {
-            // Not until nothing is left: others have answered, too.
+            // Not until nothing is left: others have replied, too.
             for (int i = 0; i < kAtOnce && bus->process(); ++i) isProgress = true;
         }
         if (isProgress) continue;

@@ -28,14 +28,14 @@ struct MessageDeleter {
 };
 using Message = std::unique_ptr<sd_bus_message, MessageDeleter>;
 
-/// The answer to a call: a message to read from, or the reason why there is none.
-struct Answer {
+/// The reply to a call: a message to read from, or the reason why there is none.
+struct Reply {
     /// 0, or the code of accessibility.h that stands for the error.
     std::int32_t code = 0;
     /// Belongs to the bus; null when the code is not 0.
     sd_bus_message* message = nullptr;
 };
-using AnswerHandler = std::function<void(Answer)>;
+using ReplyHandler = std::function<void(Reply)>;
 using SignalHandler = std::function<void(sd_bus_message*)>;
 
 class Bus;
@@ -48,16 +48,16 @@ class Peer {
     Bus& bus() const { return bus_; }
     /// The name on the bus; empty on a socket between two.
     const std::string& name() const { return name_; }
-    /// Whether it stopped answering; calls then fail at once.
+    /// Whether it stopped replying; calls then fail at once.
     bool hangs() const { return hangs_; }
-    /// Takes it for one that hangs, as it is too far behind with its answers, until it has caught
+    /// Takes it for one that hangs, as it is too far behind with its replies, until it has caught
     /// up.
     void giveUp();
 
-    /// Sends a call; the handler gets the answer while somebody waits on the bus. The signature and
+    /// Sends a call; the handler gets the reply while somebody waits on the bus. The signature and
     /// the values after it are those of sd_bus_message_append.
     template <typename... Values>
-    void call(const char* path, const char* interface, const char* member, AnswerHandler handler,
+    void call(const char* path, const char* interface, const char* member, ReplyHandler handler,
               const char* signature = "", Values... values) {
         sd_bus_message* message = create(path, interface, member);
         if (message && sd_bus_message_append(message, signature, values...) >= 0) {
@@ -72,19 +72,19 @@ class Peer {
     friend class Bus;
 
     sd_bus_message* create(const char* path, const char* interface, const char* member);
-    void send(Message message, AnswerHandler handler);
+    void send(Message message, ReplyHandler handler);
 
     Bus& bus_;
     const std::string name_;
     bool hangs_ = false;
     bool isProbed_ = false;
     std::size_t waiting_ = 0;
-    /// When it was last heard of, or asked after it had answered everything.
+    /// When it was last heard of, or asked after it had replied to everything.
     BusDeadline lastSign_;
 };
 
 /// A connection to a message bus, or to one other program. Calls are sent without waiting;
-/// `waitForAnswers` then handles the answers as they come, so that many are under way at a time.
+/// `waitForReplies` then handles the replies as they come, so that many are under way at a time.
 class Bus {
   public:
     enum class Kind { session, bus, socket };
@@ -106,24 +106,24 @@ class Bus {
     /// The other end of a socket between two, or of a message bus: the bus itself.
     Peer& otherEnd();
 
-    /// Handles every signal that fits the match rule, as `isAlive` and `waitForAnswers` come to it.
+    /// Handles every signal that fits the match rule, as `isAlive` and `waitForReplies` come to it.
     void listen(const std::string& rule, SignalHandler handler);
     /// What to poll for: then there is something for `isAlive` to deal with.
     pollfd waiting() const;
 
-    /// Handles answers until no call on these buses is unanswered; the handlers may make further
-    /// calls. Calls to a peer that hangs are answered with an error, and so are all that are
-    /// unanswered at the deadline.
-    static void waitForAnswers(const std::vector<Bus*>& buses,
+    /// Handles replies until every call on these buses has its reply; the handlers may make further
+    /// calls. Calls to a peer that hangs fail, and so do all that are
+    /// without a reply at the deadline.
+    static void waitForReplies(const std::vector<Bus*>& buses,
                                BusDeadline deadline = BusDeadline::max());
-    void waitForAnswers() { waitForAnswers({this}); }
+    void waitForReplies() { waitForReplies({this}); }
 
   private:
     friend class Peer;
     struct Pending;
 
     Bus(sd_bus* bus, Kind kind);
-    static int handleAnswer(sd_bus_message* message, void* userdata, sd_bus_error*);
+    static int handleReply(sd_bus_message* message, void* userdata, sd_bus_error*);
     static int handleSignal(sd_bus_message* message, void* userdata, sd_bus_error*);
     static void poll(const std::vector<Bus*>& buses, BusDeadline deadline);
     Pending& addPending(Peer& peer);
@@ -131,9 +131,9 @@ class Bus {
     bool isAwaited() const;
     /// Gives up on peers that were silent for too long; the time of the next look at them.
     BusDeadline giveUpOnSilent();
-    /// Answers what was asked of that peer, or of all, with an error: there will be no answer.
+    /// Fails the calls to that peer, or to all: there will be no reply.
     void failCalls(const Peer* peer);
-    /// Answers everything with an error; what the answers say when they come does not matter.
+    /// Fails all calls; what the replies say when they come does not matter.
     void abandonCalls();
     void probe(Peer& peer);
 

@@ -24,12 +24,12 @@ constexpr std::int32_t kMaximumActions = 500;
 /// Lists up to this length are asked for as a whole, also when less of them is wanted.
 constexpr std::int64_t kShortList = 1000;
 
-/// Counts the answers that are still to come; calls `done` after the last.
+/// Counts the replies that are still to come; calls `done` after the last.
 class Countdown {
   public:
     explicit Countdown(std::function<void()> done) : done_(std::move(done)) {}
     void expect() { ++left_; }
-    void answered() {
+    void received() {
         if (--left_ == 0) done_();
     }
 
@@ -54,7 +54,7 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
           }) {}
 
     void begin(FactSet wanted) {
-        countdown_.expect();  // ourselves, so that an answer that comes at once does not end it
+        countdown_.expect();  // ourselves, so that a reply that comes at once does not end it
         // Needed to tell passwords and spinners.
         const bool needsName = wanted.has(Fact::role) || wanted.has(Fact::extents);
         if (program_.placesWithinWindow() && needsName && !facts_.asked.has(Fact::name)) {
@@ -69,7 +69,7 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
             }
         });
         askProperties(properties);
-        countdown_.answered();
+        countdown_.received();
     }
 
   private:
@@ -92,34 +92,34 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
     }
 
     template <typename... Values>
-    void call(const char* interface, const char* member, AnswerHandler handler,
+    void call(const char* interface, const char* member, ReplyHandler handler,
               const char* signature = "", Values... values) {
         countdown_.expect();
         peer_.call(
             path_.c_str(), interface, member,
-            [self = shared_from_this(), handler = std::move(handler)](Answer answer) {
-                handler(answer);
-                self->countdown_.answered();
+            [self = shared_from_this(), handler = std::move(handler)](Reply reply) {
+                handler(reply);
+                self->countdown_.received();
             },
             signature, values...);
     }
 
-    /// Keeps what an answer holds, or why it holds nothing.
+    /// Keeps what a reply holds, or why it holds nothing.
     template <typename Result, typename Field>
-    void take(Fact fact, Answer answer, std::optional<Result> result, Field& field) {
+    void take(Fact fact, Reply reply, std::optional<Result> result, Field& field) {
         if (result) field = std::move(*result);
-        facts_.answered(fact, result ? 0 : answer.code != 0 ? answer.code : kAxFailure);
+        facts_.received(fact, result ? 0 : reply.code != 0 ? reply.code : kAxFailure);
     }
 
-    /// Asks with one call whose answer is the fact.
+    /// Asks with one call whose reply is the fact.
     template <typename Result, typename... Values>
     void askFor(Fact fact, const char* interface, const char* member,
                 std::optional<Result> (*read)(sd_bus_message*), Result Facts::*field,
                 const char* signature = "", Values... values) {
         call(
             interface, member,
-            [this, fact, read, field](Answer answer) {
-                take(fact, answer, answer.message ? read(answer.message) : std::nullopt,
+            [this, fact, read, field](Reply reply) {
+                take(fact, reply, reply.message ? read(reply.message) : std::nullopt,
                      facts_.*field);
             },
             signature, values...);
@@ -146,8 +146,8 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
             case Fact::number:
                 return call(
                     atspi::kProperties, "Get",
-                    [this](Answer answer) {
-                        take(Fact::number, answer, variant(answer, "d", readDouble), facts_.number);
+                    [this](Reply reply) {
+                        take(Fact::number, reply, variant(reply, "d", readDouble), facts_.number);
                     },
                     "ss", atspi::kValue, "CurrentValue");
             case Fact::range:
@@ -166,23 +166,23 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
     }
 
     template <typename Result>
-    static std::optional<Result> variant(Answer answer, const char* type,
+    static std::optional<Result> variant(Reply reply, const char* type,
                                          std::optional<Result> (*read)(sd_bus_message*)) {
-        return answer.message ? readVariant(answer.message, type, read) : std::nullopt;
+        return reply.message ? readVariant(reply.message, type, read) : std::nullopt;
     }
 
     void askRole() {
-        call(atspi::kAccessible, "GetRole", [this](Answer answer) {
-            const auto number = answer.message ? readUint32(answer.message) : std::nullopt;
-            take(Fact::role, answer,
+        call(atspi::kAccessible, "GetRole", [this](Reply reply) {
+            const auto number = reply.message ? readUint32(reply.message) : std::nullopt;
+            take(Fact::role, reply,
                  number ? std::optional(static_cast<AtspiRole>(*number)) : std::nullopt,
                  facts_.role);
         });
     }
 
     void askStates() {
-        call(atspi::kAccessible, "GetState", [this](Answer answer) {
-            take(Fact::states, answer, answer.message ? readStates(answer.message) : std::nullopt,
+        call(atspi::kAccessible, "GetState", [this](Reply reply) {
+            take(Fact::states, reply, reply.message ? readStates(reply.message) : std::nullopt,
                  facts_.states);
             // These say only of windows that they are showing.
             if (program_.placesWithinWindow() && facts_.states.has(AtspiState::visible)) {
@@ -211,37 +211,36 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
         if (program_.givesAllProperties() && !isOne) return askAllProperties(wanted);
         wanted.forEach([&](Fact fact) {
             call(
-                atspi::kProperties, "Get",
-                [this, fact](Answer answer) { takeProperty(fact, answer); }, "ss",
-                atspi::kAccessible, propertyName(fact));
+                atspi::kProperties, "Get", [this, fact](Reply reply) { takeProperty(fact, reply); },
+                "ss", atspi::kAccessible, propertyName(fact));
         });
     }
 
-    void takeProperty(Fact fact, Answer answer) {
+    void takeProperty(Fact fact, Reply reply) {
         if (fact == Fact::childCount) {
-            return take(fact, answer, variant(answer, "i", readInt32), facts_.childCount);
+            return take(fact, reply, variant(reply, "i", readInt32), facts_.childCount);
         }
         auto& field = fact == Fact::name          ? facts_.name
                       : fact == Fact::description ? facts_.description
                                                   : facts_.identifier;
-        take(fact, answer, variant(answer, "s", readString), field);
+        take(fact, reply, variant(reply, "s", readString), field);
     }
 
     void askAllProperties(FactSet wanted) {
         call(
             atspi::kProperties, "GetAll",
-            [this, wanted](Answer answer) {
+            [this, wanted](Reply reply) {
                 // What the list leaves out is not supported.
                 wanted.forEach([&](Fact fact) {
-                    facts_.answered(fact, answer.message ? kAxAttributeUnsupported : answer.code);
+                    facts_.received(fact, reply.message ? kAxAttributeUnsupported : reply.code);
                 });
-                if (answer.message) takeProperties(wanted, answer);
+                if (reply.message) takeProperties(wanted, reply);
             },
             "s", atspi::kAccessible);
     }
 
-    void takeProperties(FactSet wanted, Answer answer) {
-        sd_bus_message* message = answer.message;
+    void takeProperties(FactSet wanted, Reply reply) {
+        sd_bus_message* message = reply.message;
         if (sd_bus_message_enter_container(message, 'a', "{sv}") < 0) return;
         while (sd_bus_message_enter_container(message, 'e', "sv") > 0) {
             const auto name = readString(message);
@@ -250,7 +249,7 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
                 if (name == propertyName(fact)) meant = fact;
             });
             if (meant) {
-                takeProperty(*meant, answer);
+                takeProperty(*meant, reply);
             } else if (sd_bus_message_skip(message, "v") < 0) {
                 return;
             }
@@ -261,7 +260,7 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
     void askChildren() {
         const auto count = facts_.childCount;
         const bool isCounted = facts_.knows(Fact::childCount) && count >= 0;
-        if (isCounted && count == 0) return facts_.answered(Fact::children, 0);
+        if (isCounted && count == 0) return facts_.received(Fact::children, 0);
         const bool isEndless = facts_.states.has(AtspiState::managesDescendants) &&
                                count > kShortList && maximumChildren_ > kShortList;
         if (isCounted && isEndless) return askShowingChildren();
@@ -270,12 +269,12 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
         const auto most =
             program_.tellsEverything() ? kShortList : 2 * std::max(maximumChildren_, kShortList);
         if (isCounted && count > most) return askFirstChildren();
-        call(atspi::kAccessible, "GetChildren", [this, isCounted](Answer answer) {
-            auto children = answer.message ? readReferences(answer.message) : std::nullopt;
+        call(atspi::kAccessible, "GetChildren", [this, isCounted](Reply reply) {
+            auto children = reply.message ? readReferences(reply.message) : std::nullopt;
             const bool isThere =
-                answer.code != kAxInvalidUIElement && answer.code != kAxCannotComplete;
+                reply.code != kAxInvalidUIElement && reply.code != kAxCannotComplete;
             if (!children && isThere && isCounted) return askFirstChildren();
-            take(Fact::children, answer, std::move(children), facts_.children);
+            take(Fact::children, reply, std::move(children), facts_.children);
         });
     }
 
@@ -287,9 +286,9 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
                             [self = shared_from_this()](std::vector<Reference> showing) {
                                 Facts& facts = self->facts_;
                                 facts.children = std::move(showing);
-                                facts.answered(Fact::children, 0);
+                                facts.received(Fact::children, 0);
                                 if (facts.children.empty()) self->askFirstChildren();
-                                self->countdown_.answered();
+                                self->countdown_.received();
                             });
     }
 
@@ -302,26 +301,26 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
         for (std::int32_t i = 0; i < wanted; ++i) {
             call(
                 atspi::kAccessible, "GetChildAtIndex",
-                [this, i, left](Answer answer) {
-                    auto child = answer.message ? readReference(answer.message) : std::nullopt;
+                [this, i, left](Reply reply) {
+                    auto child = reply.message ? readReference(reply.message) : std::nullopt;
                     if (child) facts_.children[static_cast<std::size_t>(i)] = std::move(*child);
                     if (--*left > 0) return;
                     std::erase_if(facts_.children,
                                   [](const Reference& entry) { return entry.path.empty(); });
-                    facts_.answered(Fact::children, 0);
+                    facts_.received(Fact::children, 0);
                 },
                 "i", i);
         }
-        if (wanted <= 0) facts_.answered(Fact::children, 0);
+        if (wanted <= 0) facts_.received(Fact::children, 0);
     }
 
     /// One by one: the list that some toolkits give has names in the user's language, or none.
     void askActions() {
         call(
             atspi::kProperties, "Get",
-            [this](Answer answer) {
-                const auto count = variant(answer, "i", readInt32);
-                facts_.answered(Fact::actions, answer.code);
+            [this](Reply reply) {
+                const auto count = variant(reply, "i", readInt32);
+                facts_.received(Fact::actions, reply.code);
                 facts_.actions.resize(
                     static_cast<std::size_t>(std::clamp(count.value_or(0), 0, kMaximumActions)));
                 for (std::size_t i = 0; i < facts_.actions.size(); ++i) askActionName(i);
@@ -332,8 +331,8 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
     void askActionName(std::size_t index) {
         call(
             atspi::kAction, "GetName",
-            [this, index](Answer answer) {
-                const auto name = answer.message ? readString(answer.message) : std::nullopt;
+            [this, index](Reply reply) {
+                const auto name = reply.message ? readString(reply.message) : std::nullopt;
                 facts_.actions[index] = name.value_or("");
             },
             "i", static_cast<std::int32_t>(index));
@@ -342,11 +341,9 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
     void askText() {
         call(
             atspi::kProperties, "Get",
-            [this](Answer answer) {
-                const auto count = variant(answer, "i", readInt32);
-                facts_.answered(Fact::text, count              ? 0
-                                            : answer.code != 0 ? answer.code
-                                                               : kAxFailure);
+            [this](Reply reply) {
+                const auto count = variant(reply, "i", readInt32);
+                facts_.received(Fact::text, count ? 0 : reply.code != 0 ? reply.code : kAxFailure);
                 facts_.text.clear();
                 if (count.value_or(0) > 0) askPieceOfText(0, *count);
             },
@@ -358,10 +355,10 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
         const std::int32_t pieceEnd = begin + std::min(end - begin, kPieceOfText);
         call(
             atspi::kText, "GetText",
-            [this, pieceEnd, end](Answer answer) {
-                const auto piece = answer.message ? readString(answer.message) : std::nullopt;
+            [this, pieceEnd, end](Reply reply) {
+                const auto piece = reply.message ? readString(reply.message) : std::nullopt;
                 if (!piece) {
-                    return facts_.answered(Fact::text, answer.code != 0 ? answer.code : kAxFailure);
+                    return facts_.received(Fact::text, reply.code != 0 ? reply.code : kAxFailure);
                 }
                 facts_.text += *piece;
                 if (pieceEnd < end) askPieceOfText(pieceEnd, end);
@@ -372,17 +369,17 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
     /// A range that says that it has no length is none. Some toolkits say so of every range: there
     /// the number may be one, as long as it is not 0.
     void askRange() {
-        facts_.answered(Fact::range, 0);
+        facts_.received(Fact::range, 0);
         facts_.hasRange = facts_.number != 0;
         const auto minimum = std::make_shared<std::optional<double>>();
         call(
             atspi::kProperties, "Get",
-            [this, minimum](Answer answer) { *minimum = variant(answer, "d", readDouble); }, "ss",
+            [this, minimum](Reply reply) { *minimum = variant(reply, "d", readDouble); }, "ss",
             atspi::kValue, "MinimumValue");
         call(
             atspi::kProperties, "Get",
-            [this, minimum](Answer answer) {
-                const auto maximum = variant(answer, "d", readDouble);
+            [this, minimum](Reply reply) {
+                const auto maximum = variant(reply, "d", readDouble);
                 if (maximum && *minimum && *maximum > **minimum) facts_.hasRange = true;
             },
             "ss", atspi::kValue, "MaximumValue");
@@ -390,7 +387,7 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
 
     /// What is in a combo box's text field, else what is selected in it or in a list of it.
     void askSelection() {
-        facts_.answered(Fact::selection, 0);
+        facts_.received(Fact::selection, 0);
         if (!facts_.editableChild.path.empty()) return askTextOf(facts_.editableChild);
         if (facts_.interfaces.has(AtspiInterface::selection)) {
             return askSelectedOf({program_.busName(), path_});
@@ -402,12 +399,12 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
     void askTextOf(const Reference& field) {
         ofElement(
             field, atspi::kProperties, "Get",
-            [this, field](Answer answer) {
-                const auto count = variant(answer, "i", readInt32);
+            [this, field](Reply reply) {
+                const auto count = variant(reply, "i", readInt32);
                 if (count.value_or(0) <= 0) return;
                 ofElement(
                     field, atspi::kText, "GetText",
-                    [this](Answer text) {
+                    [this](Reply text) {
                         if (!text.message) return;
                         facts_.selection = readString(text.message).value_or("");
                     },
@@ -419,12 +416,12 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
     void askSelectedOf(const Reference& list) {
         ofElement(
             list, atspi::kSelection, "GetSelectedChild",
-            [this](Answer answer) {
-                const auto child = answer.message ? readReference(answer.message) : std::nullopt;
+            [this](Reply reply) {
+                const auto child = reply.message ? readReference(reply.message) : std::nullopt;
                 if (!child || child->path.empty()) return;
                 ofElement(
                     *child, atspi::kProperties, "Get",
-                    [this](Answer name) {
+                    [this](Reply name) {
                         if (!facts_.selection.empty()) return;
                         facts_.selection = variant(name, "s", readString).value_or("");
                     },
@@ -436,45 +433,45 @@ class ElementQuery : public std::enable_shared_from_this<ElementQuery> {
     void askParent() {
         call(
             atspi::kProperties, "Get",
-            [this](Answer answer) {
-                take(Fact::parent, answer, variant(answer, "(so)", readReference), facts_.parent);
+            [this](Reply reply) {
+                take(Fact::parent, reply, variant(reply, "(so)", readReference), facts_.parent);
             },
             "ss", atspi::kAccessible, "Parent");
     }
 
     void askParentRole() {
-        if (facts_.parent.path.empty()) return facts_.answered(Fact::parentRole, kAxFailure);
-        ofElement(facts_.parent, atspi::kAccessible, "GetRole", [this](Answer answer) {
-            const auto number = answer.message ? readUint32(answer.message) : std::nullopt;
+        if (facts_.parent.path.empty()) return facts_.received(Fact::parentRole, kAxFailure);
+        ofElement(facts_.parent, atspi::kAccessible, "GetRole", [this](Reply reply) {
+            const auto number = reply.message ? readUint32(reply.message) : std::nullopt;
             facts_.parentRole = static_cast<AtspiRole>(number.value_or(0));
-            facts_.answered(Fact::parentRole, answer.code);
+            facts_.received(Fact::parentRole, reply.code);
         });
     }
 
     /// Calls another element, of this program or of one that is embedded in it.
     template <typename... Values>
     void ofElement(const Reference& element, const char* interface, const char* member,
-                   AnswerHandler handler, const char* signature = "", Values... values) {
+                   ReplyHandler handler, const char* signature = "", Values... values) {
         const bool isOurs = element.busName == program_.busName();
         countdown_.expect();
         Peer& peer = isOurs ? peer_ : program_.onBus().bus().peer(element.busName);
         peer.call(
             element.path.c_str(), interface, member,
-            [self = shared_from_this(), handler = std::move(handler)](Answer answer) {
-                handler(answer);
-                self->countdown_.answered();
+            [self = shared_from_this(), handler = std::move(handler)](Reply reply) {
+                handler(reply);
+                self->countdown_.received();
             },
             signature, values...);
     }
 
     /// Looks for a text field among the first children.
     void askEditableChild() {
-        facts_.answered(Fact::editableChild, 0);
+        facts_.received(Fact::editableChild, 0);
         const auto last = std::min(facts_.children.size(), kEditableChildPlaces);
         for (std::size_t i = 0; i < last; ++i) {
             const Reference& child = facts_.children[i];
-            ofElement(child, atspi::kAccessible, "GetState", [this, child](Answer answer) {
-                const auto states = answer.message ? readStates(answer.message) : std::nullopt;
+            ofElement(child, atspi::kAccessible, "GetState", [this, child](Reply reply) {
+                const auto states = reply.message ? readStates(reply.message) : std::nullopt;
                 const bool isEditable = states && states->has(AtspiState::editable);
                 if (isEditable && facts_.editableChild.path.empty()) facts_.editableChild = child;
             });

@@ -21,7 +21,7 @@ struct QueryTarget {
     std::int64_t maximumChildren;
 };
 
-/// Asks an element for facts, without waiting. The answers go to `facts`; `done` is called once,
+/// Asks an element for facts, without waiting. The replies go to `facts`; `done` is called once,
 /// when all of them are there. Some facts lean on others that have to be known before: children on
 /// childCount, extents on states, and so on; what an attribute `needs` comes in that order. Both
 /// `facts` and the path live until then.

@@ -156,7 +156,7 @@ struct Facts {
     void take(const Facts& cached);
     /// 0, or why the fact is not known.
     std::int32_t code(Fact fact) const { return codes[static_cast<std::size_t>(fact)]; }
-    void answered(Fact fact, std::int32_t code) {
+    void received(Fact fact, std::int32_t code) {
         codes[static_cast<std::size_t>(fact)] = code;
         asked.add(fact);
     }
@@ -171,7 +171,7 @@ inline void Facts::take(const Facts& cached) {
     interfaces = cached.interfaces;
     childCount = cached.childCount;
     children = cached.children;
-    cached.asked.forEach([&](Fact fact) { answered(fact, cached.code(fact)); });
+    cached.asked.forEach([&](Fact fact) { received(fact, cached.code(fact)); });
 }
 
 }  // namespace quil::linux_platform

@@ -9,7 +9,7 @@
 
 #include "platform/linux/atspi/facts.h"
 
-/// Readers of what the accessibility bus answers. A message that does not hold what it should gives
+/// Readers of what the accessibility bus replies. A message that does not hold what it should gives
 /// nothing.
 namespace quil::linux_platform {
 

@@ -86,8 +86,8 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
                 };
                 callOwn(
                     atspi::kComponent, "GetAccessibleAtPoint",
-                    [this, x, y](Answer answer) {
-                        auto child = answer.message ? readReference(answer.message) : std::nullopt;
+                    [this, x, y](Reply reply) {
+                        auto child = reply.message ? readReference(reply.message) : std::nullopt;
                         const bool isInside = child && !child->path.empty() &&
                                               child->busName == program_.busName() &&
                                               child->path != path_;
@@ -101,8 +101,8 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
 
     void findIndices() {
         for (Hit& hit : hits_) {
-            call(hit.child.path, atspi::kAccessible, "GetIndexInParent", [&hit](Answer answer) {
-                if (answer.message) hit.index = readInt32(answer.message);
+            call(hit.child.path, atspi::kAccessible, "GetIndexInParent", [&hit](Reply reply) {
+                if (reply.message) hit.index = readInt32(reply.message);
             });
         }
         if (isTable_) get(atspi::kTable, "NColumns", "i", readInt32, columns_);
@@ -183,16 +183,16 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
         isShowing_.assign(children_.size(), false);
         isOurs_.assign(children_.size(), false);
         for (std::size_t i = 0; i < children_.size(); ++i) {
-            call(children_[i].path, atspi::kAccessible, "GetState", [this, i](Answer answer) {
-                const auto states = answer.message ? readStates(answer.message) : std::nullopt;
+            call(children_[i].path, atspi::kAccessible, "GetState", [this, i](Reply reply) {
+                const auto states = reply.message ? readStates(reply.message) : std::nullopt;
                 isShowing_[i] = states && states->has(AtspiState::showing);
             });
             call(
                 children_[i].path, atspi::kProperties, "Get",
-                [this, i](Answer answer) {
-                    const auto parent = answer.message ? readVariant<Reference>(
-                                                             answer.message, "(so)", readReference)
-                                                       : std::nullopt;
+                [this, i](Reply reply) {
+                    const auto parent =
+                        reply.message ? readVariant<Reference>(reply.message, "(so)", readReference)
+                                      : std::nullopt;
                     isOurs_[i] = parent && parent->path == path_;
                 },
                 "ss", atspi::kAccessible, "Parent");
@@ -223,7 +223,7 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
         return program_.placesWithinWindow() ? kWithinWindow : kWithinScreen;
     }
 
-    /// What comes when everything that has been asked for is answered.
+    /// What comes when everything that has been asked for has come.
     void then(void (ShowingSearch::*next)()) {
         if (left_ == 0) return (this->*next)();
         next_ = next;
@@ -231,14 +231,14 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
 
     template <typename... Values>
     void call(const std::string& path, const char* interface, const char* member,
-              AnswerHandler handler, const char* signature = "", Values... values) {
+              ReplyHandler handler, const char* signature = "", Values... values) {
         ++left_;
         program_.peer().call(
             path.c_str(), interface, member,
-            [self = shared_from_this(), handler = std::move(handler)](Answer answer) {
-                handler(answer);
+            [self = shared_from_this(), handler = std::move(handler)](Reply reply) {
+                handler(reply);
                 const bool isLast = --self->left_ == 0;
-                // A call to a program that hangs is answered before there is a next step.
+                // A call to a program that hangs fails before there is a next step.
                 const auto next = isLast ? std::exchange(self->next_, nullptr) : nullptr;
                 if (next) (self.get()->*next)();
             },
@@ -246,7 +246,7 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
     }
 
     template <typename... Values>
-    void callOwn(const char* interface, const char* member, AnswerHandler handler,
+    void callOwn(const char* interface, const char* member, ReplyHandler handler,
                  const char* signature = "", Values... values) {
         call(path_, interface, member, std::move(handler), signature, values...);
     }
@@ -256,8 +256,8 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
              std::optional<Result> (*read)(sd_bus_message*), std::optional<Result>& field) {
         callOwn(
             atspi::kProperties, "Get",
-            [type, read, &field](Answer answer) {
-                if (answer.message) field = readVariant(answer.message, type, read);
+            [type, read, &field](Reply reply) {
+                if (reply.message) field = readVariant(reply.message, type, read);
             },
             "ss", interface, name);
     }
@@ -265,8 +265,8 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
     void askExtents(const Reference& element, std::optional<Rect>& extents) {
         call(
             element.path, atspi::kComponent, "GetExtents",
-            [&extents](Answer answer) {
-                if (answer.message) extents = readRect(answer.message);
+            [&extents](Reply reply) {
+                if (reply.message) extents = readRect(reply.message);
             },
             "u", coordinates());
     }
@@ -274,16 +274,16 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
     void askCell(const char* member, std::int32_t index, std::optional<std::int32_t>& place) {
         callOwn(
             atspi::kTable, member,
-            [&place](Answer answer) {
-                if (answer.message) place = readInt32(answer.message);
+            [&place](Reply reply) {
+                if (reply.message) place = readInt32(reply.message);
             },
             "i", index);
     }
 
-    AnswerHandler takeChild(std::size_t place) {
-        return [this, place](Answer answer) {
-            if (!answer.message) return;
-            children_[place] = readReference(answer.message).value_or(Reference());
+    ReplyHandler takeChild(std::size_t place) {
+        return [this, place](Reply reply) {
+            if (!reply.message) return;
+            children_[place] = readReference(reply.message).value_or(Reference());
         };
     }
 

@@ -64,11 +64,11 @@ void FocusMoves::programWasIdle(TapTime then) {
     }
 }
 
-void FocusMoves::programWasStuck(TapTime asked, TapTime answered) {
-    toldSince_ = answered;
+void FocusMoves::programWasStuck(TapTime asked, TapTime replied) {
+    toldSince_ = replied;
     for (auto entry = moves_.rbegin(); entry != moves_.rend(); ++entry) {
         if (entry->move.time + 2 * kSettling < asked) break;
-        if (entry->move.handled && !entry->isCertain) entry->move.handled = answered;
+        if (entry->move.handled && !entry->isCertain) entry->move.handled = replied;
     }
 }
 

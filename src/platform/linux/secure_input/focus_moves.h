@@ -39,8 +39,8 @@ class FocusMoves {
     TapTime quietSince() const;
     /// The program has nothing to do, but was not told of the moves until then.
     void programWasIdle(TapTime then);
-    /// The program was asked at one time and answered late.
-    void programWasStuck(TapTime asked, TapTime answered);
+    /// The program was asked at one time and replied late.
+    void programWasStuck(TapTime asked, TapTime replied);
 
   private:
     struct Entry {

@@ -62,10 +62,10 @@ void FocusReports::listen() {
     for (const char* event : kEvents) {
         bus.peer(atspi::kRegistry)
             .call(
-                "/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", [](Answer) {}, "s",
+                "/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", [](Reply) {}, "s",
                 event);
     }
-    bus.waitForAnswers();
+    bus.waitForReplies();
 }
 
 void FocusReports::findFocus(X11Display& display) {
@@ -77,7 +77,7 @@ void FocusReports::findFocus(X11Display& display) {
     auto element = root ? focusedElement(bus_, *root) : std::nullopt;
     // What the program has said itself meanwhile is newer.
     if (element && reports_.empty()) add(std::move(*element), TapTime());
-    bus_.bus().waitForAnswers();
+    bus_.bus().waitForReplies();
 }
 
 void FocusReports::add(Reference element, TapTime arrival) {
@@ -92,9 +92,9 @@ void FocusReports::learnProcess(const std::string& name) {
     if (!processes_.try_emplace(name).second) return;
     bus_.bus().otherEnd().call(
         "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-        [this, name](Answer answer) {
+        [this, name](Reply reply) {
             const auto pid =
-                answer.message ? readUint32(answer.message) : std::optional<std::uint32_t>();
+                reply.message ? readUint32(reply.message) : std::optional<std::uint32_t>();
             if (pid) processes_[name] = static_cast<std::int32_t>(*pid);
         },
         "s", name.c_str());
@@ -103,9 +103,9 @@ void FocusReports::learnProcess(const std::string& name) {
 void FocusReports::learnPrograms() {
     bus_.bus()
         .peer(atspi::kRegistry)
-        .call(atspi::kRootPath, atspi::kAccessible, "GetChildren", [this](Answer answer) {
-            if (!answer.message) return;
-            const auto programs = readReferences(answer.message);
+        .call(atspi::kRootPath, atspi::kAccessible, "GetChildren", [this](Reply reply) {
+            if (!reply.message) return;
+            const auto programs = readReferences(reply.message);
             if (!programs) return;
             for (const Reference& program : *programs) {
                 learnProcess(program.busName);
@@ -120,11 +120,11 @@ void FocusReports::ask(FocusReport& report) {
     bus_.bus()
         .peer(element.busName)
         .call(element.path.c_str(), atspi::kAccessible, "GetRole",
-              [this, element](Answer answer) { answered(element, answer); });
+              [this, element](Reply reply) { roleReceived(element, reply); });
 }
 
-void FocusReports::answered(const Reference& element, const Answer& answer) {
-    const auto role = answer.message ? readUint32(answer.message) : std::optional<std::uint32_t>();
+void FocusReports::roleReceived(const Reference& element, const Reply& reply) {
+    const auto role = reply.message ? readUint32(reply.message) : std::optional<std::uint32_t>();
     for (FocusReport& report : reports_) {
         if (report.element != element) continue;
         if (role) {
@@ -154,14 +154,14 @@ std::shared_ptr<const FocusReports::Round> FocusReports::askAgain(
         if (auto element = latestElement(pid)) elements.push_back(std::move(*element));
     }
     round->open = static_cast<int>(elements.size());
-    if (elements.empty()) round->answered = round->asked;
+    if (elements.empty()) round->replied = round->asked;
     for (const Reference& element : elements) {
         Peer& program = bus_.bus().peer(element.busName);
         program.call(element.path.c_str(), atspi::kAccessible, "GetRole",
-                     [this, &program, round, element](Answer answer) {
-                         if (!answer.message && program.hangs()) round->failed = true;
-                         if (--round->open == 0) round->answered = TapTime::clock::now();
-                         answered(element, answer);
+                     [this, &program, round, element](Reply reply) {
+                         if (!reply.message && program.hangs()) round->failed = true;
+                         if (--round->open == 0) round->replied = TapTime::clock::now();
+                         roleReceived(element, reply);
                      });
     }
     return round;

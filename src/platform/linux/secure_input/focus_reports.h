@@ -26,7 +26,7 @@ struct FocusReport {
     TapTime arrival;
     /// Whether a password field has it; unknown while the program is still being asked.
     Content content = Content::unknown;
-    /// When to ask again, after an answer that told nothing.
+    /// When to ask again, after a reply that told nothing.
     std::optional<TapTime> askAgain = {};
     int timesAsked = 0;
 };
@@ -47,13 +47,13 @@ class FocusReports {
     /// The process that a report comes from, as far as it is known.
     std::optional<std::int32_t> processOf(const FocusReport& report) const;
 
-    /// A question to some processes. Whoever answers has sent all reports of what it did before.
+    /// A question to some processes. Whoever replies has sent all reports of what it did before.
     struct Round {
         TapTime asked;
         int open = 0;
-        /// When the last answer came.
-        std::optional<TapTime> answered = {};
-        /// Somebody did not answer.
+        /// When the last reply came.
+        std::optional<TapTime> replied = {};
+        /// Somebody did not reply.
         bool failed = false;
     };
     /// Asks about their latest elements again, for these may have become others.
@@ -69,7 +69,7 @@ class FocusReports {
     void learnProcess(const std::string& name);
     std::optional<Reference> latestElement(std::int32_t pid) const;
     void ask(FocusReport& report);
-    void answered(const Reference& element, const Answer& answer);
+    void roleReceived(const Reference& element, const Reply& reply);
     void roleChanged(const Reference& element);
 
     AccessibilityBus bus_;

@@ -24,7 +24,7 @@ void ask(AccessibilityBus& bus, std::deque<Candidate>& candidates, FactSet wante
         queryFacts({program, candidate.reference.path, kMaximumChildren}, wanted, candidate.facts,
                    [] {});
     }
-    bus.waitForAnswers();
+    bus.waitForReplies();
 }
 
 }  // namespace

@@ -12,11 +12,11 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// Nobody waits longer than this for a program that does not answer.
+/// Nobody waits longer than this for a program that does not reply.
 constexpr milliseconds kVerdictTimeout{20000};
 /// How often a program is looked at that has not come to what the user did.
 constexpr milliseconds kGlance{25};
-/// A program that takes longer to answer is busy with something.
+/// A program that takes longer to reply is busy with something.
 constexpr milliseconds kPromptness{100};
 /// For so long the active window is taken to be the same one, unless windows get the focus.
 constexpr milliseconds kLook{1000};
@@ -48,7 +48,7 @@ void SecretInput::process() {
     judgements_ = {};
     nextLook_ = reports_ ? reports_->process() : std::nullopt;
     if (!reports_) return;
-    if (round_ && round_->answered) finishRound();
+    if (round_ && round_->replied) finishRound();
     if (moves_.areOpen() || round_) followProgram();
 }
 
@@ -62,7 +62,7 @@ void SecretInput::followProgram() {
     moves_.programTold(press ? std::optional(clock_.timeOf(*press)) : std::nullopt, now);
     if (!moves_.areOpen()) return;
     lookAgainAt(now + kGlance);
-    if (now >= std::max(moves_.quietSince() + kSettling, answered_ + kGlance)) ask();
+    if (now >= std::max(moves_.quietSince() + kSettling, replied_ + kGlance)) ask();
 }
 
 bool SecretInput::isLookOutdated(TapTime now) const {
@@ -97,18 +97,18 @@ void SecretInput::ask() {
         if (isSpeaker) pids.insert(pid);
     }
     round_ = reports_->askAgain(pids);
-    if (round_->answered) finishRound();
+    if (round_->replied) finishRound();
 }
 
 void SecretInput::finishRound() {
     const auto round = std::exchange(round_, nullptr);
-    answered_ = *round->answered;
+    replied_ = *round->replied;
     judgements_ = {};
-    if (round->failed) return lookAgainAt(answered_ + kGlance);
-    if (answered_ - round->asked > kPromptness) {
-        moves_.programWasStuck(round->asked, answered_);
+    if (round->failed) return lookAgainAt(replied_ + kGlance);
+    if (replied_ - round->asked > kPromptness) {
+        moves_.programWasStuck(round->asked, replied_);
     } else if (passed_ >= moves_.quietSince() + kSettling) {
-        // The second answer without any progress in between.
+        // The second reply without any progress in between.
         moves_.programWasIdle(round->asked - kSettling);
     }
     passed_ = round->asked;
@@ -145,7 +145,7 @@ bool SecretInput::isKnown(TapTime key) {
     if (move && !move->handled) return waitUntil(now + kGlance);
     if (move) {
         if (now < *move->handled + kSettling) return waitUntil(*move->handled + kSettling);
-        if (passed_ < *move->handled + kSettling && now >= answered_ + kGlance) ask();
+        if (passed_ < *move->handled + kSettling && now >= replied_ + kGlance) ask();
         if (round_) return waitUntil(kNever);
         if (passed_ < *move->handled + kSettling) return waitUntil(now + kGlance);
     }

@@ -22,7 +22,7 @@ namespace quil::linux_platform {
 ///
 /// A program says by itself when its focus has moved, a little later. So a key waits for what may
 /// be under way. After something that may have moved the focus it waits until the program has come
-/// to that, and has then answered a question, which it does after it has said where its focus is.
+/// to that, and has then replied to a question, which it does after it has said where its focus is.
 /// Keys of a text that is being typed cost no question. A program that is stuck gets its keys
 /// judged when it is back; of one that stays stuck they count as secret.
 class SecretInput {
@@ -80,10 +80,10 @@ class SecretInput {
     std::optional<std::int32_t> previousPid_;
     /// Whether these processes speak for the active program.
     std::map<std::int32_t, bool> speakers_;
-    /// The question that is open, when the latest answer came, and when the latest question was
-    /// asked that everybody has answered.
+    /// The question that is open, when the latest reply came, and when the latest question was
+    /// asked that everybody has replied to.
     std::shared_ptr<const FocusReports::Round> round_;
-    TapTime answered_;
+    TapTime replied_;
     TapTime passed_;
     /// For the keys before and since the latest change of windows, until something new is known.
     std::array<std::optional<Judgement>, 2> judgements_;

@@ -24,7 +24,7 @@ class ServerClock {
     ServerClock(std::uint32_t serverTime, std::uint64_t uptimeMs)
         : difference_(
               static_cast<std::int32_t>(static_cast<std::uint32_t>(uptimeMs) - serverTime)) {
-        // So little is the way of the answer, not another clock.
+        // So little is the delay of the reply, not another clock.
         if (std::abs(difference_) < 1000) difference_ = 0;
     }
 

@@ -69,11 +69,11 @@ void* X11Connection::waitForReply(unsigned sequence) {
     const auto deadline = std::chrono::steady_clock::now() + kServerTimeout;
     xcb_flush(connection_);
     while (isAlive()) {
-        void* answer = nullptr;
+        void* reply = nullptr;
         xcb_generic_error_t* error = nullptr;
-        if (xcb_poll_for_reply(connection_, sequence, &answer, &error)) {
+        if (xcb_poll_for_reply(connection_, sequence, &reply, &error)) {
             std::free(error);
-            return answer;
+            return reply;
         }
         const auto left =
             std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
@@ -89,7 +89,7 @@ void* X11Connection::waitForReply(unsigned sequence) {
 }
 
 bool X11Connection::succeeded(xcb_void_cookie_t cookie) {
-    // The answer to any later request says that this one has been dealt with.
+    // The reply to any later request says that this one has been dealt with.
     if (!reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_))) return false;
     return !XcbPointer<xcb_generic_error_t>(xcb_request_check(connection_, cookie));
 }
@@ -97,12 +97,12 @@ bool X11Connection::succeeded(xcb_void_cookie_t cookie) {
 xcb_atom_t X11Connection::atom(std::string_view name) {
     const std::lock_guard guard(atomsLock_);
     if (const auto known = atoms_.find(name); known != atoms_.end()) return known->second;
-    const auto answer = reply(
+    const auto interned = reply(
         xcb_intern_atom_reply,
         xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()));
-    if (!answer) return XCB_ATOM_NONE;
-    atoms_.emplace(name, answer->atom);
-    return answer->atom;
+    if (!interned) return XCB_ATOM_NONE;
+    atoms_.emplace(name, interned->atom);
+    return interned->atom;
 }
 
 bool X11Connection::hasExtension(xcb_extension_t& extension) const {

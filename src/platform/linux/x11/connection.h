@@ -76,8 +76,8 @@ class X11Connection {
 /// yet is looked for again at every request.
 class X11Display {
   public:
-    /// The live connection; null when there is no X server. A server that does not answer delays
-    /// us by 2 s once, and no more until it answers.
+    /// The live connection; null when there is no X server. A server that does not reply delays
+    /// us by 2 s once, and no more until it replies.
     std::shared_ptr<X11Connection> connection();
 
   private:

@@ -27,22 +27,22 @@ PropertyRequest::PropertyRequest(X11Connection& connection, xcb_window_t window,
                                kMaximumUnits)) {}
 
 void PropertyRequest::read(X11Connection& connection) {
-    const auto answer = connection.reply(xcb_get_property_reply, cookie_);
-    if (!answer) return;
-    exists_ = answer->type != XCB_ATOM_NONE;
-    const auto length = static_cast<std::size_t>(xcb_get_property_value_length(answer.get()));
-    const void* data = xcb_get_property_value(answer.get());
-    if (answer->format == 32) {
+    const auto reply = connection.reply(xcb_get_property_reply, cookie_);
+    if (!reply) return;
+    exists_ = reply->type != XCB_ATOM_NONE;
+    const auto length = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
+    const void* data = xcb_get_property_value(reply.get());
+    if (reply->format == 32) {
         const auto* items = static_cast<const std::uint32_t*>(data);
         numbers_.assign(items, items + length / sizeof(std::uint32_t));
     }
-    if (answer->format != 8) return;
+    if (reply->format != 8) return;
     std::string_view bytes(static_cast<const char*>(data), length);
     do {
         const std::string_view text = bytes.substr(0, bytes.find('\0'));
-        if (answer->type == XCB_ATOM_STRING) {
+        if (reply->type == XCB_ATOM_STRING) {
             texts_.push_back(latin1ToUtf8(text));
-        } else if (answer->type == connection.atom("COMPOUND_TEXT")) {
+        } else if (reply->type == connection.atom("COMPOUND_TEXT")) {
             texts_.push_back(compoundTextToUtf8(text));
         } else {
             texts_.push_back(validUtf8(text));

@@ -10,14 +10,14 @@
 
 namespace quil::linux_platform {
 
-/// A request for a window's property that has been sent; `read` waits for its answer. Sending many
+/// A request for a window's property that has been sent; `read` waits for its reply. Sending many
 /// before reading the first costs one round trip for all. A request that is never read costs
-/// nothing but its answer.
+/// nothing but its reply.
 class PropertyRequest {
   public:
     PropertyRequest(X11Connection& connection, xcb_window_t window, std::string_view name);
 
-    /// Waits for the answer. A property that is missing has neither numbers nor text.
+    /// Waits for the reply. A property that is missing has neither numbers nor text.
     void read(X11Connection& connection);
 
     bool exists() const { return exists_; }

@@ -79,11 +79,11 @@ const std::uint8_t* ImageTransfer::fetch(xcb_drawable_t drawable, int x, int y, 
         cannotShare_ = !segment_;
     }
     if (segment_) {
-        const auto answer = connection_->reply(
+        const auto reply = connection_->reply(
             xcb_shm_get_image_reply,
             xcb_shm_get_image(server, drawable, left, top, columns, rows, kAllPlanes,
                               XCB_IMAGE_FORMAT_Z_PIXMAP, segment_->id(), 0));
-        return answer && answer->size == size ? segment_->bytes() : nullptr;
+        return reply && reply->size == size ? segment_->bytes() : nullptr;
     }
     reply_ = connection_->reply(
         xcb_get_image_reply, xcb_get_image(server, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, left, top,

@@ -24,7 +24,7 @@ std::vector<xcb_window_t> pathToRoot(X11Connection& connection, xcb_window_t win
     return {};
 }
 
-/// All questions about one window, sent at once, so that the answers fit together.
+/// All questions about one window, sent at once, so that the replies fit together.
 struct Questions {
     Questions(const std::shared_ptr<X11Connection>& connection, xcb_window_t window)
         : pixmap(connection, window),
@@ -70,7 +70,7 @@ std::optional<WindowContent> findWindowContent(const std::shared_ptr<X11Connecti
         if (pixmap) {
             content.emplace(WindowContent{std::move(asked.pixmap), pixmap->width, pixmap->height, x,
                                           y, geometry->depth, attributes->visual});
-            // The window was resized between the two answers.
+            // The window was resized between the two replies.
             if (pixmap->width != geometry->width + 2 * geometry->border_width ||
                 pixmap->height != geometry->height + 2 * geometry->border_width) {
                 return {};

@@ -121,7 +121,7 @@ bool WindowRedirection::redirect(xcb_window_t window) {
         connection_->get(), connection_->root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC));
     selectEvents(*connection_, windows, XCB_EVENT_MASK_NO_EVENT);
     // Programs are told to paint what was covered, and nothing else. These events precede the
-    // answer that has just come; what the server itself painted in its stead has been reported,
+    // reply that has just come; what the server itself painted in its stead has been reported,
     // too.
     bool wasCovered = false;
     while (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection_->get())}) {

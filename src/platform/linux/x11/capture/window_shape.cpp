@@ -12,13 +12,13 @@ namespace quil::linux_platform {
 
 void clipToShape(X11Connection& connection, xcb_window_t window, int x, int y, Picture& picture) {
     if (!connection.hasExtension(xcb_shape_id)) return;
-    const auto answer =
+    const auto reply =
         connection.reply(xcb_shape_get_rectangles_reply,
                          xcb_shape_get_rectangles(connection.get(), window, XCB_SHAPE_SK_BOUNDING));
-    if (!answer) return;
+    if (!reply) return;
     const std::span rectangles(
-        xcb_shape_get_rectangles_rectangles(answer.get()),
-        static_cast<std::size_t>(xcb_shape_get_rectangles_rectangles_length(answer.get())));
+        xcb_shape_get_rectangles_rectangles(reply.get()),
+        static_cast<std::size_t>(xcb_shape_get_rectangles_rectangles_length(reply.get())));
     const auto coversAll = [&](const xcb_rectangle_t& part) {
         return part.x <= x && part.y <= y && part.x + part.width >= x + picture.width &&
                part.y + part.height >= y + picture.height;

@@ -32,10 +32,10 @@ XcbPointer<xcb_randr_get_monitors_reply_t> askForMonitors(X11Connection& connect
     return isKnown ? std::move(monitors) : nullptr;
 }
 
-std::string nameFrom(const xcb_get_atom_name_reply_t* answer) {
-    if (!answer) return {};
-    return validUtf8({xcb_get_atom_name_name(answer),
-                      static_cast<std::size_t>(xcb_get_atom_name_name_length(answer))});
+std::string nameFrom(const xcb_get_atom_name_reply_t* reply) {
+    if (!reply) return {};
+    return validUtf8({xcb_get_atom_name_name(reply),
+                      static_cast<std::size_t>(xcb_get_atom_name_name_length(reply))});
 }
 
 }  // namespace
@@ -45,8 +45,8 @@ std::vector<X11Displays::Monitor> X11Displays::monitors() {
     if (!connection) return {};
     std::vector<Monitor> monitors;
     std::vector<xcb_get_atom_name_cookie_t> nameCookies;
-    if (const auto answer = askForMonitors(*connection)) {
-        for (auto entry = xcb_randr_get_monitors_monitors_iterator(answer.get()); entry.rem > 0;
+    if (const auto reply = askForMonitors(*connection)) {
+        for (auto entry = xcb_randr_get_monitors_monitors_iterator(reply.get()); entry.rem > 0;
              xcb_randr_monitor_info_next(&entry)) {
             const xcb_randr_monitor_info_t& info = *entry.data;
             if (info.width == 0 || info.height == 0) continue;

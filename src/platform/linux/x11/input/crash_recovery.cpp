@@ -74,7 +74,7 @@ void releaseKeysOfCrashedRuntime(X11Connection& connection) {
 
 void recoverFromCrashedRuntime(X11Connection& connection) {
     releaseButtonOfCrashedRuntime(connection);
-    if (KeyboardLock::isTaken(connection) || !enableXkb(connection)) return;
+    if (KeyboardLock::isHeld(connection) || !enableXkb(connection)) return;
     if (readProperty(connection, connection.root(), kLocksProperty).exists()) {
         const KeyboardLock lock(connection);
         releaseKeysOfCrashedRuntime(connection);

@@ -21,7 +21,7 @@ void releaseButtonOfCrashedRuntime(X11Connection& connection);
 void noteLocks(X11Connection& connection, std::uint8_t locks);
 /// Says that the keyboard is as the user had it.
 void noteKeyboardRestored(X11Connection& connection);
-/// Releases keys and restores the locks, for the runtime whose turn at the keyboard it is.
+/// Releases keys and restores the locks, for the runtime that holds the keyboard lock.
 void releaseKeysOfCrashedRuntime(X11Connection& connection);
 
 /// Undoes all of it, unless another runtime has the keyboard.

@@ -16,13 +16,13 @@ class FocusedClient {
     /// While this lives, the connection's events are ours.
     explicit FocusedClient(X11Connection& connection);
 
-    /// Whether the next key is to be sent only when the program has passed the mark of the one
-    /// before.
+    /// Whether the next key is to be sent only when the program has replied to the ping after
+    /// the one before.
     bool takesKeysSingly() const { return inputMethod_.has_value(); }
-    /// As of `WindowClient`; to have passed all marks also means that the input method is done.
+    /// As of `WindowClient`; to have replied to all pings also means that the input method is done.
     void sendPing() { program_.sendPing(); }
     bool waitForPings(std::uint32_t open, std::chrono::milliseconds timeout);
-    bool answersPings() const { return program_.answersPings(); }
+    bool repliesToPings() const { return program_.repliesToPings(); }
     bool isHanging() const { return program_.isHanging(); }
 
   private:

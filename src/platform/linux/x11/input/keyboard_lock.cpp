@@ -27,7 +27,7 @@ KeyboardLock::KeyboardLock(X11Connection& connection)
     auto deadline = Clock::now() + kOwnerTimeout;
     while (connection_.isAlive()) {
         const bool isFree = other == XCB_WINDOW_NONE || Clock::now() >= deadline;
-        if (isFree && takeIf(other)) return;
+        if (isFree && acquireIf(other)) return;
         std::this_thread::sleep_for(kLookInterval);
         const xcb_window_t before = std::exchange(other, owner());
         if (other != before) deadline = Clock::now() + kOwnerTimeout;
@@ -40,13 +40,13 @@ KeyboardLock::~KeyboardLock() {
     xcb_flush(connection_.get());
 }
 
-bool KeyboardLock::isTaken(X11Connection& connection) {
+bool KeyboardLock::isHeld(X11Connection& connection) {
     return ownerOf(connection, connection.atom(kSelection)) != XCB_WINDOW_NONE;
 }
 
-bool KeyboardLock::keep() {
+bool KeyboardLock::renew() {
     if (Clock::now() < nextSign_) return true;
-    return window_ != XCB_WINDOW_NONE && takeIf(window_);
+    return window_ != XCB_WINDOW_NONE && acquireIf(window_);
 }
 
 xcb_window_t KeyboardLock::owner() const {
@@ -54,16 +54,16 @@ xcb_window_t KeyboardLock::owner() const {
 }
 
 /// Whether that one was the owner still.
-bool KeyboardLock::takeIf(xcb_window_t expected) {
+bool KeyboardLock::acquireIf(xcb_window_t expected) {
     xcb_grab_server(connection_.get());
     const bool isExpected = owner() == expected;
-    if (isExpected) take();
+    if (isExpected) acquire();
     xcb_ungrab_server(connection_.get());
     xcb_flush(connection_.get());
     return isExpected;
 }
 
-void KeyboardLock::take() {
+void KeyboardLock::acquire() {
     const xcb_window_t former = std::exchange(window_, xcb_generate_id(connection_.get()));
     xcb_create_window(connection_.get(), 0, window_, connection_.root(), 0, 0, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);

@@ -17,21 +17,21 @@ class KeyboardLock {
     KeyboardLock& operator=(const KeyboardLock&) = delete;
 
     /// Whether some runtime has the keyboard.
-    static bool isTaken(X11Connection& connection);
+    static bool isHeld(X11Connection& connection);
 
-    /// A sign of life, to be given about every second. False when the turn has been lost.
-    bool keep();
+    /// A sign of life, to be given about every second. False when the lock has been lost.
+    bool renew();
 
   private:
     using Clock = std::chrono::steady_clock;
 
     xcb_window_t owner() const;
-    bool takeIf(xcb_window_t expected);
-    void take();
+    bool acquireIf(xcb_window_t expected);
+    void acquire();
 
     X11Connection& connection_;
     const xcb_atom_t selection_;
-    /// Owns the selection that stands for the turn. A new one is the sign of life.
+    /// Owns the selection that stands for the lock. A new one is the sign of life.
     xcb_window_t window_ = XCB_WINDOW_NONE;
     Clock::time_point nextSign_;
 };

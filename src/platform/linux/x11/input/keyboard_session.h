@@ -29,7 +29,7 @@ class KeyboardSession {
     bool knowsKeys() const { return knowsKeys_; }
     const KeyboardMap& map() const { return map_; }
     /// To be asked now and then: whether the keyboard is still ours.
-    bool keepTurn() { return lock_.keep(); }
+    bool keepLock() { return lock_.renew(); }
     /// The layout that is active.
     std::uint8_t group() const { return group_; }
 

@@ -89,19 +89,19 @@ std::optional<std::uint8_t> keyOfShortcut(const KeyboardMap& map, std::uint8_t g
 }
 
 LatinShortcutKey::LatinShortcutKey(KeyboardSession& session, LatinKeysyms keysyms)
-    : receiver_(session.connection()), spare_(session.connection(), session.map()) {
+    : client_(session.connection()), spare_(session.connection(), session.map()) {
     if (spare_.keys().capacity() == 0) return;
     if (spare_.isMapped()) {
-        receiver_.sendPing();
-        receiver_.waitForPings(0, kPingTimeout);
+        client_.sendPing();
+        client_.waitForPings(0, kPingTimeout);
     }
     spare_.map(onFirstKey(spare_.keys(), keysyms));
 }
 
 LatinShortcutKey::~LatinShortcutKey() {
     if (!spare_.isMapped()) return;
-    receiver_.sendPing();
-    if (receiver_.waitForPings(0, kPingTimeout)) spare_.unmap();
+    client_.sendPing();
+    if (client_.waitForPings(0, kPingTimeout)) spare_.unmap();
 }
 
 std::optional<std::uint8_t> LatinShortcutKey::keyCode() const {

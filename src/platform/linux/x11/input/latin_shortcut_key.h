@@ -40,7 +40,7 @@ class LatinShortcutKey {
     std::optional<std::uint8_t> keyCode() const;
 
   private:
-    FocusedClient receiver_;
+    FocusedClient client_;
     SpareKeyUse spare_;
 };
 

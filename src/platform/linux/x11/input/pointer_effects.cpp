@@ -63,7 +63,7 @@ void waitForPrograms(X11Connection& connection, std::initializer_list<xcb_window
     for (const xcb_window_t window : windows) {
         WindowClient program(connection, window);
         if (program.pid() && std::ranges::find(done, *program.pid()) != done.end()) continue;
-        program.mark();
+        program.sendPing();
         program.waitForPings(0, leftUntil(deadline));
         if (!program.pid()) continue;
         done.push_back(*program.pid());

@@ -16,7 +16,7 @@ using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
 constexpr int kMostAncestors = 32;
-/// Keys may close the window that they go to; then nobody answers.
+/// Keys may close the window that they go to; then nobody replies.
 constexpr milliseconds kWindowLookInterval{100};
 constexpr milliseconds kLifelessTimeout{5000};
 constexpr milliseconds kBusyTimeout{30'000};
@@ -45,8 +45,8 @@ std::optional<std::int32_t> processOf(X11Connection& connection, xcb_window_t wi
                        readProperty(connection, window, "WM_CLIENT_MACHINE"));
 }
 
-/// Later than all marks of earlier receivers, whose answers may still come.
-std::uint32_t firstMark() {
+/// Higher than the numbers of all earlier pings, whose replies may still come.
+std::uint32_t firstPing() {
     using Tick = std::chrono::duration<std::int64_t, std::ratio<1, 10'000>>;
     return static_cast<std::uint32_t>(
         std::chrono::floor<Tick>(std::chrono::steady_clock::now().time_since_epoch()).count());
@@ -66,8 +66,8 @@ std::uint64_t activityOf(std::int32_t pid) {
 }  // namespace
 
 WindowClient::WindowClient(X11Connection& connection, xcb_window_t window)
-    : connection_(connection), window_(window), marks_(firstMark()) {
-    passMarks(marks_);
+    : connection_(connection), window_(window), lastPing_(firstPing()) {
+    noteReplied(lastPing_);
     if (window_ == XCB_WINDOW_NONE || window_ == connection.root()) {
         window_ = XCB_WINDOW_NONE;
         return;
@@ -78,8 +78,8 @@ WindowClient::WindowClient(X11Connection& connection, xcb_window_t window)
          ++i, window = parentOf(connection, window)) {
         if (!declaresPings(connection, window)) continue;
         window_ = window;
-        answersPings_ = true;
-        // The answers are sent to the root window, to those who care about the windows on it (GTK)
+        repliesToPings_ = true;
+        // The replies are sent to the root window, to those who care about the windows on it (GTK)
         // or about itself (Qt).
         selectRootEvents(connection_,
                          XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
@@ -88,18 +88,18 @@ WindowClient::WindowClient(X11Connection& connection, xcb_window_t window)
 }
 
 WindowClient::~WindowClient() {
-    if (answersPings_) selectRootEvents(connection_, XCB_EVENT_MASK_NO_EVENT);
+    if (repliesToPings_) selectRootEvents(connection_, XCB_EVENT_MASK_NO_EVENT);
 }
 
-void WindowClient::passMarks(std::uint32_t last) {
-    passed_ = last;
-    lastPassed_ = lastLife_ = Clock::now();
+void WindowClient::noteReplied(std::uint32_t last) {
+    lastReplied_ = last;
+    lastProgress_ = lastSign_ = Clock::now();
 }
 
 void WindowClient::sendPing() {
-    if (passed_ == marks_) passMarks(marks_);  // nothing has kept us waiting yet
-    ++marks_;
-    if (!answersPings_) return;
+    if (lastReplied_ == lastPing_) noteReplied(lastPing_);  // nothing has kept us waiting yet
+    ++lastPing_;
+    if (!repliesToPings_) return;
     xcb_client_message_event_t ping{};
     ping.response_type = XCB_CLIENT_MESSAGE;
     ping.format = 32;
@@ -107,7 +107,7 @@ void WindowClient::sendPing() {
     ping.type = connection_.atom("WM_PROTOCOLS");
     ping.data.data32[0] = connection_.atom("_NET_WM_PING");
     // Stands for a time.
-    ping.data.data32[1] = marks_;
+    ping.data.data32[1] = lastPing_;
     ping.data.data32[2] = window_;
     xcb_send_event(connection_.get(), 0, window_, XCB_EVENT_MASK_NO_EVENT,
                    reinterpret_cast<const char*>(&ping));
@@ -116,17 +116,17 @@ void WindowClient::sendPing() {
 
 bool WindowClient::waitForPings(std::uint32_t open, milliseconds timeout) {
     const auto deadline = Clock::now() + timeout;
-    if (window_ == XCB_WINDOW_NONE) passMarks(marks_);
-    while (marks_ - passed_ > open) {
-        bool hasPassed = false;
-        if (answersPings_) {
-            hasPassed = waitForAnswer(deadline);
+    if (window_ == XCB_WINDOW_NONE) noteReplied(lastPing_);
+    while (lastPing_ - lastReplied_ > open) {
+        bool hasReplied = false;
+        if (repliesToPings_) {
+            hasReplied = waitForReply(deadline);
         } else {
             connection_.sync();
-            hasPassed = ProcessRest({pid_.value_or(0)}).wait(deadline);
-            if (hasPassed) passMarks(marks_);
+            hasReplied = ProcessRest({pid_.value_or(0)}).wait(deadline);
+            if (hasReplied) noteReplied(lastPing_);
         }
-        if (hasPassed) continue;
+        if (hasReplied) continue;
         lookForLife();
         return false;
     }
@@ -137,35 +137,35 @@ void WindowClient::lookForLife() {
     if (!pid_) return;
     const std::uint64_t activity = activityOf(*pid_);
     if (activity - activity_ >= static_cast<std::uint64_t>(kActivityOfLife.count())) {
-        lastLife_ = Clock::now();
+        lastSign_ = Clock::now();
     }
     activity_ = activity;
 }
 
 bool WindowClient::isHanging() const {
     const auto now = Clock::now();
-    return now - lastLife_ >= kLifelessTimeout || now - lastPassed_ >= kBusyTimeout;
+    return now - lastSign_ >= kLifelessTimeout || now - lastProgress_ >= kBusyTimeout;
 }
 
-/// Whether an answer has come that passes a mark.
-bool WindowClient::takeAnswer() {
+/// Takes the next reply to one of our pings; false when there is none.
+bool WindowClient::takeReply() {
     const xcb_atom_t protocols = connection_.atom("WM_PROTOCOLS");
     while (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
         const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(*event);
-        const bool isAnswer = (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
-                              message.type == protocols && message.data.data32[2] == window_ &&
-                              message.data.data32[1] - passed_ - 1 < marks_ - passed_;
-        if (!isAnswer) continue;
-        passMarks(message.data.data32[1]);
+        const bool isReply = (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
+                             message.type == protocols && message.data.data32[2] == window_ &&
+                             message.data.data32[1] - lastReplied_ - 1 < lastPing_ - lastReplied_;
+        if (!isReply) continue;
+        noteReplied(message.data.data32[1]);
         return true;
     }
     return false;
 }
 
-bool WindowClient::waitForAnswer(Clock::time_point deadline) {
+bool WindowClient::waitForReply(Clock::time_point deadline) {
     auto nextLook = Clock::now() + kWindowLookInterval;
     while (connection_.isAlive()) {
-        if (takeAnswer()) return true;
+        if (takeReply()) return true;
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
         if (left <= milliseconds::zero()) return false;
         pollfd socket{xcb_get_file_descriptor(connection_.get()), POLLIN, 0};
@@ -173,7 +173,7 @@ bool WindowClient::waitForAnswer(Clock::time_point deadline) {
         if (Clock::now() < nextLook) continue;
         nextLook = Clock::now() + kWindowLookInterval;
         if (!isThere(connection_, window_)) {
-            passMarks(marks_);
+            noteReplied(lastPing_);
             return true;
         }
     }

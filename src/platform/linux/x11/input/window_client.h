@@ -10,8 +10,8 @@ namespace quil::linux_platform {
 
 /// The program that a window belongs to, and how far it is with the events that it gets.
 ///
-/// One that answers the window manager's pings ("_NET_WM_PING") answers when it has dealt with all
-/// that came before. One that does not is judged by its process (`ProcessRest`).
+/// One that replies to the window manager's pings ("_NET_WM_PING") replies when it has dealt with
+/// all that came before. One that does not is judged by its process (`ProcessRest`).
 class WindowClient {
   public:
     /// While this lives, the connection's events are ours. Nobody receives events for
@@ -21,38 +21,39 @@ class WindowClient {
     WindowClient(const WindowClient&) = delete;
     WindowClient& operator=(const WindowClient&) = delete;
 
-    /// Marks a point in what is sent to it.
+    /// Pings the program after what was sent to it so far. One that does not reply to pings is not
+    /// sent any; it counts as having replied when its process is at rest.
     void sendPing();
-    /// Waits until the program has passed all marks but the last `open` ones, for `timeout` at the
-    /// most: whether it has.
+    /// Waits until the program has replied to all pings but the last `open` ones, for `timeout` at
+    /// the most: whether it has.
     bool waitForPings(std::uint32_t open, std::chrono::milliseconds timeout);
     /// Whether a program that has kept us waiting has shown no sign of life for 5 s (it has neither
-    /// passed a mark nor run nor wanted to), or has passed no mark for 30 s.
+    /// replied to a ping nor run nor wanted to), or has replied to none for 30 s.
     bool isHanging() const;
 
     /// Whether the program tells how far it is; a wait for another one is for all of its events.
-    bool answersPings() const { return answersPings_; }
+    bool repliesToPings() const { return repliesToPings_; }
     /// The process; absent when it is unknown or runs elsewhere.
     std::optional<std::int32_t> pid() const { return pid_; }
 
   private:
     using Clock = std::chrono::steady_clock;
 
-    bool waitForAnswer(Clock::time_point deadline);
-    bool takeAnswer();
-    void passMarks(std::uint32_t last);
+    bool waitForReply(Clock::time_point deadline);
+    bool takeReply();
+    void noteReplied(std::uint32_t last);
     void lookForLife();
 
     X11Connection& connection_;
-    /// The window that answers pings, if there is one, else the one that was given.
+    /// The window that replies to pings, if there is one, else the one that was given.
     xcb_window_t window_ = XCB_WINDOW_NONE;
-    bool answersPings_ = false;
+    bool repliesToPings_ = false;
     std::optional<std::int32_t> pid_;
-    std::uint32_t marks_ = 0;
-    std::uint32_t passed_ = 0;
+    std::uint32_t lastPing_ = 0;
+    std::uint32_t lastReplied_ = 0;
 
-    Clock::time_point lastPassed_;
-    Clock::time_point lastLife_;
+    Clock::time_point lastProgress_;
+    Clock::time_point lastSign_;
     std::uint64_t activity_ = 0;
 };
 

@@ -19,7 +19,7 @@ PostedEvent& contentOf(PostableEvent& event) {
 }  // namespace
 
 X11EventPosting::~X11EventPosting() {
-    // A program that did not answer may have kept us from doing so at once.
+    // A program that did not reply may have kept us from doing so at once.
     const auto server = cleared_.lock();
     if (server && server->isAlive()) clearSpareKeys(*server);
 }
@@ -48,9 +48,9 @@ void X11EventPosting::abandon() {
     if (!server) return;
     xcb_kill_client(server->get(), window_);
     if (hasSpareKeys(*server)) {
-        FocusedClient receiver(*server);
-        receiver.sendPing();
-        receiver.waitForPings(0, kShutdownTimeout);
+        FocusedClient client(*server);
+        client.sendPing();
+        client.waitForPings(0, kShutdownTimeout);
     }
     recoverFromCrashedRuntime(*server);
 }

@@ -34,9 +34,9 @@ void latchAndLock(X11Connection& connection, xcb_xkb_latch_lock_state_request_t 
 
 bool enableXkb(X11Connection& connection) {
     if (!connection.hasExtension(xcb_xkb_id)) return false;
-    const auto answer = connection.reply(xcb_xkb_use_extension_reply,
-                                         xcb_xkb_use_extension(connection.get(), 1, 0));
-    return answer && answer->supported;
+    const auto reply = connection.reply(xcb_xkb_use_extension_reply,
+                                        xcb_xkb_use_extension(connection.get(), 1, 0));
+    return reply && reply->supported;
 }
 
 void lockModifiers(X11Connection& connection, std::uint8_t affected, std::uint8_t locks) {

@@ -30,7 +30,7 @@ ClipboardServer::ClipboardServer(std::shared_ptr<X11Connection> connection)
     : connection_(std::move(connection)),
       clipboard_(connection_->atom("CLIPBOARD")),
       window_(connection_, [this](const xcb_generic_event_t& event) { handle(event); }),
-      answers_(window_, contents_),
+      responder_(window_, contents_),
       wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       thread_([this] { run(); }) {}
 
@@ -93,7 +93,7 @@ void ClipboardServer::letClientsFinish() {
     window_.handleEvents();
     const auto end = Clock::now() + kFetchTimeout;
     while (connection_->isAlive() && Clock::now() < end) {
-        const auto quiet = answers_.quietFrom();
+        const auto quiet = responder_.quietFrom();
         if (quiet <= Clock::now()) return;
         const auto nothing = [](const xcb_generic_event_t&) { return false; };
         window_.waitFor(nothing, std::min({quiet, end, Clock::now() + kStep}));
@@ -101,7 +101,7 @@ void ClipboardServer::letClientsFinish() {
 }
 
 /// Asks the clipboard manager to take the text, by the protocol that freedesktop.org describes
-/// ("ClipboardManager"), and answers it until it has.
+/// ("ClipboardManager"), and serves it until it has.
 void ClipboardServer::handOver() {
     if (clearsAt_) return clearNow();
     if (!contents_.current()) return;
@@ -122,7 +122,7 @@ void ClipboardServer::handOver() {
     const auto start = Clock::now();
     for (auto end = start + kManagerStartTimeout; Clock::now() < end;) {
         if (window_.waitFor(isDone, std::min(end, Clock::now() + kStep))) return;
-        end = std::min(start + kManagerTimeout, std::max(end, answers_.quietFrom()));
+        end = std::min(start + kManagerTimeout, std::max(end, responder_.quietFrom()));
     }
 }
 
@@ -144,7 +144,7 @@ void ClipboardServer::handle(const xcb_generic_event_t& event) {
             const auto& request = reinterpret_cast<const xcb_selection_request_event_t&>(event);
             if (request.selection != clipboard_) break;
             if (clearsAt_) clearNow();
-            answers_.answer(request);
+            responder_.respond(request);
             break;
         }
         case XCB_SELECTION_CLEAR: {
@@ -153,10 +153,10 @@ void ClipboardServer::handle(const xcb_generic_event_t& event) {
             break;
         }
         case XCB_PROPERTY_NOTIFY:
-            answers_.propertyChanged(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+            responder_.propertyChanged(reinterpret_cast<const xcb_property_notify_event_t&>(event));
             break;
         case XCB_DESTROY_NOTIFY:
-            answers_.windowDestroyed(
+            responder_.windowDestroyed(
                 reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
             break;
         default:
@@ -171,8 +171,8 @@ void ClipboardServer::run() {
         if (isEnding) return handOver();
         window_.handleEvents();
         if (clearsAt_ && *clearsAt_ <= Clock::now()) clearNow();
-        answers_.giveUpStalled();
-        window_.sleepUntil(std::min(answers_.nextDeadline(), clearsAt_.value_or(kNever)),
+        responder_.giveUpStalled();
+        window_.sleepUntil(std::min(responder_.nextDeadline(), clearsAt_.value_or(kNever)),
                            wakeDescriptor_);
     }
 }

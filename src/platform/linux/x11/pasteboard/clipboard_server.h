@@ -8,13 +8,13 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/x11/pasteboard/selection_answers.h"
 #include "platform/linux/x11/pasteboard/selection_contents.h"
+#include "platform/linux/x11/pasteboard/selection_responder.h"
 #include "platform/linux/x11/pasteboard/selection_window.h"
 
 namespace quil::linux_platform {
 
-/// Reads and owns the CLIPBOARD selection, and answers the clients that ask for it, on a thread of
+/// Reads and owns the CLIPBOARD selection, and serves the clients that ask for it, on a thread of
 /// its own. Operations wait for the thread, which bounds its waits for others.
 class ClipboardServer {
   public:
@@ -31,7 +31,7 @@ class ClipboardServer {
     std::optional<std::string> text();
     /// Takes the clipboard and offers nothing. An `offer` that follows at once makes one change of
     /// owner of the two: programs that hear of changes ask what is there, and some, told of two,
-    /// take the first answer for the second. Clients that have begun to fetch what is on offer
+    /// take the first reply for the second. Clients that have begun to fetch what is on offer
     /// finish first, within a bound.
     void clear();
     /// Takes the clipboard and offers that text. Whether we own it now.
@@ -57,7 +57,7 @@ class ClipboardServer {
     // Used by the thread alone.
     SelectionContents contents_;
     SelectionWindow window_;
-    SelectionAnswers answers_;
+    SelectionResponder responder_;
     /// Until then an offer may still follow a `clear`, which then has not been made yet.
     std::optional<Clock::time_point> clearsAt_;
     /// The server time of that `clear`.

@@ -28,18 +28,18 @@ class Reading {
           property_(connection_.atom("QUIL_SELECTION")),
           end_(Clock::now() + kLongestTransfer) {}
 
-    /// The text in that form. `refused` tells an owner that answers no from one that is silent.
+    /// The text in that form. `refused` tells an owner that refuses from one that is silent.
     std::optional<std::string> in(std::string_view target, bool& refused) {
         refused = false;
         const xcb_timestamp_t time = window_.serverTime();
         xcb_delete_property(connection_.get(), window_.id(), property_);
         xcb_convert_selection(connection_.get(), window_.id(), selection_, connection_.atom(target),
                               property_, time);
-        const XcbEvent answer =
-            window_.waitFor([&](const xcb_generic_event_t& event) { return isAnswer(event, time); },
+        const XcbEvent reply =
+            window_.waitFor([&](const xcb_generic_event_t& event) { return isReply(event, time); },
                             replyDeadline());
-        if (!answer) return {};
-        const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(*answer);
+        if (!reply) return {};
+        const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(*reply);
         refused = notify.property == XCB_ATOM_NONE;
         if (refused) return {};
         auto part = takePart();
@@ -53,8 +53,8 @@ class Reading {
   private:
     Clock::time_point replyDeadline() const { return std::min(end_, Clock::now() + kOwnerTimeout); }
 
-    /// An answer that comes too late for its own question must not pass for the next one's.
-    bool isAnswer(const xcb_generic_event_t& event, xcb_timestamp_t time) const {
+    /// A reply that comes too late for its own question must not pass for the next one's.
+    bool isReply(const xcb_generic_event_t& event, xcb_timestamp_t time) const {
         if ((event.response_type & 0x7f) != XCB_SELECTION_NOTIFY) return false;
         const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(event);
         return notify.requestor == window_.id() && notify.selection == selection_ &&
@@ -63,14 +63,14 @@ class Reading {
 
     /// Reads our property and deletes it, which asks for the next part of a text in parts.
     std::optional<Part> takePart() {
-        const auto answer = connection_.reply(
+        const auto reply = connection_.reply(
             xcb_get_property_reply,
             xcb_get_property(connection_.get(), 1, window_.id(), property_, XCB_ATOM_ANY, 0,
                              static_cast<std::uint32_t>(kMaximumBytes / 4)));
-        if (!answer) return {};
-        const auto* bytes = static_cast<const char*>(xcb_get_property_value(answer.get()));
-        const auto length = static_cast<std::size_t>(xcb_get_property_value_length(answer.get()));
-        return Part{answer->type, std::string(bytes, length)};
+        if (!reply) return {};
+        const auto* bytes = static_cast<const char*>(xcb_get_property_value(reply.get()));
+        const auto length = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
+        return Part{reply->type, std::string(bytes, length)};
     }
 
     std::optional<Part> takeParts() {

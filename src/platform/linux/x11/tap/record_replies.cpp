@@ -99,19 +99,19 @@ void RecordReplies::receive() {
     if (replies_.size() > before || !isAlive_) eventfd_write(arrivedDescriptor_, 1);
 }
 
-/// Whether there was another reply. The request is answered for good by an error, or when the
+/// Whether there was another reply. The request is over with an error, or when the
 /// connection ends.
 bool RecordReplies::receiveOne() {
-    void* answer = nullptr;
+    void* reply = nullptr;
     xcb_generic_error_t* error = nullptr;
-    const bool isAnswered = xcb_poll_for_reply(connection_->get(), sequence_, &answer, &error) != 0;
+    const bool isSettled = xcb_poll_for_reply(connection_->get(), sequence_, &reply, &error) != 0;
     std::free(error);
-    if (answer) {
-        replies_.emplace_back(static_cast<xcb_record_enable_context_reply_t*>(answer));
-    } else if (isAnswered || !connection_->isAlive()) {
+    if (reply) {
+        replies_.emplace_back(static_cast<xcb_record_enable_context_reply_t*>(reply));
+    } else if (isSettled || !connection_->isAlive()) {
         isAlive_ = false;
     }
-    return answer != nullptr;
+    return reply != nullptr;
 }
 
 }  // namespace quil::linux_platform

@@ -146,7 +146,7 @@ bool RecordStream::awaitStart() {
 }
 
 void RecordStream::fetch() {
-    // The server writes the recording when it is about to write answers: by the second one it has
+    // The server writes the recording when it is about to write replies: by the second one it has
     // written all that it had before the first.
     control_->sync();
     control_->sync();

@@ -35,9 +35,9 @@ WindowOwners::WindowOwners(X11Connection& connection, const std::vector<xcb_wind
 }
 
 std::optional<std::int32_t> WindowOwners::localClient(xcb_res_query_client_ids_cookie_t cookie) {
-    const auto answer = connection_.reply(xcb_res_query_client_ids_reply, cookie);
-    if (!answer) return {};
-    for (auto id = xcb_res_query_client_ids_ids_iterator(answer.get()); id.rem > 0;
+    const auto reply = connection_.reply(xcb_res_query_client_ids_reply, cookie);
+    if (!reply) return {};
+    for (auto id = xcb_res_query_client_ids_ids_iterator(reply.get()); id.rem > 0;
          xcb_res_client_id_value_next(&id)) {
         if (!(id.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID)) continue;
         if (xcb_res_client_id_value_value_length(id.data) < 1) continue;

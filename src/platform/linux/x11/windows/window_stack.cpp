@@ -34,12 +34,12 @@ std::vector<bool> areClients(X11Connection& connection, const std::vector<xcb_wi
     std::vector<PropertyRequest> states;
     states.reserve(windows.size());
     for (const xcb_window_t window : windows) states.emplace_back(connection, window, "WM_STATE");
-    std::vector<bool> answers;
+    std::vector<bool> exist;
     for (PropertyRequest& state : states) {
         state.read(connection);
-        answers.push_back(state.exists());
+        exist.push_back(state.exists());
     }
-    return answers;
+    return exist;
 }
 
 /// The application's window inside a window manager's frame: the first of its descendants that is

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/pasteboard/selection_answers.h"
+#include "platform/linux/x11/pasteboard/selection_responder.h"
 
 #include <algorithm>
 #include <string_view>
@@ -44,7 +44,7 @@ SharedText latin1(std::string_view text) {
 
 }  // namespace
 
-void SelectionAnswers::answer(const xcb_selection_request_event_t& request) {
+void SelectionResponder::respond(const xcb_selection_request_event_t& request) {
     // Old clients name no property and mean the target's name.
     const xcb_atom_t property = request.property != 0 ? request.property : request.target;
     const SharedText text = contents_.at(request.time);
@@ -65,8 +65,8 @@ void SelectionAnswers::answer(const xcb_selection_request_event_t& request) {
     xcb_flush(connection_.get());
 }
 
-bool SelectionAnswers::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property,
-                               const SharedText& text) {
+bool SelectionResponder::convert(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property,
+                                 const SharedText& text) {
     if (target == connection_.atom("TARGETS")) {
         writeTargets(requestor, property, text != nullptr);
         return true;
@@ -89,8 +89,8 @@ bool SelectionAnswers::convert(xcb_window_t requestor, xcb_atom_t target, xcb_at
 }
 
 /// The property holds pairs of a target and a property. What cannot be had is marked there.
-bool SelectionAnswers::convertMultiple(xcb_window_t requestor, xcb_atom_t property,
-                                       const SharedText& text) {
+bool SelectionResponder::convertMultiple(xcb_window_t requestor, xcb_atom_t property,
+                                         const SharedText& text) {
     const auto list = connection_.reply(
         xcb_get_property_reply,
         xcb_get_property(connection_.get(), 0, requestor, property, XCB_ATOM_ANY, 0, 1024));
@@ -110,7 +110,7 @@ bool SelectionAnswers::convertMultiple(xcb_window_t requestor, xcb_atom_t proper
     return true;
 }
 
-void SelectionAnswers::writeTargets(xcb_window_t requestor, xcb_atom_t property, bool hasText) {
+void SelectionResponder::writeTargets(xcb_window_t requestor, xcb_atom_t property, bool hasText) {
     std::vector<xcb_atom_t> targets;
     for (const std::string_view name : {"TARGETS", "TIMESTAMP", "MULTIPLE"}) {
         targets.push_back(connection_.atom(name));
@@ -123,8 +123,8 @@ void SelectionAnswers::writeTargets(xcb_window_t requestor, xcb_atom_t property,
                         targets.data());
 }
 
-void SelectionAnswers::writeText(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type,
-                                 SharedText bytes) {
+void SelectionResponder::writeText(xcb_window_t requestor, xcb_atom_t property, xcb_atom_t type,
+                                   SharedText bytes) {
     if (bytes->size() <= kPartBytes) {
         xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, requestor, property, type, 8,
                             static_cast<std::uint32_t>(bytes->size()), bytes->data());
@@ -137,7 +137,7 @@ void SelectionAnswers::writeText(xcb_window_t requestor, xcb_atom_t property, xc
     transfers_.push_back({requestor, property, type, std::move(bytes), 0, Clock::now() + kStalled});
 }
 
-void SelectionAnswers::propertyChanged(const xcb_property_notify_event_t& event) {
+void SelectionResponder::propertyChanged(const xcb_property_notify_event_t& event) {
     if (event.state != XCB_PROPERTY_DELETE) return;
     const auto transfer = std::find_if(transfers_.begin(), transfers_.end(), [&](const auto& t) {
         return t.requestor == event.window && t.property == event.atom;
@@ -155,7 +155,7 @@ void SelectionAnswers::propertyChanged(const xcb_property_notify_event_t& event)
 }
 
 /// Remembers those alone that may still be fetching.
-void SelectionAnswers::noteFetch(const xcb_selection_request_event_t& request, bool hasText) {
+void SelectionResponder::noteFetch(const xcb_selection_request_event_t& request, bool hasText) {
     if (!hasText) return;
     const auto now = Clock::now();
     const bool isQuestion = request.target == connection_.atom("TARGETS") ||
@@ -169,7 +169,7 @@ void SelectionAnswers::noteFetch(const xcb_selection_request_event_t& request, b
     fetches_.push_back({request.requestor, now, wasText || !isQuestion});
 }
 
-SelectionAnswers::Clock::time_point SelectionAnswers::quietFrom() const {
+SelectionResponder::Clock::time_point SelectionResponder::quietFrom() const {
     if (!transfers_.empty()) return Clock::time_point::max();
     auto quiet = Clock::time_point::min();
     for (const Fetch& fetch : fetches_) {
@@ -178,18 +178,18 @@ SelectionAnswers::Clock::time_point SelectionAnswers::quietFrom() const {
     return quiet;
 }
 
-void SelectionAnswers::windowDestroyed(xcb_window_t window) {
+void SelectionResponder::windowDestroyed(xcb_window_t window) {
     fetches_.remove_if([&](const Fetch& fetch) { return fetch.requestor == window; });
     transfers_.remove_if([&](const Transfer& t) { return t.requestor == window; });
 }
 
-SelectionAnswers::Clock::time_point SelectionAnswers::nextDeadline() const {
+SelectionResponder::Clock::time_point SelectionResponder::nextDeadline() const {
     auto next = Clock::time_point::max();
     for (const Transfer& transfer : transfers_) next = std::min(next, transfer.deadline);
     return next;
 }
 
-void SelectionAnswers::giveUpStalled() {
+void SelectionResponder::giveUpStalled() {
     const auto now = Clock::now();
     for (auto transfer = transfers_.begin(); transfer != transfers_.end();) {
         const auto current = transfer++;
@@ -198,14 +198,14 @@ void SelectionAnswers::giveUpStalled() {
 }
 
 /// Which events of another client's window reach us; ours alone change.
-void SelectionAnswers::watch(xcb_window_t requestor, bool isWatched) {
+void SelectionResponder::watch(xcb_window_t requestor, bool isWatched) {
     const std::uint32_t events =
         isWatched ? XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY
                   : XCB_EVENT_MASK_NO_EVENT;
     xcb_change_window_attributes(connection_.get(), requestor, XCB_CW_EVENT_MASK, &events);
 }
 
-void SelectionAnswers::end(std::list<Transfer>::iterator transfer) {
+void SelectionResponder::end(std::list<Transfer>::iterator transfer) {
     const xcb_window_t requestor = transfer->requestor;
     transfers_.erase(transfer);
     const bool isStillWatched =

@@ -10,13 +10,13 @@ namespace quil::linux_platform {
 /// Hands the text that we offer to the clients that ask for it, in the form that they ask for
 /// (ICCCM, section 2): UTF8_STRING, text/plain, STRING, TEXT; TARGETS, TIMESTAMP, MULTIPLE; large
 /// texts in parts (INCR). A transfer goes on when something else is on offer by then.
-class SelectionAnswers {
+class SelectionResponder {
   public:
-    SelectionAnswers(SelectionWindow& window, const SelectionContents& contents)
+    SelectionResponder(SelectionWindow& window, const SelectionContents& contents)
         : window_(window), connection_(window.connection()), contents_(contents) {}
 
-    /// Answers a client, also that there is nothing for it.
-    void answer(const xcb_selection_request_event_t& request);
+    /// Responds to a client, also that there is nothing for it.
+    void respond(const xcb_selection_request_event_t& request);
     /// A client has taken a part of a text (or changed some other property).
     void propertyChanged(const xcb_property_notify_event_t& event);
     /// A client's window is gone.

@@ -2,6 +2,7 @@
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
+import type { TestContext } from "node:test";
 import { fileURLToPath } from "node:url";
 import { Desktop, type DesktopOptions } from "../src/index.js";
 
@@ -28,6 +29,22 @@ export function application(...children: object[]): object {
 
 export function executable(name: string): string {
     return join(process.env["QUIL_BUILD_DIR"] ?? join(ROOT, "build/release"), name);
+}
+
+/** A folder that is gone after the test. */
+export function folder(t: TestContext): string {
+    const path = mkdtempSync(join(tmpdir(), "quil-"));
+    t.after(() => rmSync(path, { recursive: true, force: true }));
+    return path;
+}
+
+/** Waits until something is so, 20 s at most. */
+export async function until(holds: () => boolean): Promise<void> {
+    const end = performance.now() + 20_000;
+    while (!holds()) {
+        if (performance.now() > end) throw new Error("not within 20 s");
+        await new Promise((resolve) => setTimeout(resolve, 10));
+    }
 }
 
 /** A desktop of quil-sim, whose log can be read. */

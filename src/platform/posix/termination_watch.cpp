@@ -29,7 +29,7 @@ void setHandler(void (*from)(int), void (*to)(int)) {
         if (sigaction(number, nullptr, &action) != 0 || action.sa_handler != from) continue;
         action = {};
         action.sa_handler = to;
-        action.sa_flags = SA_RESTART | SA_RESETHAND;
+        action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
         sigaction(number, &action, nullptr);
     }
 }

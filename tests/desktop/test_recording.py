@@ -127,6 +127,14 @@ class RecordingTest(unittest.TestCase):
         self.host.result("startInputRecording")
         user("type", "--delay", "20", text)
         self.assertEqual("".join(e["params"]["text"] for e in self.taken(len(text))), text)
+        # Keys that have fewer keysyms than there are levels.
+        self.addCleanup(output, "xmodmap", "-e", "keycode 200 =")
+        for keysyms, typed in (("A", "aA"), ("A A", "AA"), ("1", "11"), ("Cyrillic_A", "аА")):
+            with self.subTest(keysyms):
+                self.host.result("startInputRecording")
+                output("xmodmap", "-e", f"keycode 200 = {keysyms}")
+                user("key", "200", "shift+200")
+                self.assertEqual("".join(e["params"]["text"] for e in self.taken(2)), typed)
 
     def test_a_form_is_filled_in_again(self):
         """By examples/replay; a form says at its end what was entered."""

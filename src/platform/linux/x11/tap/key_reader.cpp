@@ -33,9 +33,13 @@ std::uint32_t coreKeysym(const std::vector<std::uint32_t>& keysyms, std::uint16_
         return place < keysyms.size() ? keysyms[place] : std::uint32_t{0};
     };
     const std::size_t group = groupOf(state) > 0 && (at(2) != 0 || at(3) != 0) ? 2 : 0;
-    const std::uint32_t plain = at(group);
+    std::uint32_t plain = at(group);
     std::uint32_t shifted = at(group + 1);
-    if (shifted == 0) shifted = xkb_keysym_to_upper(plain);
+    if (shifted == 0) {
+        // A letter that stands alone stands for both of its forms, whichever it is.
+        shifted = xkb_keysym_to_upper(plain);
+        plain = xkb_keysym_to_lower(plain);
+    }
     const bool isLocked = (state & XCB_MOD_MASK_LOCK) && xkb_keysym_to_upper(plain) == shifted;
     return ((state & XCB_MOD_MASK_SHIFT) != 0) != isLocked ? shifted : plain;
 }

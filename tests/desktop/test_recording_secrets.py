@@ -9,18 +9,29 @@ import unittest
 from desktop_tools import PYTHON, SUPPORT, Program, output, until
 from quil_host import Host
 
-# Keeps all keys to itself, as a screen locker does, until its input ends.
+# Keeps devices to itself, as screen lockers do; ends with its input. Each line names a device, or the
+# core protocol's keyboard, or with a minus a device to give back; it writes the server's status.
 LOCKER = """
 import ctypes, sys
-x11 = ctypes.CDLL("libX11.so.6")
+x11, xi = ctypes.CDLL("libX11.so.6"), ctypes.CDLL("libXi.so.6")
 x11.XOpenDisplay.restype = ctypes.c_void_p
+x11.XDefaultRootWindow.restype = ctypes.c_ulong
 display = ctypes.c_void_p(x11.XOpenDisplay(None))
-root = x11.XDefaultRootWindow(display)
-status = x11.XGrabKeyboard(display, ctypes.c_ulong(root), 0, 1, 1, ctypes.c_ulong(0))
-x11.XSync(display, 0)
-print(status, flush=True)
-sys.stdin.read()
+root, now = ctypes.c_ulong(x11.XDefaultRootWindow(display)), ctypes.c_ulong(0)
+class Mask(ctypes.Structure):
+    _fields_ = [("device", ctypes.c_int), ("length", ctypes.c_int), ("bits", ctypes.c_char_p)]
+for word in sys.stdin:
+    if word == "core\\n":
+        status = x11.XGrabKeyboard(display, root, 0, 1, 1, now)
+    elif int(word) > 0:
+        mask = Mask(int(word), 4, bytes(4))
+        status = xi.XIGrabDevice(display, int(word), root, now, now, 1, 1, 0, ctypes.byref(mask))
+    else:
+        status = xi.XIUngrabDevice(display, -int(word), now)
+    x11.XSync(display, 0)
+    print(status, flush=True)
 """
+POINTER, KEYBOARD = 2, 3  # the server's own master devices
 
 # Has no window; says on the accessibility bus that a password field of its has the focus.
 PAGE = """
@@ -154,19 +165,47 @@ class SecretsTest(unittest.TestCase):
             self.assertIn(b"spoken", stranger.stdout.read(len("\033]0;spoken\007")))
             self.assertEqual(self.record("type hidden"), "")
 
-    def test_a_program_that_keeps_all_keys(self):
-        for front in ("gtk3", None):
-            with self.subTest(front):
-                program = self.form(front) if front else Program(self, "xterm")
-                user("windowactivate", "--sync", program.window, "mousemove", 3, 3)
-                self.host.result("startInputRecording")
-                locker = subprocess.Popen([PYTHON, "-c", LOCKER], stdin=subprocess.PIPE,
-                                          stdout=subprocess.PIPE, text=True)
-                self.assertEqual(locker.stdout.readline(), "0\n")
-                user("type", "hidden")
-                locker.communicate("")
-                self.assertEqual(self.record("type seen"), "seen")
-                program.end()
+    def locker(self, *devices, status="0"):
+        """A program that has asked for these."""
+        locker = subprocess.Popen([PYTHON, "-c", LOCKER], stdin=subprocess.PIPE,
+                                  stdout=subprocess.PIPE, text=True)
+        self.addCleanup(locker.communicate)
+        for device in devices:
+            print(device, file=locker.stdin, flush=True)
+            self.assertEqual(locker.stdout.readline(), f"{status}\n")
+        return locker
+
+    def test_programs_that_keep_all_keys(self):
+        def too_late():
+            lock = self.locker("core")
+            self.locker("core", status="1").communicate("")
+            return lock
+
+        lockers = {  # how the keyboard is locked, and whether before the recording begins
+            "core": (lambda: self.locker("core"), False),
+            "XInput": (lambda: self.locker(KEYBOARD), False),
+            "mouse given back": (lambda: self.locker(KEYBOARD, POINTER, -POINTER), False),
+            "a second one, too late": (too_late, False),
+            "before the recording": (lambda: self.locker("core"), True),
+            "before the recording, too late": (too_late, True),
+        }
+        for front, names in (("gtk3", lockers), (None, ["core", "before the recording"])):
+            program = self.form(front) if front else Program(self, "xterm")
+            user("windowactivate", "--sync", program.window, "mousemove", 3, 3)
+            for name in names:
+                with self.subTest(name, front=front):
+                    lock, is_first = lockers[name]
+                    locker = lock() if is_first else None
+                    self.host.result("startInputRecording")
+                    locker = locker or lock()
+                    user("type", "hidden")
+                    locker.communicate("")
+                    self.assertEqual(self.record("type seen"), "seen")
+            program.end()
+        with self.subTest("a mouse alone is no secret"):
+            self.host.result("startInputRecording")
+            self.locker(POINTER)
+            self.assertEqual(self.record("type seen"), "seen")
 
 
 if __name__ == "__main__":

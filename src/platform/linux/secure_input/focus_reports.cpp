@@ -42,8 +42,8 @@ std::optional<Reference> subject(sd_bus_message* signal) {
 
 }  // namespace
 
-std::unique_ptr<FocusReports> FocusReports::open(X11Display& display) {
-    std::unique_ptr<FocusReports> reports(new FocusReports);
+std::unique_ptr<AtspiFocusReports> AtspiFocusReports::open(X11Display& display) {
+    std::unique_ptr<AtspiFocusReports> reports(new AtspiFocusReports);
     if (!reports->bus_.connect()) return nullptr;
     reports->listen();
     reports->learnPrograms();
@@ -51,7 +51,7 @@ std::unique_ptr<FocusReports> FocusReports::open(X11Display& display) {
     return reports;
 }
 
-void FocusReports::listen() {
+void AtspiFocusReports::listen() {
     Bus& bus = bus_.bus();
     bus.listen(signalRule("StateChanged", "focused"), [this](sd_bus_message* signal) {
         if (auto element = subject(signal)) add(std::move(*element), TapTime::clock::now());
@@ -68,7 +68,7 @@ void FocusReports::listen() {
     bus.waitForReplies();
 }
 
-void FocusReports::findFocus(X11Display& display) {
+void AtspiFocusReports::findFocus(X11Display& display) {
     const auto connection = display.connection();
     const auto window = connection ? activeWindow(*connection) : std::nullopt;
     if (!window || !window->pid) return;
@@ -80,7 +80,7 @@ void FocusReports::findFocus(X11Display& display) {
     bus_.bus().waitForReplies();
 }
 
-void FocusReports::add(Reference element, TapTime arrival) {
+void AtspiFocusReports::add(Reference element, TapTime arrival) {
     if (!reports_.empty() && reports_.back().element == element) return;
     learnProcess(element.busName);
     reports_.push_back({.element = std::move(element), .arrival = arrival});
@@ -88,7 +88,7 @@ void FocusReports::add(Reference element, TapTime arrival) {
     ask(reports_.back());
 }
 
-void FocusReports::learnProcess(const std::string& name) {
+void AtspiFocusReports::learnProcess(const std::string& name) {
     if (!processes_.try_emplace(name).second) return;
     bus_.bus().otherEnd().call(
         "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
@@ -100,7 +100,7 @@ void FocusReports::learnProcess(const std::string& name) {
         "s", name.c_str());
 }
 
-void FocusReports::learnPrograms() {
+void AtspiFocusReports::learnPrograms() {
     bus_.bus()
         .peer(atspi::kRegistry)
         .call(atspi::kRootPath, atspi::kAccessible, "GetChildren", [this](Reply reply) {
@@ -113,7 +113,7 @@ void FocusReports::learnPrograms() {
         });
 }
 
-void FocusReports::ask(FocusReport& report) {
+void AtspiFocusReports::ask(FocusReport& report) {
     report.askAgain.reset();
     ++report.timesAsked;
     const Reference element = report.element;
@@ -123,7 +123,7 @@ void FocusReports::ask(FocusReport& report) {
               [this, element](Reply reply) { roleReceived(element, reply); });
 }
 
-void FocusReports::roleReceived(const Reference& element, const Reply& reply) {
+void AtspiFocusReports::roleReceived(const Reference& element, const Reply& reply) {
     const auto role = reply.message ? readUint32(reply.message) : std::optional<std::uint32_t>();
     for (FocusReport& report : reports_) {
         if (report.element != element) continue;
@@ -141,12 +141,12 @@ void FocusReports::roleReceived(const Reference& element, const Reply& reply) {
     }
 }
 
-void FocusReports::roleChanged(const Reference& element) {
+void AtspiFocusReports::roleChanged(const Reference& element) {
     const bool isFocus = !reports_.empty() && reports_.back().element == element;
     if (isFocus) ask(reports_.back());
 }
 
-std::shared_ptr<const FocusReports::Round> FocusReports::askAgain(
+std::shared_ptr<const FocusReports::Round> AtspiFocusReports::askAgain(
     const std::set<std::int32_t>& pids) {
     auto round = std::make_shared<Round>(Round{.asked = TapTime::clock::now()});
     std::vector<Reference> elements;
@@ -168,7 +168,7 @@ std::shared_ptr<const FocusReports::Round> FocusReports::askAgain(
 }
 
 /// Of a program that has said nothing yet: its root.
-std::optional<Reference> FocusReports::latestElement(std::int32_t pid) const {
+std::optional<Reference> AtspiFocusReports::latestElement(std::int32_t pid) const {
     const auto latest = std::find_if(reports_.rbegin(), reports_.rend(),
                                      [&](const auto& report) { return processOf(report) == pid; });
     if (latest != reports_.rend()) return latest->element;
@@ -178,7 +178,7 @@ std::optional<Reference> FocusReports::latestElement(std::int32_t pid) const {
     return Reference{program->first, atspi::kRootPath};
 }
 
-std::optional<TapTime> FocusReports::process() {
+std::optional<TapTime> AtspiFocusReports::process() {
     bus_.bus().isAlive();
     std::optional<TapTime> next;
     const auto now = TapTime::clock::now();
@@ -189,7 +189,7 @@ std::optional<TapTime> FocusReports::process() {
     return next;
 }
 
-std::optional<std::int32_t> FocusReports::processOf(const FocusReport& report) const {
+std::optional<std::int32_t> AtspiFocusReports::processOf(const FocusReport& report) const {
     const auto known = processes_.find(report.element.busName);
     return known == processes_.end() ? std::nullopt : known->second;
 }

@@ -4,9 +4,6 @@
 #include <set>
 #include <utility>
 
-#include "platform/linux/applications/processes.h"
-#include "platform/linux/x11/windows/window_stack.h"
-
 namespace quil::linux_platform {
 namespace {
 
@@ -20,13 +17,11 @@ constexpr milliseconds kGlance{25};
 constexpr milliseconds kPromptness{100};
 /// For so long the active window is taken to be the same one, unless windows get the focus.
 constexpr milliseconds kLook{1000};
-constexpr int kMostGenerations = 16;
 constexpr TapTime kNever = TapTime::max();
 
 }  // namespace
 
-SecretInput::SecretInput(X11Display& display, const ServerClock& clock)
-    : display_(display), clock_(clock), reports_(FocusReports::open(display)) {
+SecretInput::SecretInput(FocusSources& sources) : sources_(sources), reports_(sources.reports()) {
     lookAround();
 }
 
@@ -40,10 +35,6 @@ void SecretInput::windowGotFocus(TapTime time) {
     windowGotFocus_ = time;
 }
 
-void SecretInput::prepareToWait(std::vector<pollfd>& descriptors) {
-    if (reports_) descriptors.push_back(reports_->waiting());
-}
-
 void SecretInput::process() {
     judgements_ = {};
     nextLook_ = reports_ ? reports_->process() : std::nullopt;
@@ -55,11 +46,9 @@ void SecretInput::process() {
 /// Looks how far the active program has come. One that shows no progress is asked whether it is
 /// there at all: what the user did may be nothing to it, such as a key of the window manager's.
 void SecretInput::followProgram() {
-    const auto now = TapTime::clock::now();
+    const auto now = sources_.now();
     if (isLookOutdated(now)) lookAround();
-    const auto connection = display_.connection();
-    const auto press = connection ? latestPressOf(*connection, active_) : std::nullopt;
-    moves_.programTold(press ? std::optional(clock_.timeOf(*press)) : std::nullopt, now);
+    moves_.programTold(sources_.latestPressOf(active_), now);
     if (!moves_.areOpen()) return;
     lookAgainAt(now + kGlance);
     if (now >= std::max(moves_.quietSince() + kSettling, replied_ + kGlance)) ask();
@@ -70,9 +59,8 @@ bool SecretInput::isLookOutdated(TapTime now) const {
 }
 
 void SecretInput::lookAround() {
-    looked_ = TapTime::clock::now();
-    const auto connection = display_.connection();
-    const auto found = connection ? findActiveProgram(*connection) : ActiveProgram();
+    looked_ = sources_.now();
+    const ActiveProgram found = sources_.activeProgram();
     if (found.pid != active_.pid) {
         previousPid_ = active_.pid;
         if (reports_) reports_->learnPrograms();
@@ -89,7 +77,7 @@ void SecretInput::lookAgainAt(TapTime time) {
 /// Asks the active program what has the focus, and the one before for the sake of its last keys.
 void SecretInput::ask() {
     if (round_) return;
-    if (isLookOutdated(TapTime::clock::now())) lookAround();
+    if (isLookOutdated(sources_.now())) lookAround();
     std::set<std::int32_t> pids;
     if (active_.pid) pids.insert(*active_.pid);
     if (previousPid_) pids.insert(*previousPid_);
@@ -114,12 +102,15 @@ void SecretInput::finishRound() {
     passed_ = round->asked;
 }
 
-std::optional<bool> SecretInput::isSecret(TapTime key, std::optional<std::uint32_t> grabber) {
+std::optional<bool> SecretInput::isSecret(TapTime key, std::span<const ClientId> grabbers) {
     const bool isKnown = this->isKnown(key);
-    if (!isKnown && TapTime::clock::now() < verdictDeadline(key)) return {};
-    if (!isKnown || (grabber && grabber != active_.client)) return true;
+    if (!isKnown && sources_.now() < verdictDeadline(key)) return {};
+    const auto isStranger = [&](ClientId grabber) {
+        return grabber == kUnknownClient || grabber != active_.client;
+    };
+    if (!isKnown || std::ranges::any_of(grabbers, isStranger)) return true;
     const Judgement& judgement = this->judgement(windowGotFocus_ <= key);
-    if (grabber && key < judgement.firstReport) return true;
+    if (!grabbers.empty() && key < judgement.firstReport) return true;
     return std::ranges::any_of(
         judgement.secrets, [&](const Span& span) { return span.begin <= key && key < span.end; });
 }
@@ -131,7 +122,7 @@ TapTime SecretInput::verdictDeadline(TapTime key) const {
 
 /// Whether all is known that a key of that time depends on. If not, says when to look again.
 bool SecretInput::isKnown(TapTime key) {
-    const auto now = TapTime::clock::now();
+    const auto now = sources_.now();
     const auto waitUntil = [&](TapTime time) {
         lookAgainAt(std::min(time, verdictDeadline(key)));
         return false;
@@ -155,23 +146,11 @@ bool SecretInput::isKnown(TapTime key) {
     return isOpen ? waitUntil(kNever) : true;
 }
 
-/// Whether that is the active program's process or a helper of it: one that it started, itself or
-/// through others, and that has no window of its own (the processes of a web browser's pages).
+/// Whether that is the active program's process or a helper of it.
 bool SecretInput::speaksForActive(std::int32_t pid) {
     if (!active_.pid) return false;
     const auto [entry, isNew] = speakers_.try_emplace(pid);
-    if (!isNew) return entry->second;
-    std::optional<std::int32_t> ancestor = pid;
-    for (int i = 0; i < kMostGenerations && ancestor && ancestor != active_.pid; ++i) {
-        ancestor = parentOf(*ancestor);
-    }
-    entry->second = ancestor == active_.pid;
-    const auto connection = entry->second && pid != active_.pid ? display_.connection() : nullptr;
-    if (connection) {
-        const auto windows = topLevelWindows(*connection);
-        entry->second = std::ranges::none_of(
-            windows, [&](const X11Window& window) { return window.pid == pid; });
-    }
+    if (isNew) entry->second = pid == *active_.pid || sources_.isHelperOf(pid, *active_.pid);
     return entry->second;
 }
 

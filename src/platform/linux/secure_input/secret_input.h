@@ -5,14 +5,14 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
-#include "platform/linux/secure_input/active_program.h"
 #include "platform/linux/secure_input/focus_moves.h"
-#include "platform/linux/secure_input/focus_reports.h"
+#include "platform/linux/secure_input/focus_sources.h"
 #include "platform/linux/secure_input/focus_timeline.h"
+#include "platform/linux/secure_input/keyboard_grabs.h"
 #include "platform/linux/secure_input/server_clock.h"
-#include "platform/linux/x11/connection.h"
 
 namespace quil::linux_platform {
 
@@ -27,20 +27,18 @@ namespace quil::linux_platform {
 /// judged when it is back; of one that stays stuck they count as secret.
 class SecretInput {
   public:
-    /// Finds out where the focus is now. Bounded.
-    SecretInput(X11Display& display, const ServerClock& clock);
+    /// The sources have to live as long.
+    explicit SecretInput(FocusSources& sources);
 
     /// The user did something that may move the focus.
     void mayMoveFocus(TapTime time, bool isLikely, FocusMoves::Kind kind);
     /// Another window got the focus.
     void windowGotFocus(TapTime time);
-    /// Adds the descriptor to wait for.
-    void prepareToWait(std::vector<pollfd>& descriptors);
     /// Deals with what has arrived.
     void process();
-    /// Whether a key of that time is nobody's business, typed while that client of the X server
-    /// (the base of its ids) had asked for all keys; nothing while that is not known.
-    std::optional<bool> isSecret(TapTime key, std::optional<std::uint32_t> grabber);
+    /// Whether a key of that time must not be recorded, pressed while these clients of the X server
+    /// had grabbed a keyboard; nothing while that is not known.
+    std::optional<bool> isSecret(TapTime key, std::span<const ClientId> grabbers);
     /// When there is more to do though nothing arrives, as of the latest call of the two above.
     std::optional<TapTime> nextLook() const { return nextLook_; }
 
@@ -68,10 +66,9 @@ class SecretInput {
     std::vector<const FocusReport*> relevantReports(bool isActiveStill);
     const Judgement& judgement(bool isActiveStill);
 
-    X11Display& display_;
-    const ServerClock clock_;
+    FocusSources& sources_;
     /// Null when there is no accessibility bus.
-    std::unique_ptr<FocusReports> reports_;
+    FocusReports* const reports_;
     FocusMoves moves_;
     TapTime windowGotFocus_;
     /// When the active program was last looked for.

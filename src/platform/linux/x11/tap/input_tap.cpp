@@ -42,7 +42,8 @@ struct InputTap::Event : TappedEvent {
     std::uint64_t flagBits = 0;
     std::int64_t lines = 0;
     std::optional<KeyPress> key;
-    std::optional<std::uint32_t> grabber;
+    /// The clients that had grabbed a keyboard.
+    std::vector<ClientId> grabbers;
 
     Point location() const override { return place; }
     std::uint64_t timestamp() const override {
@@ -77,15 +78,17 @@ InputTap::InputTap(std::uint64_t mask, EventTapCallback callback,
       callback_(std::move(callback)),
       stream_(std::move(stream)),
       clock_(clock),
-      keys_(std::move(connection)),
-      secrets_(display_, clock_) {}
+      keys_(connection),
+      grabs_(std::move(connection)),
+      focus_(display_, clock_),
+      secrets_(focus_) {}
 
 InputTap::~InputTap() = default;
 
 std::chrono::milliseconds InputTap::prepareToWait(std::vector<pollfd>& descriptors) {
     using std::chrono::milliseconds;
     descriptors.push_back({stream_->descriptor(), POLLIN, 0});
-    secrets_.prepareToWait(descriptors);
+    focus_.prepareToWait(descriptors);
     const auto nextLook = secrets_.nextLook();
     if (!nextLook) return milliseconds::max();
     return std::max(milliseconds::zero(),
@@ -141,7 +144,7 @@ void InputTap::deliverWaiting() {
     for (; !waiting_.empty() && isValid_; waiting_.pop_front()) {
         const Event& event = waiting_.front();
         if (event.key) {
-            const auto isSecret = secrets_.isSecret(event.time, event.grabber);
+            const auto isSecret = secrets_.isSecret(event.time, event.grabbers);
             if (!isSecret) return;
             isSecure_ = *isSecret;
         }
@@ -164,18 +167,21 @@ void InputTap::read() {
             keys_.keyboardChanged();
         } else if (const auto* focus = std::get_if<FocusChange>(&item)) {
             read(*focus);
-        } else if (const auto* grab = std::get_if<KeyboardGrab>(&item)) {
-            if (grab->isBeginning) {
-                grabber_ = grab->client;
-            } else if (grabber_ == grab->client) {
-                grabber_.reset();
-            }
+        } else if (const auto* request = std::get_if<GrabRequest>(&item)) {
+            grabs_.read(*request);
+        } else if (const auto* reply = std::get_if<GrabReply>(&item)) {
+            grabs_.read(*reply);
+        } else if (const auto* unread = std::get_if<UnreadRequest>(&item)) {
+            grabs_.read(*unread);
+        } else if (const auto* end = std::get_if<ClientEnd>(&item)) {
+            grabs_.read(*end);
         }
     }
+    if (!items.empty()) grabs_.caughtUp();
 }
 
 void InputTap::read(const FocusChange& change) {
-    if (change.mode == XCB_NOTIFY_MODE_UNGRAB) grabber_.reset();
+    if (change.mode == XCB_NOTIFY_MODE_UNGRAB) grabs_.released();
     if (change.mode != XCB_NOTIFY_MODE_NORMAL && change.mode != XCB_NOTIFY_MODE_WHILE_GRABBED) {
         return;
     }
@@ -201,7 +207,7 @@ void InputTap::readKey(const DeviceEvent& event) {
         secrets_.mayMoveFocus(key.time, press->virtualKeyCode == virtual_key::tab,
                               FocusMoves::Kind::press);
     }
-    key.grabber = grabber_;
+    key.grabbers = grabs_.grabbers(key.time);
     key.flagBits = press->flags;
     key.key = std::move(press);
     waiting_.push_back(std::move(key));

@@ -12,8 +12,10 @@
 #include <vector>
 
 #include "platform/event_tap.h"
+#include "platform/linux/secure_input/desktop_focus.h"
 #include "platform/linux/secure_input/secret_input.h"
 #include "platform/linux/secure_input/server_clock.h"
+#include "platform/linux/x11/tap/grab_watch.h"
 #include "platform/linux/x11/tap/key_reader.h"
 #include "platform/linux/x11/tap/record_stream.h"
 
@@ -69,11 +71,11 @@ class InputTap : public EventTap {
     const ServerClock clock_;
     KeyReader keys_;
     X11Display display_;
+    GrabWatch grabs_;
+    DesktopFocus focus_;
     SecretInput secrets_;
     /// Read and not yet delivered, oldest first.
     std::deque<Event> waiting_;
-    /// The program that has asked for all keys, by the base of its ids.
-    std::optional<std::uint32_t> grabber_;
     bool isSecure_ = false;
     /// The request that is being worked on, and how many of the waiting events it is about.
     int flush_ = 0;

@@ -22,6 +22,8 @@ constexpr std::uint8_t kFromClient = 1;
 constexpr std::uint8_t kClientDied = 3;
 constexpr std::uint8_t kStartOfData = 4;
 
+constexpr std::uint8_t kReplyType = 1;
+
 using Bytes = std::span<const std::uint8_t>;
 
 template <typename T>
@@ -56,9 +58,16 @@ KeysymsChange readKeysymsChange(Bytes request) {
     return change;
 }
 
-void readEvent(Bytes element, std::deque<StreamItem>& items) {
+/// An event, or a reply to a request for a grab.
+void readFromServer(Bytes element, std::uint32_t client, std::deque<StreamItem>& items) {
     const Bytes bytes = element.subspan(kTimeLength);
     const std::uint8_t type = bytes[0] & 0x7F;
+    if (type == kReplyType) {
+        items.emplace_back(GrabReply{client, readAs<xcb_grab_keyboard_reply_t>(bytes).status,
+                                     readAs<xcb_input_xi_grab_device_reply_t>(bytes).status,
+                                     readAs<std::uint32_t>(element)});
+        return;
+    }
     if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
         items.emplace_back(
             FocusChange{readAs<xcb_focus_in_event_t>(bytes).mode, readAs<std::uint32_t>(element)});
@@ -113,6 +122,7 @@ std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
                                                           : std::uint8_t{XCB_BUTTON_RELEASE}};
     xcb_record_range_t grabs{};
     grabs.core_requests = {XCB_GRAB_KEYBOARD, XCB_UNGRAB_KEYBOARD};
+    grabs.core_replies = {XCB_GRAB_KEYBOARD, XCB_GRAB_KEYBOARD};
     std::vector<xcb_record_range_t> ranges{keys, pointer, grabs};
     const auto addRequests = [&](std::uint8_t major, std::uint8_t first, std::uint8_t last) {
         if (major == 0) return;
@@ -125,6 +135,10 @@ std::vector<xcb_record_range_t> RecordStream::ranges(bool withMotion) {
     addRequests(xkbOpcode_, XCB_XKB_SET_MAP, XCB_XKB_SET_MAP);
     addRequests(xkbOpcode_, XCB_XKB_GET_KBD_BY_NAME, XCB_XKB_GET_KBD_BY_NAME);
     addRequests(xinputOpcode_, XCB_INPUT_XI_GRAB_DEVICE, XCB_INPUT_XI_UNGRAB_DEVICE);
+    if (xinputOpcode_ != 0) {
+        ranges.back().ext_replies = {{xinputOpcode_, xinputOpcode_},
+                                     {XCB_INPUT_XI_GRAB_DEVICE, XCB_INPUT_XI_GRAB_DEVICE}};
+    }
     return ranges;
 }
 
@@ -156,12 +170,12 @@ void RecordStream::fetch() {
 void RecordStream::read(std::deque<StreamItem>& items) {
     for (Reply reply = replies_->next(); reply; reply = replies_->next()) {
         if (reply->category == kFromClient) readRequests(*reply, items);
-        if (reply->category == kClientDied) items.emplace_back(KeyboardGrab{reply->xid_base});
+        if (reply->category == kClientDied) items.emplace_back(ClientEnd{reply->xid_base});
         if (reply->category != kFromServer) continue;
         Bytes bytes(xcb_record_enable_context_data(reply.get()),
                     static_cast<std::size_t>(xcb_record_enable_context_data_length(reply.get())));
         for (; bytes.size() >= kElementLength; bytes = bytes.subspan(kElementLength)) {
-            readEvent(bytes.first(kElementLength), items);
+            readFromServer(bytes.first(kElementLength), reply->xid_base, items);
         }
     }
 }
@@ -170,6 +184,7 @@ void RecordStream::readRequests(const xcb_record_enable_context_reply_t& reply,
                                 std::deque<StreamItem>& items) const {
     if (reply.client_swapped) {
         items.emplace_back(KeyboardChange{});
+        items.emplace_back(UnreadRequest{});
         return;
     }
     Bytes bytes(xcb_record_enable_context_data(&reply),
@@ -186,10 +201,18 @@ void RecordStream::readRequest(Bytes request, std::uint32_t client,
     const std::uint8_t minor = request[1];
     if (major == XCB_CHANGE_KEYBOARD_MAPPING) {
         items.emplace_back(readKeysymsChange(request));
-    } else if (major == XCB_GRAB_KEYBOARD || major == XCB_UNGRAB_KEYBOARD) {
-        items.emplace_back(KeyboardGrab{client, major == XCB_GRAB_KEYBOARD});
+    } else if (major == XCB_GRAB_KEYBOARD) {
+        const auto grab = readAs<xcb_grab_keyboard_request_t>(request);
+        items.emplace_back(GrabRequest{client, true, {}, grab.time});
+    } else if (major == XCB_UNGRAB_KEYBOARD) {
+        const auto release = readAs<xcb_ungrab_keyboard_request_t>(request);
+        items.emplace_back(GrabRequest{client, false, {}, release.time});
+    } else if (major == xinputOpcode_ && minor == XCB_INPUT_XI_GRAB_DEVICE) {
+        const auto grab = readAs<xcb_input_xi_grab_device_request_t>(request);
+        items.emplace_back(GrabRequest{client, true, grab.deviceid, grab.time});
     } else if (major == xinputOpcode_) {
-        items.emplace_back(KeyboardGrab{client, minor == XCB_INPUT_XI_GRAB_DEVICE});
+        const auto release = readAs<xcb_input_xi_ungrab_device_request_t>(request);
+        items.emplace_back(GrabRequest{client, false, release.deviceid, release.time});
     } else if (major == xkbOpcode_) {
         items.emplace_back(KeyboardChange{});
     }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <span>
 #include <variant>
 #include <vector>
@@ -44,15 +45,37 @@ struct FocusChange {
     std::uint32_t time = 0;
 };
 
-/// A program asked for all keys, or gave them back or ended.
-struct KeyboardGrab {
-    /// The base of the program's ids on the server.
+/// A client asked for a grab, of the keyboard or of an XInput 2 device, or gave one back.
+struct GrabRequest {
+    /// The base of the client's ids.
     std::uint32_t client = 0;
-    bool isBeginning = false;
+    bool isGrab = false;
+    /// Nothing for the core protocol's keyboard.
+    std::optional<std::uint16_t> device;
+    /// The server's time that the request gives; 0 for the time at which it is dealt with.
+    std::uint32_t time = 0;
 };
 
-using StreamItem =
-    std::variant<DeviceEvent, KeysymsChange, KeyboardChange, FocusChange, KeyboardGrab>;
+/// The server's reply to the latest request for a grab of that client.
+struct GrabReply {
+    std::uint32_t client = 0;
+    /// The status, where a reply of the core protocol has it and where one of XInput does.
+    std::uint8_t coreStatus = 0;
+    std::uint8_t xinputStatus = 0;
+    /// The server's time, in milliseconds.
+    std::uint32_t time = 0;
+};
+
+/// A client of another byte order asked for something that may be a grab.
+struct UnreadRequest {};
+
+/// A client has disconnected, or was disconnected.
+struct ClientEnd {
+    std::uint32_t client = 0;
+};
+
+using StreamItem = std::variant<DeviceEvent, KeysymsChange, KeyboardChange, FocusChange,
+                                GrabRequest, GrabReply, UnreadRequest, ClientEnd>;
 
 /// What the X server records (its Record extension) of the devices, and of what changes the meaning
 /// of keys and where they go, all in the order in which it happened. Nobody notices but the server.

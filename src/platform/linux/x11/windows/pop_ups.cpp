@@ -1,5 +1,7 @@
 #include "platform/linux/x11/windows/pop_ups.h"
 
+#include "platform/linux/x11/properties.h"
+#include "platform/linux/x11/windows/window_layers.h"
 #include "platform/linux/x11/windows/window_owners.h"
 
 namespace quil::linux_platform {
@@ -50,6 +52,19 @@ std::vector<PopUp> shownPopUps(X11Connection& connection) {
 }
 
 }  // namespace
+
+std::optional<xcb_window_t> topmostMenu(X11Connection& connection) {
+    const auto windows = childrenOfRoot(connection);
+    for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
+        const auto attributes = connection.reply(
+            xcb_get_window_attributes_reply, xcb_get_window_attributes(connection.get(), *window));
+        if (!attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE) continue;
+        const auto types = readProperty(connection, *window, "_NET_WM_WINDOW_TYPE").numbers();
+        const bool isMenu = windowLayer(connection, types) == kMenuLayer;
+        return isMenu ? std::optional(*window) : std::nullopt;
+    }
+    return {};
+}
 
 std::vector<PopUp> popUpsOf(X11Connection& connection, std::int32_t pid) {
     const std::vector<PopUp> shown = shownPopUps(connection);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "platform/geometry.h"
@@ -14,6 +15,9 @@ struct PopUp {
     /// In global screen coordinates.
     Rect rect;
 };
+
+/// The menu or list of choices that lies above all other windows; nothing when something else does.
+std::optional<xcb_window_t> topmostMenu(X11Connection& connection);
 
 /// Those of a process that are shown, bottom to top, at the cost of a few round trips in all.
 std::vector<PopUp> popUpsOf(X11Connection& connection, std::int32_t pid);

@@ -22,12 +22,12 @@ constexpr TypeLayer kTypeLayers[] = {
     {"_NET_WM_WINDOW_TYPE_MENU", 3},                        // kCGTornOffMenuWindowLevel
     {"_NET_WM_WINDOW_TYPE_NOTIFICATION", 25},               // kCGStatusWindowLevel
     {"_KDE_NET_WM_WINDOW_TYPE_CRITICAL_NOTIFICATION", 25},  // kCGStatusWindowLevel
-    {"_NET_WM_WINDOW_TYPE_DROPDOWN_MENU", 101},             // kCGPopUpMenuWindowLevel
-    {"_NET_WM_WINDOW_TYPE_POPUP_MENU", 101},                // kCGPopUpMenuWindowLevel
-    {"_NET_WM_WINDOW_TYPE_COMBO", 101},                     // kCGPopUpMenuWindowLevel
-    {"_NET_WM_WINDOW_TYPE_TOOLTIP", 102},                   // kCGOverlayWindowLevel
-    {"_KDE_NET_WM_WINDOW_TYPE_ON_SCREEN_DISPLAY", 102},     // kCGOverlayWindowLevel
-    {"_NET_WM_WINDOW_TYPE_DND", 500},                       // kCGDraggingWindowLevel
+    {"_NET_WM_WINDOW_TYPE_DROPDOWN_MENU", kMenuLayer},
+    {"_NET_WM_WINDOW_TYPE_POPUP_MENU", kMenuLayer},
+    {"_NET_WM_WINDOW_TYPE_COMBO", kMenuLayer},
+    {"_NET_WM_WINDOW_TYPE_TOOLTIP", 102},                // kCGOverlayWindowLevel
+    {"_KDE_NET_WM_WINDOW_TYPE_ON_SCREEN_DISPLAY", 102},  // kCGOverlayWindowLevel
+    {"_NET_WM_WINDOW_TYPE_DND", 500},                    // kCGDraggingWindowLevel
 };
 
 }  // namespace

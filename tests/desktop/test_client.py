@@ -1,14 +1,12 @@
-"""The Python client on real applications: README's first lines, and the tasks of examples/."""
+"""The clients on real applications: README's first lines, and the tasks of examples/."""
 import os
-import re
 import shutil
 import signal
-import subprocess
-import sys
 import tempfile
 import time
 import unittest
 
+from client_programs import LANGUAGES, command, readme_lines, run
 from protocol_schema import ROOT
 from quil_host import executable
 
@@ -19,15 +17,18 @@ RUNS = int(os.environ.get("QUIL_TEST_TASK_RUNS", "1"))
 
 class ClientTest(unittest.TestCase):
     def test_the_lines_of_the_readme(self):
-        with open(os.path.join(ROOT, "README.md"), encoding="utf-8") as file:
-            lines = re.search(r"^```python\n(.*?)^```", file.read(), re.M | re.S)[1]
-        self.run_on_desktop("-c", lines)
+        for language in LANGUAGES:
+            with self.subTest(language):
+                self.run_on_desktop(language, readme_lines(language))
+                with quil.Desktop(executable("quil")) as desktop:  # the next one is to begin with a calculator of its own
+                    desktop.get_by_role("menuitem", "Quit").click(timeout=20)
+                    desktop.get_by_role("menuitem", "Quit").wait_for("gone", timeout=20)
 
     def test_tasks(self):
         for _ in range(RUNS):
-            for task in ("fill_form", "find_word"):
+            for task in ("fill_form.py", "fill_form.ts", "find_word.py"):
                 with self.subTest(task):
-                    self.run_on_desktop("-B", os.path.join(ROOT, "examples", "tasks", task + ".py"))
+                    self.run_task(task)
 
     def test_an_application_that_is_stopped_and_one_that_quits(self):
         with quil.Desktop(executable("quil")) as desktop:
@@ -50,13 +51,18 @@ class ClientTest(unittest.TestCase):
     @unittest.skipUnless(shutil.which("localc"), "libreoffice-calc is not installed")
     def test_the_spreadsheet_task(self):
         for _ in range(RUNS):
-            self.run_on_desktop("-B", os.path.join(ROOT, "examples", "tasks", "sum_column.py"))
+            self.run_task("sum_column.py")
 
-    def run_on_desktop(self, *arguments):
+    def run_task(self, name):
+        language = {".py": "python", ".ts": "ts"}[os.path.splitext(name)[1]]
+        if language in LANGUAGES:
+            with open(os.path.join(ROOT, "examples", "tasks", name), encoding="utf-8") as file:
+                self.run_on_desktop(language, file.read())
+
+    def run_on_desktop(self, language, text):
         with tempfile.TemporaryDirectory() as home:
             environment = {**os.environ, "HOME": home, "PATH": f"{os.path.dirname(executable('quil'))}:{os.environ['PATH']}"}
-            done = subprocess.run([sys.executable, *arguments], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                                  timeout=200, env=environment)
+            done = run(*command(language, text, home), env=environment)
         self.assertEqual(done.returncode, 0, done.stdout)
 
 

@@ -1,27 +1,18 @@
-"""The Python client as a package: a wheel that carries the runtime, the pytest plugin, and README's first lines."""
+"""The clients as packages: a wheel and a tarball that carry the runtime, the pytest plugin, and README's first lines."""
 import json
 import os
-import re
-import subprocess
 import sys
 import tempfile
 import unittest
 import venv
 
 from protocol_schema import ROOT
+from client_programs import HAS_NODE, LANGUAGES, WITH_NODE, command, readme_lines, run
 from quil_host import executable
 from simulated import example
 
 WITHOUT_REPOSITORY = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"}
 
-
-def run(*command, **options):
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=120, **options)
-
-
-def readme_lines():
-    with open(os.path.join(ROOT, "README.md"), encoding="utf-8") as file:
-        return re.search(r"^```python\n(.*?)^```", file.read(), re.M | re.S)[1]
 
 
 class PackageTest(unittest.TestCase):
@@ -38,10 +29,14 @@ class PackageTest(unittest.TestCase):
             file.write(text)
         return self.path(name)
 
-    def test_a_wheel_with_the_runtime_in_an_empty_environment(self):
-        built = run(os.path.join(ROOT, "scripts", "package"), self.path("wheels"), os.environ["QUIL_BUILD_DIR"])
+    def packages(self):
+        """What scripts/package makes, by the endings of the files."""
+        built = run(os.path.join(ROOT, "scripts", "package"), self.path("packages"), os.environ["QUIL_BUILD_DIR"])
         self.assertEqual(built.returncode, 0, built.stdout)
-        wheel = self.path("wheels", built.stdout.split()[-1])
+        return {os.path.splitext(name)[1]: self.path("packages", name) for name in built.stdout.split()}
+
+    def test_a_wheel_with_the_runtime_in_an_empty_environment(self):
+        wheel = self.packages()[".whl"]
         venv.create(self.path("venv"), with_pip=True)
         python = self.path("venv", "bin", "python")
         for what in (wheel, os.path.join(ROOT, "clients", "python"), wheel):  # from the tree, too; without a network
@@ -55,6 +50,22 @@ class PackageTest(unittest.TestCase):
         self.assertTrue(os.path.samefile(os.path.dirname(runtime).partition("/lib/")[0], self.path("venv")))
         self.assertEqual(answer, "True")
 
+    @unittest.skipUnless(HAS_NODE, "the packages of clients/ are not installed")
+    def test_a_tarball_with_the_runtime_in_an_empty_folder(self):
+        tarball = self.packages()[".tgz"]
+        self.write("package.json", "{}")
+        for what in (os.path.join(ROOT, "clients", "typescript"), tarball):  # from the tree, too; without a network
+            done = run(WITH_NODE, "npm", "install", "--offline", "--silent", what, cwd=self.folder)
+            self.assertEqual(done.returncode, 0, done.stdout)
+        done = run(*command("ts", """
+            import { Desktop, findRuntime } from "quil";
+            await using desktop = new Desktop();
+            console.log(findRuntime()[0], (await desktop.permissions()).semantic);
+        """, self.folder), env=os.environ)
+        runtime, answer = done.stdout.split()
+        self.assertTrue(os.path.samefile(runtime, self.path("node_modules", "quil", "bin", "quil")))
+        self.assertEqual(answer, "true")
+
     def test_the_lines_of_the_readme_on_a_simulated_desktop(self):
         scenario = example("calculator")
         scenario["applications"][0]["bundleIdentifier"] = "galculator.desktop"
@@ -64,8 +75,11 @@ class PackageTest(unittest.TestCase):
         scenario["bundles"] = [{"path": "/Applications/galculator.app", "identifier": "galculator.desktop"}]
         shim = self.write("quil", f'#!/bin/sh\nexec {executable("quil-sim")} {self.write("scenario.json", json.dumps(scenario))}\n')
         os.chmod(shim, 0o755)
-        done = run(sys.executable, "-c", readme_lines(), env={**os.environ, "PATH": f"{self.folder}:/usr/bin:/bin"})
-        self.assertEqual((done.returncode, done.stdout), (0, ""))
+        environment = {**os.environ, "PATH": f"{self.folder}:{os.environ['PATH']}"}
+        for language in LANGUAGES:
+            with self.subTest(language):
+                done = run(*command(language, readme_lines(language), self.folder), env=environment)
+                self.assertEqual((done.returncode, done.stdout), (0, ""))
 
     def test_the_pytest_plugin(self):
         test = self.write("test_it.py", "def test_good(desktop):\n    desktop.get_by_role('button', '6').click()\n"

@@ -8,12 +8,12 @@
 /** The base of all errors of this package. */
 export class QuilError extends Error {
     /** The protocol's error code; undefined for a bad parameter and for errors of the client itself. */
-    readonly code?: string;
+    declare readonly code?: string;
 
     constructor(message: string, code?: string) {
         super(message);
         this.name = new.target.name;
-        this.code = code;
+        if (code !== undefined) this.code = code;
     }
 }
 

@@ -2,13 +2,13 @@
 
 import { AmbiguousElement, CommandFailed, ElementNotReady, NotInTime, PermissionRequired, QuilError, RuntimeGone, StaleSnapshot, UnsupportedOperation } from "quil";
 import { Forbidden } from "./policy.js";
-import { type Session, UnknownReference } from "./session.js";
-import { BadArguments } from "./tools/tool.js";
+import { BadArguments } from "./mistakes.js";
+import type { Session } from "./session.js";
 
 const MOST_OUTLINE = 2500;
 
 export async function explained(error: unknown, session: Session): Promise<string> {
-    if (error instanceof Forbidden || error instanceof UnknownReference || error instanceof BadArguments) return error.message;
+    if (error instanceof Forbidden || error instanceof BadArguments) return error.message;
     if (error instanceof NotInTime) return `${headline(error)}\n${advice(error)}\n${await outline(session)}`;
     if (error instanceof QuilError) return `${error.message}\n${advice(error)}`.trim();
     return error instanceof Error ? error.message : String(error);

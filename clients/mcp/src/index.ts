@@ -1,3 +1,7 @@
-/** The server as a library, for programs that start it themselves. */
-export { type ServerOptions, addServerOptions } from "./options.js";
+/** The server as a library, and what the terminal's command shares with it. */
+export { BadArguments } from "./mistakes.js";
+export { type ServerOptions, addServerOptions, commandOf } from "./options.js";
+export { Policy } from "./policy.js";
+export { Redaction } from "./redaction.js";
+export { Session } from "./session.js";
 export { start } from "./start.js";

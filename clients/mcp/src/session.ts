@@ -1,6 +1,8 @@
 /** The desktop as a model sees it: what it was shown last, and what an action changed. */
 
-import { type Desktop, type Element, type Locator, Observation, type OutlineOptions, type Target, UnknownMethod, body } from "quil";
+import { type Desktop, type Locator, Observation, type OutlineOptions, type Target, UnknownMethod, type Waiting } from "quil";
+import { fillIn, checkKeys } from "./doing.js";
+import { UnknownReference } from "./mistakes.js";
 import { Forbidden, type Policy } from "./policy.js";
 import type { Redaction } from "./redaction.js";
 import { References } from "./references.js";
@@ -12,15 +14,6 @@ const QUIET_MS = 50;
 const LONGEST_UNREST_MS = 1500;
 /** Characters of an answer about a window, where the caller does not say. */
 export const MOST_CHARACTERS = 5000;
-
-/** A reference that names nothing in front; the message tells the model what to do. */
-export class UnknownReference extends Error {
-    constructor(ref: number, known?: Element) {
-        super(known
-            ? `Reference ${ref} (${body(known)}) is not in the window that is in front. Call observe, or bring its window back with open.`
-            : `There is no reference ${ref}. References are the numbers at the beginning of the lines of observe.`);
-    }
-}
 
 /** The last picture that was shown; a place in it is a place on the desktop as long as the same window is in front. */
 export interface Shown {
@@ -63,6 +56,8 @@ export class Session {
     /** What is in front now, numbered; `shown` is without what must not be shown. Throws Forbidden for an application that the policy
      *  leaves out. */
     async look(signal?: AbortSignal): Promise<{ raw: Observation; shown: Observation }> {
+        // The tree's target is told after the tree was read, when another application may have come to the front.
+        if (this.policy.namesApplications) await this.demandFront(signal);
         const state = await this.desktop.runtime.desktopAxGetState({}, { signal });
         this.policy.demand(state.target ?? {});
         const raw = this.references.number(state);
@@ -115,6 +110,20 @@ export class Session {
             await runtime.desktopAxWait({ revision: "none", timeoutMs: LONGEST_UNREST_MS - FIRST_CHANGE_MS, quietMs: QUIET_MS }, { signal });
         } catch (error) {
             if (!(error instanceof UnknownMethod)) throw error;
+        }
+    }
+
+    /** Gives an element a value: the text of a field, the option of a combo box or list, on or off. */
+    fill(locator: Locator, text: string, options: Waiting): Promise<void> {
+        return fillIn(locator, text, options);
+    }
+
+    /** Presses key combinations, one after the other. None is pressed when one of them is none. */
+    async press(combos: readonly string[], signal?: AbortSignal): Promise<void> {
+        combos.forEach(checkKeys);
+        for (const combo of combos) {
+            await this.demandFront(signal);
+            await this.desktop.keyboard.press(combo, { signal });
         }
     }
 

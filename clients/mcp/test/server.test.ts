@@ -21,7 +21,7 @@ async function connect(t: TestContext, { scenario = "form.json", args = [], clie
     const client = new Client({ name: "test", version: "1" }, options);
     prepare?.(client);
     const path = scenario.startsWith("/") ? scenario : join(SCENARIOS, scenario);
-    await client.connect(new StdioClientTransport({ command: process.execPath, args: [SERVER, ...args, "--runtime", QUIL_SIM, path] }));
+    await client.connect(new StdioClientTransport({ command: process.execPath, args: [SERVER, ...args, "--runtime", JSON.stringify(QUIL_SIM) + " " + JSON.stringify(path)] }));
     t.after(() => client.close());
     const call = async (name: string, input: Record<string, unknown> = {}, request: object = {}): Promise<Answer> => {
         const { content, isError, structuredContent } = await client.callTool({ name, arguments: input }, request);

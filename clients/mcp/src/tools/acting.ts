@@ -1,6 +1,8 @@
-import { type Locator, center } from "quil";
+import { center } from "quil";
 import { z } from "zod";
-import { BadArguments, type Context, described, element, locate, namesElement, pixel, place, tool } from "./tool.js";
+import { checkKeys } from "../doing.js";
+import { BadArguments } from "../mistakes.js";
+import { type Context, described, element, locate, namesElement, pixel, place, tool } from "./tool.js";
 
 const always = () => true;
 const modifiers = z.string().optional().describe("held down, e.g. ctrl+shift");
@@ -48,28 +50,10 @@ export const fill = tool({
     annotations: { destructiveHint: true, idempotentHint: true },
     question: (input) => `change ${described(input)}`,
     async run(input, { session, signal }) {
-        const locator = locate(session, input);
-        const options = { timeout: READY, signal };
-        const { shortRole } = await locator.element(options);
-        if (["checkbox", "switch", "radio"].includes(shortRole)) {
-            const isOn = { on: true, true: true, off: false, false: false }[input.text.trim().toLowerCase()];
-            if (isOn === undefined) throw new BadArguments(`A ${shortRole} takes the text on or off.`);
-            await (isOn ? locator.check(options) : locator.uncheck(options));
-        } else if (["combobox", "list"].includes(shortRole)) {
-            await choose(locator, input.text, options);
-        } else {
-            await locator.fill(input.text, options);
-        }
+        await session.fill(locate(session, input), input.text, { timeout: READY, signal });
         return { text: "" };
     },
 });
-
-/** A combo box may also be a field that takes any text. */
-async function choose(locator: Locator, text: string, options: { timeout: number; signal: AbortSignal }): Promise<void> {
-    const { actions, role } = await locator.element(options);
-    if (role === "AXComboBox" && !actions.includes("AXPress")) await locator.fill(text, options);
-    else await locator.select(text, options);
-}
 
 export const type = tool({
     name: "type",
@@ -95,27 +79,10 @@ export const type = tool({
         } else if (input.text !== undefined) {
             await session.desktop.keyboard.type(input.text, { signal });
         }
-        for (const combo of keys) {
-            await session.demandFront(signal);
-            await session.desktop.keyboard.press(combo, { signal });
-        }
+        await session.press(keys, signal);
         return { text: "" };
     },
 });
-
-const MODIFIERS = new Set(["cmd", "command", "meta", "ctrl", "control", "alt", "option", "shift"]);
-const KEYS = new Set([..."abcdefghijklmnopqrstuvwxyz0123456789=-][';\\,/.`", "return", "tab", "space", "delete", "escape", "left", "right", "down", "up", "home", "end",
-    "pageup", "pagedown", ...Array.from({ length: 12 }, (_, index) => `f${index + 1}`)]);
-
-/** The runtime presses nothing for a name that it does not know, and says nothing; a model should hear of it. */
-function checkKeys(combo: string): void {
-    const names = combo.toLowerCase().split("+");
-    const unknown = names.filter((name) => !MODIFIERS.has(name) && !KEYS.has(name) && !/^keycode-\d{1,5}$/.test(name));
-    if (unknown.length > 0) {
-        throw new BadArguments(`There is no key ${unknown.map((name) => JSON.stringify(name)).join(", ")}. Keys are a to z, 0 to 9, ${[...KEYS].slice(36).join(" ")}; modifiers ctrl, shift, alt, cmd; joined by +. Type other characters as text.`);
-    }
-    if (!names.some((name) => !MODIFIERS.has(name))) throw new BadArguments(`${combo} has no key, only modifiers.`);
-}
 
 export const scroll = tool({
     name: "scroll",

@@ -1,6 +1,7 @@
 import { z } from "zod";
 import type { RecordedAction, Recording } from "quil";
-import { BadArguments, tool } from "./tool.js";
+import { BadArguments } from "../mistakes.js";
+import { tool } from "./tool.js";
 
 const MOST_TEXT = 20_000;
 

@@ -1,7 +1,8 @@
 import { z } from "zod";
 import { body } from "quil";
 import { withBoxes } from "../boxes.js";
-import { BadArguments, NEVER, element, locate, namesElement, tool } from "./tool.js";
+import { BadArguments } from "../mistakes.js";
+import { NEVER, element, locate, namesElement, tool } from "./tool.js";
 
 export const observe = tool({
     name: "observe",

@@ -1,5 +1,6 @@
 import { z } from "zod";
 import type { Locator } from "quil";
+import { BadArguments } from "../mistakes.js";
 import type { Session } from "../session.js";
 
 /** What a tool gets beside its arguments. */
@@ -56,9 +57,6 @@ export const pixel = {
 
 export type ElementInput = { ref?: number | undefined; role?: string | undefined; name?: string | undefined };
 export type PointInput = ElementInput & { x?: number | undefined; y?: number | undefined };
-
-/** What was asked for cannot be understood; the message tells how to ask. */
-export class BadArguments extends Error {}
 
 export const namesElement = (input: ElementInput): boolean => input.ref !== undefined || input.role !== undefined || input.name !== undefined;
 

@@ -1,0 +1,56 @@
+import { Desktop } from "quil";
+import { Policy, Redaction, Session, commandOf } from "quil-mcp";
+
+export interface GlobalOptions {
+    runtime?: string;
+    json?: boolean;
+    timeout?: number;
+}
+
+/** What commands share: the desktop, which is started by the first that needs it, and where they print. */
+export class Context {
+    readonly session: Session;
+    /** Aborted when the user interrupts. */
+    readonly signal: AbortSignal;
+    /** Whether several commands share the desktop. */
+    isShell = false;
+    #global: GlobalOptions = {};
+    #desktop: Desktop | undefined;
+
+    constructor(signal: AbortSignal) {
+        this.signal = signal;
+        this.session = new Session(() => this.#connect(), new Policy(), new Redaction());
+    }
+
+    #connect(): Desktop {
+        this.#desktop = new Desktop({ runtime: commandOf(this.#global.runtime) });
+        return this.#desktop;
+    }
+
+    set global(options: GlobalOptions) {
+        this.#global = options;
+    }
+
+    get json(): boolean {
+        return this.#global.json ?? false;
+    }
+
+    get desktop(): Desktop {
+        return this.session.desktop;
+    }
+
+    /** For locators; 5 s when not said. */
+    get waiting(): { timeout: number; signal: AbortSignal } {
+        return { timeout: this.#global.timeout ?? 5, signal: this.signal };
+    }
+
+    /** Prints a result: its text for people, or the same facts as one line of JSON. */
+    print(text: string, facts: unknown): void {
+        const line = this.json ? JSON.stringify(facts) : text;
+        if (line !== "") process.stdout.write(`${line}\n`);
+    }
+
+    async close(): Promise<void> {
+        await this.#desktop?.close();
+    }
+}

@@ -18,12 +18,12 @@ function write(name, text) {
     if (text !== before) writeFileSync(file, text);
 }
 
-/** A schema without what types cannot tell or would tell twice: what stands beside a reference, and which members exclude each other. */
+/** A schema without what types cannot tell or would tell twice: what stands beside a reference, which members exclude each other, counts. */
 function plain(part) {
     if (Array.isArray(part)) return part.map(plain);
     if (part === null || typeof part !== "object") return part;
     if (part.$ref) return { $ref: part.$ref };
-    const kept = Object.entries(part).filter(([key]) => key !== "anyOf" || !part.properties);
+    const kept = Object.entries(part).filter(([key]) => !(key === "anyOf" && part.properties) && !/^(min|max)Items$/.test(key));
     return Object.fromEntries(kept.map(([key, value]) => [key, plain(value)]));
 }
 
@@ -67,6 +67,6 @@ function methodsFile(methods) {
 const schema = JSON.parse(readFileSync(new URL("quil.schema.json", PROTOCOL), "utf8"));
 const methods = methodsOf(schema);
 mkdirSync(GENERATED, { recursive: true });
-write("protocol.ts", await compile(plain(schema), "Quil", { additionalProperties: false, ignoreMinAndMaxItems: true, bannerComment: BANNER, format: false }));
+write("protocol.ts", await compile(plain(schema), "Quil", { additionalProperties: false, bannerComment: BANNER, format: false }));
 write("methods.ts", methodsFile(methods));
 write("roles.ts", `${BANNER}export default ${readFileSync(new URL("roles.json", PROTOCOL), "utf8").trim()} as const;\n`);

@@ -17,15 +17,21 @@ import { now, short, type Waiting } from "./waiting.js";
 const LAUNCH_SECONDS = 30;
 const OWN_NAME_SECONDS = 1; // after which another program in front counts as the one that was launched
 
-/** An ordinary window; its title, owner and process are "" or 0 when unknown, its bounds are in global screen coordinates. */
-export type Window = Omit<ProtocolWindow, "bounds"> & { bounds?: Rectangle };
+/** An ordinary window; its title, owner and process are "" or 0 when unknown. */
+export type Window = Omit<ProtocolWindow, "bounds"> & {
+    /** In global screen coordinates; left out when unknown. */
+    bounds?: Rectangle;
+};
 
-/** One view of a glimpse: "axText" with text, or "screenshot" with the target and, where there was something to picture, a picture. */
+/** One view of a glimpse. */
 export interface Glimpse {
+    /** What it shows. */
     type: "axText" | "screenshot";
     /** "" of a screenshot. */
     text: string;
+    /** Of a screenshot, where there was something to picture. */
     picture?: Picture;
+    /** Of a screenshot: what was in front then. */
     target?: Target;
 }
 
@@ -35,7 +41,7 @@ export interface DesktopOptions {
     runtime?: Command;
     /** How many seconds locators and expectations wait when they are not told; 5 when not said. */
     timeout?: number;
-    /** How many seconds the runtime has for one answer; after that it is ended and {@link RuntimeGone} thrown. 30 when not said. */
+    /** How many seconds the runtime has for one answer; after that it is ended and RuntimeGone thrown. 30 when not said. */
     answerSeconds?: number;
 }
 
@@ -66,6 +72,7 @@ export class Desktop extends Locators {
         return this.runtime.close();
     }
 
+    /** Ends the runtime at the end of a block that has it by `await using`. */
     [Symbol.asyncDispose](): Promise<void> {
         return this.close();
     }

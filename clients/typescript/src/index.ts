@@ -20,6 +20,7 @@ export { isSameWindow } from "./again.js";
 export { Desktop, type DesktopOptions, type Glimpse, type Window } from "./desktop.js";
 export * from "./errors.js";
 export { expect, type Expectation } from "./expect.js";
+export type * as protocol from "./generated/protocol.js";
 export type { Call, Method, MethodTypes } from "./generated/methods.js";
 export type { Application, Display, MouseButton, Node, Point, RecordedAction, Target } from "./generated/protocol.js";
 export { type Clipboard, Fraction, type Keyboard, type Mouse, type Place } from "./input.js";

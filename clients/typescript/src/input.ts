@@ -5,7 +5,12 @@ import type { Bounds, MouseButton, Point } from "./generated/protocol.js";
 
 /** A place as fractions, from 0 to 1, of the virtual screen, the smallest rectangle around all displays. */
 export class Fraction {
-    constructor(readonly x: number, readonly y: number) {}
+    constructor(
+        /** From the left. */
+        readonly x: number,
+        /** From the top. */
+        readonly y: number,
+    ) {}
 }
 
 /** A Fraction, or x and y in global screen coordinates: points from the top left of the main display. */

@@ -10,7 +10,9 @@ export interface CriteriaOptions {
     role?: string;
     /** What the user would call it (Element.label). */
     name?: Text;
+    /** What its program says of it. */
     description?: Text;
+    /** Its value, of which 500 characters are known here. */
     value?: Text;
     /** The identifier that its program gave it; always as a whole and in its case. */
     id?: Text;

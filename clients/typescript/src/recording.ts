@@ -30,6 +30,7 @@ export class Recording {
         return this.#isRunning;
     }
 
+    /** The actions as they happen, until it is ended. */
     [Symbol.asyncIterator](): AsyncGenerator<RecordedAction, void> {
         return this.within(Infinity);
     }
@@ -62,6 +63,7 @@ export class Recording {
         return events;
     }
 
+    /** Stops it at the end of a block that has it by `await using`. */
     async [Symbol.asyncDispose](): Promise<void> {
         if (this.#runtime.isRunning) await this.stop();
     }

@@ -28,7 +28,10 @@ export interface TestContext {
     /** Of node:test: adds a text to the report. */
     diagnostic?(text: string): void;
     /** Of vitest: the test. */
-    task?: { name: string };
+    task?: {
+        /** Its name. */
+        name: string;
+    };
     /** Of vitest: adds a text to the report. */
     annotate?(text: string): unknown;
     /** Aborted when the test has run out of time. */

@@ -1,6 +1,7 @@
 """Which desktop entry a running application comes from, and its name."""
 import os
 import shutil
+import signal
 import unittest
 
 from desktop_entries import FOLDER, EntriesTest
@@ -23,7 +24,8 @@ class ApplicationsTest(EntriesTest):
         for command, identifier, name in (("galculator", "galculator.desktop", "Galculator"),
                                           ("mousepad", "org.xfce.mousepad.desktop", "Mousepad"),
                                           ("featherpad", "featherpad.desktop", "FeatherPad"),
-                                          ("xterm", "debian-xterm.desktop", "XTerm")):
+                                          ("xterm", "debian-xterm.desktop", "XTerm"),
+                                          ("uxterm", "debian-uxterm.desktop", "UXTerm")):
             with self.subTest(command):
                 program = Program(self, command)
                 entry = self.entry(program.window)
@@ -38,29 +40,55 @@ class ApplicationsTest(EntriesTest):
 
     def test_every_hint(self):
         script = os.path.join(FOLDER, "The-Script.py")
-        shutil.copy(os.path.join(SUPPORT, "window_app.py"), script)
+        twin = os.path.join(FOLDER, "elsewhere", "The-Script.py")
+        os.mkdir(os.path.dirname(twin))
+        for path in (script, twin):
+            shutil.copy(os.path.join(SUPPORT, "window_app.py"), path)
         plain = lambda: window_app(self, "qt5", "plain")
-        cases = {
-            "its program": ("org.example.ByProgram.desktop", {"Exec": f"{PYTHON} {script} qt5 %F"},
-                            lambda: Program(self, PYTHON, script, "qt5", "T", "300", "200")),
-            "its class": ("org.example.ByClass.desktop",
-                          {"Exec": "sh", "StartupWMClass": "Window_App.py"}, plain),
-            "its class as the id": ("window_app.py.desktop", {"Exec": "sh"}, plain),
-            "its class as the last part": (
-                "org.example.Special.desktop", {"Exec": "sh"},
-                lambda: Program(self, "xterm", "-name", "s", "-class", "Special")),
-            "its application id": ("org.example.ById.desktop", {"Exec": "sh"}, lambda: window_app(
-                self, "gtk4", "G", 300, 200, "id=org.example.ById")),
-            "an id with a folder": ("vendor/tool.desktop",
-                                    {"Exec": "sh", "StartupWMClass": "window_app.py"}, plain),
-        }
-        for case, (name, keys, start) in cases.items():
+        terminal = lambda *options: lambda: Program(self, "xterm", *options)
+        named = lambda name: lambda: window_app(self, "gtk3", "named", 300, 200, f"id={name}")
+        runs = lambda path: lambda: Program(self, PYTHON, "-B", "-W", "ignore", path, "qt5", "T",
+                                            "300", "200")
+        by_script = {"Exec": f"{PYTHON} {script} qt5 %F"}
+        cases = (
+            ("its script", "org.example.ByProgram.desktop", by_script, runs(script), True),
+            ("another script of that name", "org.example.ByProgram.desktop", by_script, runs(twin),
+             False),
+            ("its executable", "any.desktop", {"Exec": "/usr/bin/xterm"},
+             terminal("-name", "s", "-class", "S"), True),
+            ("another program of that name", "any.desktop",
+             {"Exec": shutil.copy("/usr/bin/true", os.path.join(FOLDER, "xterm"))},
+             terminal("-name", "s", "-class", "S"), False),
+            ("its class, folded", "org.example.ByClass.desktop",
+             {"Exec": "sh", "StartupWMClass": "Window_App.py"}, plain, True),
+            ("its class as written before its instance, folded", "special.desktop",
+             {"Exec": "sh", "StartupWMClass": "Special"},
+             terminal("-class", "Special"), True),
+            ("its class, which is of another program", "galculator.desktop", {"Exec": "galculator"},
+             terminal("-name", "s", "-class", "Galculator"), False),
+            ("its class as the id", "Special.desktop", {"Exec": "sh"},
+             terminal("-name", "s", "-class", "Special"), True),
+            ("its class as the last part of an id", "org.example.Special.desktop", {"Exec": "sh"},
+             terminal("-name", "s", "-class", "Special"), False),
+            ("a script's class as the id", "xlogo.desktop", {"Exec": "sh"}, named("xlogo"), False),
+            ("a script's unique name as the id", "org.example.Logo.desktop", {"Exec": "sh"},
+             named("org.example.Logo"), True),
+            ("its application id", "org.example.ById.desktop", {"Exec": "sh"},
+             lambda: window_app(self, "gtk4", "G", 300, 200, "id=org.example.ById"), True),
+            ("an id with a folder", "vendor/tool.desktop",
+             {"Exec": "sh", "StartupWMClass": "window_app.py"}, plain, True),
+        )
+        for case, name, keys, start, is_meant in cases:
             with self.subTest(case):
                 path = self.install(name, **keys)
                 program = start()
-                self.assertEqual(self.identifier(program), name.replace("/", "-"))
-                os.remove(path)
-                self.assertNotEqual(self.identifier(program), name.replace("/", "-"), "removed")
+                identifier = name.replace("/", "-")
+                if is_meant:
+                    self.assertEqual(self.identifier(program), identifier)
+                    os.remove(path)
+                self.assertNotEqual(self.identifier(program), identifier)
+                if not is_meant:
+                    os.remove(path)
                 program.end()
 
     def test_the_surer_hint_wins(self):
@@ -87,39 +115,102 @@ class ApplicationsTest(EntriesTest):
                "_KDE_NET_WM_DESKTOP_FILE", "kde")
         expect("kde.desktop")
 
-    def test_a_process_with_windows_of_two_entries_is_its_foremost(self):
+    def test_a_process_with_windows_of_two_entries_is_its_active_one(self):
         Program(self, PYTHON, "-c", """
 import gi
 gi.require_version("Gtk", "3.0")
 from gi.repository import Gtk
-for name in ("writer", "table"):
+owner = None
+for name in ("writer", "table", "dialog", "stray"):
     window = Gtk.Window(title=name)
     window.set_wmclass(name, name)
+    if name == "dialog":
+        window.set_transient_for(owner)
     window.show_all()
+    owner = window
 Gtk.main()""")
         for name in ("writer", "table"):
             self.install(name + ".desktop", Exec="sh", StartupWMClass=name, Name=name.title())
-        until(lambda: len(self.host.result("desktop_windows_list")["windows"]) == 2, "two windows")
-        for name in ("writer", "table", "writer"):
-            output("xdotool", "search", "--name", f"^{name}$", "windowactivate", "--sync")
-            windows = until(lambda: (w := self.host.result("desktop_windows_list")["windows"]) and
-                            w[0]["name"] == name and w, "in front")
-            known = [self.host.result("desktop_target")["target"]] + windows
-            running = [app for app in self.host.result("desktop_apps_list")["apps"]
-                       if app["running"]]
-            self.assertEqual({record["bundleIdentifier"] for record in known + running},
-                             {name + ".desktop"})
-            self.assertEqual({window["owner"] for window in windows}, {name.title()})
+        listed = lambda: self.host.result("desktop_windows_list")["windows"]
+        until(lambda: len(listed()) == 4, "its windows")
+        known = lambda: [self.host.result("desktop_target")["target"], *listed(),
+                         *(app for app in self.host.result("desktop_apps_list")["apps"]
+                           if app["running"])]
+        for name, entry in (("writer", "writer"), ("table", "table"), ("stray", "table"),
+                            ("writer", "writer"), ("dialog", "table")):
+            with self.subTest(name):
+                output("xdotool", "search", "--name", f"^{name}$", "windowactivate", "--sync")
+                self.assertEqual({record["bundleIdentifier"] for record in known()},
+                                 {entry + ".desktop"})
+                self.assertEqual({window["owner"] for window in listed()}, {entry.title()})
+        # The one with the focus need not be the foremost.
+        output("wmctrl", "-r", "writer", "-b", "add,above")
+        output("xdotool", "search", "--name", "^table$", "windowactivate", "--sync")
+        until(lambda: listed()[0]["name"] == "writer", "kept above")
+        self.assertEqual({record["bundleIdentifier"] for record in known()}, {"table.desktop"})
 
     def test_what_was_launched_keeps_its_identity(self):
-        self.install("launched.desktop", Exec=f"{PYTHON} {SUPPORT}/window_app.py qt5 L 300 200")
+        def wrapper(name, text):
+            path = os.path.join(FOLDER, name)
+            with open(path, "w") as file:
+                file.write(text)
+            os.chmod(path, 0o755)
+            return path
+
+        app = f"{PYTHON} {SUPPORT}/window_app.py qt5 L 300 200"
+        calculator = "galculator.desktop"
         self.install("other.desktop", Exec="sh", StartupWMClass="window_app.py")
-        self.host.result("desktop_launch_app", appId="launched.desktop")
-        window = int(output("xdotool", "search", "--sync", "--onlyvisible", "--name", "^L$"))
-        self.addCleanup(output, "xdotool", "windowkill", str(window))
-        self.assertEqual(self.entry(window)["bundleIdentifier"], "launched.desktop")
-        until(lambda: self.host.result("desktop_target")["target"].get("bundleIdentifier") ==
-              "launched.desktop", "in front")
+        cases = (
+            ("the program itself", app, {}, "launched.desktop"),
+            ("one that becomes it", wrapper("execs", "#!/bin/sh\nexec galculator\n"), {},
+             "launched.desktop"),
+            ("one that waits", wrapper("waits", "#!/bin/sh\ngalculator\ntrue\n"), {},
+             "launched.desktop"),
+            ("two that wait", wrapper("outer", f"#!{PYTHON}\nimport os\n"
+                                      f"os.system('{FOLDER}/waits; true')\n"), {},
+             "launched.desktop"),
+            ("one that ends", wrapper("ends", "#!/bin/sh\ngalculator &\n"), {},
+             "launched.desktop"),
+            ("a program with windows", "xterm -T x -e galculator", {}, calculator),
+            ("a class of another entry", app, {"StartupWMClass": "mine"}, "other.desktop"),
+            ("a class of no other entry", "galculator", {"StartupWMClass": "mine"}, calculator),
+        )
+        for case, command, keys, identifier in cases:
+            with self.subTest(case):
+                path = self.install("launched.desktop", Exec=command, **keys)
+                self.host.result("desktop_launch_app", appId="launched.desktop")
+                title = "L" if command == app else "galculator"
+                window = int(output("xdotool", "search", "--sync", "--onlyvisible", "--name",
+                                    f"^{title}$").split()[0])
+                self.assertEqual(self.entry(window)["bundleIdentifier"], identifier)
+                until(lambda: self.host.result("desktop_target")["target"].get("bundleIdentifier")
+                      == identifier, "in front")
+                self.assertIn(identifier, [
+                    record["appId"] for record in self.host.result("desktop_apps_list")["apps"]
+                    if record["running"]])
+                for record in self.host.result("desktop_windows_list")["windows"]:
+                    os.kill(record["pid"], signal.SIGKILL)
+                until(lambda: not self.host.result("desktop_windows_list")["windows"], "ended")
+                os.remove(path)
+
+    def test_what_runs_can_be_launched(self):
+        """Whatever file an application was launched from."""
+        places = {"by its id": FOLDER, "by its path": os.path.join(FOLDER, os.pardir)}
+        for case, folder in places.items():
+            with self.subTest(case):
+                path = os.path.normpath(self.install(os.path.join(folder, "mine.desktop"),
+                                                     Exec="galculator"))
+                self.addCleanup(lambda file=path: os.path.exists(file) and os.remove(file))
+                for _ in range(2):
+                    self.host.result("desktop_launch_app", appId=path)
+                    window = until(lambda: self.host.result("desktop_windows_list")["windows"],
+                                   "its window")[0]
+                    path = window["bundleIdentifier"]
+                    os.kill(window["pid"], signal.SIGKILL)
+                    until(lambda: not self.host.result("desktop_windows_list")["windows"], "ended")
+                self.assertEqual(path.startswith("/"), case == "by its path")
+                if not path.startswith("/"):
+                    os.remove(os.path.join(FOLDER, path))
 
 
 if __name__ == "__main__":

@@ -112,6 +112,8 @@ class LaunchingTest(EntriesTest):
                 (missing, f"launch failed: {missing}"),
                 ("/opt/Notes.app", "launch failed: /opt/Notes.app"),
                 ("Galculator", "application not found: Galculator"),
+                *((f"{dashes}.desktop", f"application not found: {dashes}.desktop")
+                  for dashes in ("-" * 200, "-" * 100_000)),
                 ("../galculator.desktop", "application not found: ../galculator.desktop"),
                 ("/usr/bin/true", "launch_app only accepts .app bundles")):
             with self.subTest(app):

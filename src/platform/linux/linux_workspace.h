@@ -25,19 +25,32 @@ class LinuxWorkspace : public Workspace {
     /// looked at.
     std::optional<RunningApplication> runningApplicationWithProcessIdentifier(
         std::int32_t pid) override;
-    /// Those with ordinary windows, wherever these are, front to back.
+    /// Those with ordinary windows, wherever these are, front to back. An application that shows
+    /// windows of several desktop entries is known by the active one of them, else the foremost
+    /// ordinary one.
     std::vector<RunningApplication> runningApplications() override;
     std::optional<std::string> urlForApplicationWithBundleIdentifier(
         std::string_view bundleIdentifier) override;
     bool openUrl(std::string_view path) override;
 
-    /// The applications that own these windows, given front to back, by process. One that shows
-    /// windows of several desktop entries is known by its foremost window.
+    /// The applications that own these windows, given front to back, by process.
     std::map<std::int32_t, RunningApplication> ownersOf(const std::vector<X11Window>& windows);
 
   private:
-    /// The application that owns the window; nothing when its process is not known.
-    std::optional<RunningApplication> applicationOf(const X11Window& window);
+    using Windows = std::vector<X11Window>;
+
+    /// The application that owns the window; nothing when its process is not known. A window that
+    /// leads to no entry itself is taken to be of the entry of the window that it belongs to, else
+    /// of another window of its process. `all` are the windows to look through, if they are at
+    /// hand.
+    std::optional<RunningApplication> applicationOf(X11Connection& connection,
+                                                    const X11Window& window, const Windows* all);
+    std::optional<MatchedEntry> entryOf(X11Connection& connection, const X11Window& window);
+    /// The entry of the nearest owner that has one, upward.
+    std::optional<MatchedEntry> entryOfOwner(X11Connection& connection, const X11Window& window);
+    /// The foremost entry that a window of the same process leads to itself.
+    std::optional<MatchedEntry> entryOfOthers(X11Connection& connection, const X11Window& window,
+                                              const Windows& all);
 
     X11Display& display_;
     PointerEffects& effects_;

@@ -1,5 +1,7 @@
 #include "platform/linux/applications/application_identities.h"
 
+#include <algorithm>
+
 #include "platform/linux/applications/processes.h"
 
 namespace quil::linux_platform {
@@ -7,6 +9,8 @@ namespace {
 
 /// So many identities are kept before the ended processes among them are looked for.
 constexpr std::size_t kManyIdentities = 256;
+/// So many kinds of windows of one process are remembered.
+constexpr std::size_t kManyEntries = 64;
 
 std::optional<std::string> nonEmpty(std::string text) {
     return text.empty() ? std::nullopt : std::optional(std::move(text));
@@ -20,34 +24,45 @@ void ApplicationIdentities::forgetOutdated() {
     installedEntries_ = installed;
     if (identities_.size() < kManyIdentities) return;
     std::erase_if(identities_, [](const auto& known) {
-        return startTimeOf(known.first) != known.second.startTime;
+        const auto startTime = startTimeOf(known.first);
+        return !startTime || startTime != known.second.startTime;
     });
 }
 
-std::optional<RunningApplication> ApplicationIdentities::identified(std::int32_t pid) {
+ApplicationIdentities::Identity& ApplicationIdentities::identityOf(std::int32_t pid) {
     forgetOutdated();
-    const auto known = identities_.find(pid);
+    Identity& identity = identities_[pid];
     const auto startTime = startTimeOf(pid);
-    if (known == identities_.end() || !startTime || known->second.startTime != startTime) return {};
-    return known->second.application;
+    if (!startTime || identity.startTime != startTime) identity = {startTime, {}, {}};
+    return identity;
 }
 
-RunningApplication ApplicationIdentities::identify(const ApplicationHints& hints) {
-    // One process can show windows of several entries, so the window has to be the same kind, too.
-    const auto last = identified(hints.pid);
-    if (last && identities_.at(hints.pid).hints == hints) return *last;
+std::optional<RunningApplication> ApplicationIdentities::identified(std::int32_t pid) {
+    return identityOf(pid).application;
+}
 
+std::optional<MatchedEntry> ApplicationIdentities::entryOf(const ApplicationHints& hints,
+                                                           const IsOnDisplay& isOnDisplay) {
+    auto& entries = identityOf(hints.pid).entries;
+    const auto known =
+        std::ranges::find(entries, hints, &decltype(Identity::entries)::value_type::first);
+    if (known != entries.end()) return known->second;
+    if (entries.size() == kManyEntries) entries.clear();
+    return entries.emplace_back(hints, matcher_.find(hints, isOnDisplay)).second;
+}
+
+RunningApplication ApplicationIdentities::identify(const ApplicationHints& hints,
+                                                   const std::optional<MatchedEntry>& entry) {
     RunningApplication application;
     application.processIdentifier = hints.pid;
     application.executablePath = executableOf(hints.pid);
-    if (auto entry = matcher_.find(hints)) {
-        application.bundleIdentifier = std::move(entry->id);
-        application.localizedName = nonEmpty(std::move(entry->localizedName));
+    if (entry) {
+        application.bundleIdentifier = entry->id;
+        application.localizedName = nonEmpty(entry->localizedName);
     }
     if (!application.localizedName) application.localizedName = nonEmpty(hints.className);
     if (!application.localizedName) application.localizedName = nonEmpty(processName(hints.pid));
-    identities_[hints.pid] = {hints, startTimeOf(hints.pid), application};
-    return application;
+    return identityOf(hints.pid).application.emplace(std::move(application));
 }
 
 }  // namespace quil::linux_platform

@@ -11,14 +11,18 @@ bool isFile(const std::string& path) {
 }
 
 /// In an id, a dash may stand for the slash of a sub-folder: "kde/ark.desktop" is
-/// "kde-ark.desktop". Tries the file name as it is first, then with ever more slashes.
-std::optional<std::string> findBelow(const std::string& folder, std::string_view id) {
+/// "kde-ark.desktop". The file name as it is goes first. What is looked at are the folders that
+/// exist, since an id can have any number of dashes.
+std::optional<std::string> findBelow(const std::string& folder, std::string_view id, int depth) {
     std::string path = folder + '/' + std::string(id);
     if (isFile(path)) return path;
-    for (auto dash = id.find('-'); dash != std::string_view::npos; dash = id.find('-', dash + 1)) {
-        const std::string subFolder = folder + '/' + std::string(id.substr(0, dash));
-        if (!g_file_test(subFolder.c_str(), G_FILE_TEST_IS_DIR)) continue;
-        if (auto found = findBelow(subFolder, id.substr(dash + 1))) return found;
+    if (depth == kDeepestEntryFolder || id.find('-') == std::string_view::npos) return {};
+    const GlibDirectory directory(g_dir_open(folder.c_str(), 0, nullptr));
+    while (const char* name = directory ? g_dir_read_name(directory.get()) : nullptr) {
+        const std::string_view subFolder(name);
+        if (!id.starts_with(subFolder) || !id.substr(subFolder.size()).starts_with('-')) continue;
+        const auto rest = id.substr(subFolder.size() + 1);
+        if (auto found = findBelow(folder + '/' + name, rest, depth + 1)) return found;
     }
     return {};
 }
@@ -52,7 +56,7 @@ std::optional<std::string> findDesktopEntry(std::string_view id) {
         return {};
     }
     for (const std::string& folder : desktopEntryFolders()) {
-        const auto path = findBelow(folder, id);
+        const auto path = findBelow(folder, id, 0);
         if (!path) continue;
         const GlibKeyFile keys = readKeysOfDesktopEntry(*path);
         const bool removed = keys && g_key_file_get_boolean(keys.get(), G_KEY_FILE_DESKTOP_GROUP,

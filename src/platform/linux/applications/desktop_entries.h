@@ -16,6 +16,10 @@ namespace quil::linux_platform {
 
 inline constexpr std::string_view kDesktopEntrySuffix = ".desktop";
 
+/// So many folders can lie inside each other below an "applications" folder. There are few and flat
+/// ones; links could make them endless.
+inline constexpr int kDeepestEntryFolder = 4;
+
 using DesktopEntry = GObjectHandle<GDesktopAppInfo>;
 
 /// The "applications" folders of the data directories, the user's own first. An entry in an

@@ -8,14 +8,12 @@
 
 #include "platform/linux/applications/desktop_entries.h"
 #include "platform/linux/applications/processes.h"
+#include "platform/linux/applications/program_files.h"
 #include "platform/linux/applications/program_name.h"
 #include "text/characters.h"
 
 namespace quil::linux_platform {
 namespace {
-
-/// Folders below "applications" are few and flat; links could make them endless.
-constexpr int kMaximumDepth = 4;
 
 std::string textOrEmpty(const char* text) {
     return text ? validUtf8(text) : std::string();
@@ -23,10 +21,6 @@ std::string textOrEmpty(const char* text) {
 
 std::string withSuffix(const std::string& id) {
     return id.ends_with(kDesktopEntrySuffix) ? id : id + std::string(kDesktopEntrySuffix);
-}
-
-std::string_view withoutSuffix(std::string_view id) {
-    return id.substr(0, id.size() - kDesktopEntrySuffix.size());
 }
 
 /// An entry's id is its path below its "applications" folder, with dashes for slashes. Elsewhere it
@@ -41,28 +35,81 @@ std::string idOfFile(const std::string& path) {
     return std::string(fileName(path));
 }
 
-std::optional<MatchedEntry> entryInFile(const std::string& path, std::string id) {
-    const DesktopEntry entry = readDesktopEntry(path);
-    if (!entry) return {};
-    return MatchedEntry{std::move(id), localizedNameOf(entry).value_or("")};
+std::string commandLineOf(const DesktopEntry& entry) {
+    const char* line = entry ? g_app_info_get_commandline(G_APP_INFO(entry.get())) : nullptr;
+    return line ? line : "";
+}
+
+/// What can be launched again under the name that it is given: an entry that is not installed, or
+/// is replaced by one that does something else, goes by its path.
+std::string launchableIdOf(const std::string& path, const DesktopEntry& entry) {
+    std::string id = idOfFile(path);
+    const auto installed = findDesktopEntry(id);
+    const bool stands =
+        installed &&
+        (*installed == path || commandLineOf(readDesktopEntry(*installed)) == commandLineOf(entry));
+    return stands ? id : path;
 }
 
 std::optional<MatchedEntry> entryInFile(const std::string& path) {
-    return entryInFile(path, idOfFile(path));
+    const DesktopEntry entry = isDesktopEntryName(path) ? readDesktopEntry(path) : nullptr;
+    if (!entry) return {};
+    return MatchedEntry{launchableIdOf(path, entry), localizedNameOf(entry).value_or("")};
 }
 
 std::optional<MatchedEntry> entryWithId(const std::string& id) {
     const auto path = findDesktopEntry(id);
-    return path ? entryInFile(*path, id) : std::nullopt;
+    const DesktopEntry entry = path ? readDesktopEntry(*path) : nullptr;
+    if (!entry) return {};
+    return MatchedEntry{id, localizedNameOf(entry).value_or("")};
 }
 
-/// GIO and the desktops that use it note the entry in the environment of the process that they
-/// start. What that process starts inherits the note; the process id in it tells them apart.
-std::optional<MatchedEntry> launchedEntry(std::int32_t pid) {
-    if (environmentVariableOf(pid, "GIO_LAUNCHED_DESKTOP_FILE_PID") != std::to_string(pid)) {
-        return {};
-    }
-    return entryInFile(environmentVariableOf(pid, "GIO_LAUNCHED_DESKTOP_FILE"));
+std::optional<MatchedEntry> with(Evidence evidence, std::optional<MatchedEntry> entry) {
+    if (entry) entry->evidence = evidence;
+    return entry;
+}
+
+/// The words that the entry starts its program with, file and URL place holders left out.
+std::vector<std::string> commandOf(const DesktopEntry& entry) {
+    int count = 0;
+    char** parsed = nullptr;
+    if (!g_shell_parse_argv(commandLineOf(entry).c_str(), &count, &parsed, nullptr)) return {};
+    std::vector<std::string> words;
+    for (int i = 0; i < count; ++i) words.push_back(validUtf8(parsed[i]));
+    g_strfreev(parsed);
+    std::erase_if(words, [](const std::string& w) { return w.size() == 2 && w.front() == '%'; });
+    return words;
+}
+
+/// Whether what the entry starts only starts something else, as far as that can be seen.
+bool startsWrapper(const DesktopEntry& entry) {
+    const auto words = commandOf(entry);
+    return !words.empty() &&
+           (isInterpreter(fileName(words.front())) || isScript(programFile(words.front(), "/")));
+}
+
+struct LaunchedEntry {
+    MatchedEntry entry;
+    std::string windowClass;
+};
+
+std::optional<LaunchedEntry> launchedEntry(std::int32_t pid, const IsOnDisplay& isOnDisplay) {
+    const LaunchNote note = launchNoteOf(pid, isOnDisplay);
+    const DesktopEntry entry =
+        isDesktopEntryName(note.file) ? readDesktopEntry(note.file) : nullptr;
+    // A program that has ended may have started others, but is it what it was launched for?
+    if (!entry || (note.hasEnded && !startsWrapper(entry))) return {};
+    return LaunchedEntry{{launchableIdOf(note.file, entry), localizedNameOf(entry).value_or("")},
+                         textOrEmpty(g_desktop_app_info_get_startup_wm_class(entry.get()))};
+}
+
+/// An application can have more entries than the one that was launched, each with a class of its
+/// own for its windows.
+bool mayBeOfOther(const LaunchedEntry& launched, const ApplicationHints& hints) {
+    const bool hasClass = !hints.instanceName.empty() || !hints.className.empty();
+    const std::string expected = lowercased(launched.windowClass);
+    return !expected.empty() && hasClass && expected != lowercased(hints.instanceName) &&
+           expected != lowercased(hints.className);
 }
 
 std::optional<MatchedEntry> sandboxedEntry(std::int32_t pid) {
@@ -72,49 +119,84 @@ std::optional<MatchedEntry> sandboxedEntry(std::int32_t pid) {
     return entryInFile(environmentVariableOf(pid, "BAMF_DESKTOP_FILE_HINT"));
 }
 
-/// The words that the entry starts its program with, file and URL place holders left out.
-std::vector<std::string> commandOf(const DesktopEntry& entry) {
-    const char* line = g_app_info_get_commandline(G_APP_INFO(entry.get()));
-    int count = 0;
-    char** parsed = nullptr;
-    if (!line || !g_shell_parse_argv(line, &count, &parsed, nullptr)) return {};
-    std::vector<std::string> words(parsed, parsed + count);
-    g_strfreev(parsed);
-    std::erase_if(words, [](const std::string& w) { return w.size() == 2 && w.front() == '%'; });
-    return words;
-}
-
-template <typename Index>
-std::optional<MatchedEntry> lookUp(const Index& index, std::string_view key) {
-    const auto found = index.find(key);
-    return found == index.end() ? std::nullopt : entryWithId(found->second.id);
-}
-
-/// The file names that a process's program may go by: that of its executable and the one that it
-/// was called by.
-std::vector<std::string> programNamesOf(std::int32_t pid) {
+/// What the process runs: its executable, by its own name and the one that it was called by, or
+/// what an interpreter was given.
+std::vector<RunProgram> programsOf(std::int32_t pid) {
     const auto arguments = argumentsOf(pid);
-    const std::size_t word = programWord(arguments);
+    const std::string executable = executableOf(pid).value_or("");
+    const std::string called(arguments.empty() ? "" : fileName(arguments.front()));
+    const std::string own(fileName(executable));
+    if (!isInterpreter(own.empty() ? called : own)) {
+        std::vector<RunProgram> programs;
+        if (!own.empty()) programs.push_back({own, executable});
+        if (!called.empty() && called != own) programs.push_back({called, executable});
+        return programs;
+    }
+    const std::string program = programOf(arguments);
+    if (program.empty()) return {};
+    // An interpreter takes a plain name for a file where it was started.
+    const bool isName = program.find('/') == std::string::npos;
+    const std::string folder = workingFolderOf(pid).value_or("/");
+    return {{std::string(fileName(program)), programFile(isName ? "./" + program : program, folder),
+             true}};
+}
+
+/// Whether the program lies in a folder of that name, as the parts of an application do.
+bool isInFolder(const RunProgram& program, const std::string& folder) {
+    const std::filesystem::path path =
+        std::filesystem::path(lowercased(program.path)).parent_path();
+    return std::find(path.begin(), path.end(), folder) != path.end();
+}
+
+/// A script can call its windows anything. Names that are not made to be unique, as
+/// "org.gnome.Calculator" is, count only of what belongs to something of that name.
+bool mayGoBy(const std::string& name, const std::vector<RunProgram>& programs) {
+    if (std::count(name.begin(), name.end(), '.') >= 2) return true;
+    return std::ranges::all_of(programs, [&](const RunProgram& program) {
+        return !program.isInterpreted || isInFolder(program, lowercased(name));
+    });
+}
+
+/// Whether the entry starts a binary of its own, which is none of these.
+bool startsOther(const std::string& entryId, const std::vector<RunProgram>& programs) {
+    const auto path = findDesktopEntry(entryId);
+    const auto words = path ? commandOf(readDesktopEntry(*path)) : std::vector<std::string>();
+    const std::string program = words.empty() ? "" : programFile(words.front(), "/");
+    return !program.empty() && !isScript(program) && !isInterpreter(fileName(program)) &&
+           !programs.empty() && std::ranges::none_of(programs, [&](const RunProgram& running) {
+               return running.path == program || areOfOneApplication(running.path, program);
+           });
+}
+
+/// The names that the window goes by. The instance goes first: it is the finer of the two, such as
+/// a browser's installed web page.
+std::vector<std::string> namesOf(const ApplicationHints& hints) {
     std::vector<std::string> names;
-    const std::string executable(fileName(executableOf(pid).value_or("")));
-    if (!executable.empty() && !isInterpreter(executable)) names.push_back(executable);
-    if (word < arguments.size()) names.emplace_back(fileName(arguments[word]));
+    for (const std::string& name : {hints.instanceName, hints.className}) {
+        if (!name.empty() && !isInterpreter(name)) names.push_back(name);
+    }
     return names;
 }
 
 }  // namespace
 
 bool DesktopEntryMatcher::Candidate::isBetterThan(const Candidate& other) const {
-    // Of several entries for one program the user sees one as the application itself: it is not
-    // hidden, and it starts the program plainly and not in some special mode.
+    // It is not hidden, and it starts the program plainly and not in some special mode.
     return std::tuple(!isShown, argumentCount, id.size(), id) <
            std::tuple(!other.isShown, other.argumentCount, other.id.size(), other.id);
 }
 
-void DesktopEntryMatcher::offer(Index& index, const std::string& key, const Candidate& candidate) {
-    if (key.empty()) return;
-    const auto [existing, isNew] = index.emplace(key, candidate);
-    if (!isNew && candidate.isBetterThan(existing->second)) existing->second = candidate;
+std::string DesktopEntryMatcher::Candidate::programPath(bool isInterpreted) const {
+    const bool isLocal = isInterpreted && !folder.empty() && program.find('/') == std::string::npos;
+    return programFile(isLocal ? "./" + program : program, folder.empty() ? "/" : folder);
+}
+
+bool DesktopEntryMatcher::Candidate::runs(const RunProgram& running) const {
+    if (fileName(program) != running.name) return false;
+    const std::string path = programPath(running.isInterpreted);
+    if (running.isInterpreted) return path == running.path;
+    // Packages call a script that starts a program by the program's name.
+    return path == running.path || path.empty() || running.path.empty() || isScript(path);
 }
 
 std::string DesktopEntryMatcher::currentStamp() const {
@@ -133,7 +215,7 @@ const std::string& DesktopEntryMatcher::installedEntriesStamp() {
     folders_.clear();
     ids_.clear();
     byWindowClass_.clear();
-    byLastName_.clear();
+    byFoldedWindowClass_.clear();
     byProgram_.clear();
     for (const std::string& folder : desktopEntryFolders()) indexFolder(folder, "", 0);
     stamp_ = currentStamp();
@@ -147,7 +229,9 @@ void DesktopEntryMatcher::indexFolder(const std::string& folder, const std::stri
     for (const auto& file : std::filesystem::directory_iterator(folder, error)) {
         const std::string name = file.path().filename().string();
         if (file.is_directory(error)) {
-            if (depth < kMaximumDepth) indexFolder(file.path(), idPrefix + name + '-', depth + 1);
+            if (depth < kDeepestEntryFolder) {
+                indexFolder(file.path(), idPrefix + name + '-', depth + 1);
+            }
         } else if (isDesktopEntryName(name)) {
             indexEntry(file.path(), idPrefix + name);
         }
@@ -160,50 +244,43 @@ void DesktopEntryMatcher::indexEntry(const std::string& path, const std::string&
     const DesktopEntry entry = readDesktopEntry(path);
     if (!entry) return;
     const auto command = commandOf(entry);
+    const GlibText folder(g_desktop_app_info_get_string(entry.get(), G_KEY_FILE_DESKTOP_KEY_PATH));
     const Candidate candidate{id, g_app_info_should_show(G_APP_INFO(entry.get())) != 0,
-                              command.size()};
-    offer(byWindowClass_,
-          lowercased(textOrEmpty(g_desktop_app_info_get_startup_wm_class(entry.get()))), candidate);
-    const std::string_view name = withoutSuffix(id);
-    if (candidate.isShown) {
-        offer(byLastName_, lowercased(name.substr(name.rfind('.') + 1)), candidate);
+                              command.size(), programOf(command), textOrEmpty(folder.get())};
+    const std::string windowClass =
+        textOrEmpty(g_desktop_app_info_get_startup_wm_class(entry.get()));
+    if (!windowClass.empty()) {
+        byWindowClass_.emplace(windowClass, candidate);
+        byFoldedWindowClass_.emplace(lowercased(windowClass), candidate);
     }
-    const std::size_t word = programWord(command);
-    if (word < command.size()) {
-        offer(byProgram_, std::string(fileName(validUtf8(command[word]))), candidate);
+    if (!candidate.program.empty()) {
+        byProgram_.emplace(std::string(fileName(candidate.program)), candidate);
     }
 }
 
-std::optional<MatchedEntry> DesktopEntryMatcher::findByWindow(const ApplicationHints& hints) const {
-    // The instance goes first: it is the finer of the two, such as a browser's installed web page.
-    std::vector<std::string> names;
-    for (const std::string& name : {hints.instanceName, hints.className}) {
-        if (!name.empty() && !isInterpreter(name)) names.push_back(name);
+const DesktopEntryMatcher::Candidate* DesktopEntryMatcher::best(const Index& index,
+                                                                std::string_view key,
+                                                                const Programs& programs,
+                                                                bool mustRun) {
+    const Candidate* found = nullptr;
+    bool foundRuns = false;
+    const auto [first, last] = index.equal_range(key);
+    for (auto entry = first; entry != last; ++entry) {
+        const Candidate& candidate = entry->second;
+        const bool runs = std::ranges::any_of(
+            programs, [&](const RunProgram& program) { return candidate.runs(program); });
+        if (mustRun && !runs) continue;
+        if (!found || (runs && !foundRuns) ||
+            (runs == foundRuns && candidate.isBetterThan(*found))) {
+            found = &candidate;
+            foundRuns = runs;
+        }
     }
-    for (const std::string& name : names) {
-        if (auto entry = lookUp(byWindowClass_, lowercased(name))) return entry;
-    }
-    for (const std::string& name : names) {
-        if (auto entry = entryWithId(name + ".desktop")) return entry;
-        if (auto entry = entryWithId(lowercased(name) + ".desktop")) return entry;
-    }
-    for (const std::string& name : names) {
-        if (auto entry = lookUp(byLastName_, lowercased(name))) return entry;
-    }
-    return {};
+    return found;
 }
 
-std::optional<MatchedEntry> DesktopEntryMatcher::findByProgram(std::int32_t pid) const {
-    for (const std::string& program : programNamesOf(pid)) {
-        if (auto entry = lookUp(byProgram_, program)) return entry;
-    }
-    return {};
-}
-
-std::optional<MatchedEntry> DesktopEntryMatcher::find(const ApplicationHints& hints) {
-    installedEntriesStamp();
-    if (auto entry = launchedEntry(hints.pid)) return entry;
-    if (auto entry = sandboxedEntry(hints.pid)) return entry;
+std::optional<MatchedEntry> DesktopEntryMatcher::namedByWindow(const ApplicationHints& hints,
+                                                               const Programs& programs) const {
     if (hints.desktopFile.starts_with('/')) {
         if (auto entry = entryInFile(hints.desktopFile)) return entry;
     } else if (!hints.desktopFile.empty()) {
@@ -212,8 +289,63 @@ std::optional<MatchedEntry> DesktopEntryMatcher::find(const ApplicationHints& hi
     if (!hints.gtkApplicationId.empty()) {
         if (auto entry = entryWithId(withSuffix(hints.gtkApplicationId))) return entry;
     }
-    if (auto entry = findByWindow(hints)) return entry;
-    return findByProgram(hints.pid);
+    for (const std::string& name : namesOf(hints)) {
+        const Candidate* found = best(byWindowClass_, name, programs, false);
+        if (auto entry = found ? entryWithId(found->id) : std::nullopt) return entry;
+    }
+    for (const std::string& name : namesOf(hints)) {
+        if (!mayGoBy(name, programs)) continue;
+        if (auto entry = entryWithId(withSuffix(name))) return entry;
+    }
+    return {};
+}
+
+std::optional<MatchedEntry> DesktopEntryMatcher::likeWindow(const ApplicationHints& hints,
+                                                            const Programs& programs) const {
+    for (const std::string& name : namesOf(hints)) {
+        const Candidate* found = best(byFoldedWindowClass_, lowercased(name), programs, false);
+        if (auto entry = found ? entryWithId(found->id) : std::nullopt) return entry;
+    }
+    for (const std::string& name : namesOf(hints)) {
+        const std::string id = withSuffix(lowercased(name));
+        if (!mayGoBy(name, programs) || startsOther(id, programs)) continue;
+        if (auto entry = entryWithId(id)) return entry;
+    }
+    return {};
+}
+
+std::optional<MatchedEntry> DesktopEntryMatcher::ofProgram(const Programs& programs) const {
+    for (const RunProgram& program : programs) {
+        const Candidate* found = best(byProgram_, program.name, {program}, true);
+        if (auto entry = found ? entryWithId(found->id) : std::nullopt) return entry;
+    }
+    // A part of an application that another part has started.
+    const Candidate* found = nullptr;
+    for (const auto& [name, candidate] : byProgram_) {
+        if (found && !candidate.isBetterThan(*found)) continue;
+        const std::string path = candidate.programPath(false);
+        const bool fits = std::ranges::any_of(programs, [&](const RunProgram& program) {
+            return areOfOneApplication(path, program.path);
+        });
+        if (fits) found = &candidate;
+    }
+    return found ? entryWithId(found->id) : std::nullopt;
+}
+
+std::optional<MatchedEntry> DesktopEntryMatcher::find(const ApplicationHints& hints,
+                                                      const IsOnDisplay& isOnDisplay) {
+    installedEntriesStamp();
+    const auto launched = launchedEntry(hints.pid, isOnDisplay);
+    if (launched && !mayBeOfOther(*launched, hints)) {
+        return with(Evidence::statement, launched->entry);
+    }
+    if (auto entry = sandboxedEntry(hints.pid)) return with(Evidence::statement, std::move(entry));
+    const Programs programs = programsOf(hints.pid);
+    if (auto entry = namedByWindow(hints, programs)) {
+        return with(Evidence::statement, std::move(entry));
+    }
+    if (auto entry = likeWindow(hints, programs)) return with(Evidence::likeName, std::move(entry));
+    return with(Evidence::program, launched ? launched->entry : ofProgram(programs));
 }
 
 }  // namespace quil::linux_platform

@@ -88,9 +88,26 @@ std::optional<std::uint64_t> startTimeOf(std::int32_t pid) {
     return statusNumber(pid, 22);
 }
 
+bool hasEnded(std::int32_t pid) {
+    const std::string stat = contentsOf(pathOf(pid, "stat"));
+    const std::size_t name = stat.rfind(") ");
+    return name == std::string::npos || stat.compare(name + 2, 1, "Z") == 0;
+}
+
 std::optional<std::int32_t> parentOf(std::int32_t pid) {
     const auto parent = statusNumber(pid, 4);
     return parent && *parent > 0 ? std::optional(static_cast<std::int32_t>(*parent)) : std::nullopt;
+}
+
+std::optional<std::int32_t> sessionOf(std::int32_t pid) {
+    const auto session = statusNumber(pid, 6);
+    return session ? std::optional(static_cast<std::int32_t>(*session)) : std::nullopt;
+}
+
+std::optional<std::string> workingFolderOf(std::int32_t pid) {
+    std::error_code error;
+    std::string path = std::filesystem::read_symlink(pathOf(pid, "cwd"), error).string();
+    return error ? std::nullopt : std::optional(std::move(path));
 }
 
 bool hasMapped(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant) {

@@ -27,8 +27,17 @@ std::string processName(std::int32_t pid);
 /// the process for good; the id alone is used again.
 std::optional<std::uint64_t> startTimeOf(std::int32_t pid);
 
+/// Whether it has ended, be it that its parent has not yet taken note.
+bool hasEnded(std::int32_t pid);
+
 /// The process that started it, or has adopted it.
 std::optional<std::int32_t> parentOf(std::int32_t pid);
+
+/// The session that it belongs to, which is the id of the process that began it (setsid(2)).
+std::optional<std::int32_t> sessionOf(std::int32_t pid);
+
+/// The folder that it is in.
+std::optional<std::string> workingFolderOf(std::int32_t pid);
 
 /// Whether a file with such a path is mapped into its memory, as libraries and modules are.
 bool hasMapped(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant);

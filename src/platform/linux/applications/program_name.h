@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,8 +13,9 @@ std::string_view fileName(std::string_view path);
 /// launcher such as "env"): what it runs says more than itself.
 bool isInterpreter(std::string_view program);
 
-/// Which of these command-line words names the program that really runs: the first, or for an
-/// interpreter the script or module that it is given. Their number when no word does.
-std::size_t programWord(const std::vector<std::string>& words);
+/// The program that really runs with this command line: its first word, or for an interpreter the
+/// script, module, class or application that it is given. Empty when the command line names none,
+/// such as that of an interpreter that runs a text or reads from a terminal.
+std::string programOf(const std::vector<std::string>& words);
 
 }  // namespace quil::linux_platform

@@ -55,4 +55,21 @@ std::optional<std::int32_t> WindowOwners::read(std::size_t index, const Property
     return processId(netWmPid.number().value_or(0));
 }
 
+std::set<std::int32_t> processesOnDisplay(X11Connection& connection) {
+    if (!connection.hasExtension(xcb_res_id)) return {};
+    const auto answer = connection.reply(xcb_res_query_client_ids_reply,
+                                         askForClient(connection, /*resource=*/XCB_NONE));
+    std::set<std::int32_t> processes;
+    if (!answer) return processes;
+    for (auto id = xcb_res_query_client_ids_ids_iterator(answer.get()); id.rem > 0;
+         xcb_res_client_id_value_next(&id)) {
+        const bool isProcess = id.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID &&
+                               xcb_res_client_id_value_value_length(id.data) > 0;
+        const auto pid =
+            isProcess ? processId(*xcb_res_client_id_value_value(id.data)) : std::nullopt;
+        if (pid) processes.insert(*pid);
+    }
+    return processes;
+}
+
 }  // namespace quil::linux_platform

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,5 +34,8 @@ class WindowOwners {
     std::vector<xcb_res_query_client_ids_cookie_t> cookies_;
     bool serverKnows_ = false;
 };
+
+/// The processes on this machine that are clients of the server; none when it does not tell.
+std::set<std::int32_t> processesOnDisplay(X11Connection& connection);
 
 }  // namespace quil::linux_platform

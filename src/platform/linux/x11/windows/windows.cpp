@@ -29,6 +29,7 @@ struct WindowRequests {
         gtkApplicationId,
         kdeDesktopFile,
         bamfDesktopFile,
+        transientFor,
     };
 
     WindowRequests(X11Connection& c, xcb_window_t w)
@@ -48,7 +49,8 @@ struct WindowRequests {
                       {c, w, "WM_CLASS"},
                       {c, w, "_GTK_APPLICATION_ID"},
                       {c, w, "_KDE_NET_WM_DESKTOP_FILE"},
-                      {c, w, "_BAMF_DESKTOP_FILE"}}} {}
+                      {c, w, "_BAMF_DESKTOP_FILE"},
+                      {c, w, "WM_TRANSIENT_FOR"}}} {}
 
     const PropertyRequest& operator[](Property property) const { return properties[property]; }
 
@@ -56,7 +58,7 @@ struct WindowRequests {
     xcb_get_window_attributes_cookie_t attributes;
     xcb_get_geometry_cookie_t geometry;
     xcb_translate_coordinates_cookie_t origin;
-    std::array<PropertyRequest, bamfDesktopFile + 1> properties;
+    std::array<PropertyRequest, transientFor + 1> properties;
 };
 
 X11Window::Extents extentsFrom(const std::vector<std::uint32_t>& numbers, double width,
@@ -125,6 +127,8 @@ std::optional<X11Window> describe(X11Connection& connection, WindowRequests& req
     if (names.size() > 1) window.className = names[1];
     window.gtkApplicationId = requests[WindowRequests::gtkApplicationId].text().value_or("");
     window.desktopFile = desktopFileOf(requests);
+    const auto owner = requests[WindowRequests::transientFor].number();
+    if (owner != connection.root()) window.transientFor = owner.value_or(XCB_WINDOW_NONE);
     return window;
 }
 

@@ -33,6 +33,9 @@ struct X11Window {
     bool onScreen = false;
     /// The process that made the window; absent when it runs elsewhere or is unknown.
     std::optional<std::int32_t> pid;
+    /// The window that it belongs to, as a dialog does ("WM_TRANSIENT_FOR"); none for other windows
+    /// and for what belongs to all windows of an application.
+    xcb_window_t transientFor = XCB_WINDOW_NONE;
     /// The two strings of "WM_CLASS", "_GTK_APPLICATION_ID", and "_KDE_NET_WM_DESKTOP_FILE" or
     /// "_BAMF_DESKTOP_FILE"; empty when missing.
     std::string instanceName;

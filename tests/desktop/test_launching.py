@@ -1,10 +1,14 @@
 """The catalogue of installed applications, and launching them."""
 import os
+import re
+import shutil
 import signal
+import tempfile
+import time
 import unittest
 
 from desktop_entries import FOLDER, EntriesTest
-from desktop_tools import output, until, window_app
+from desktop_tools import PYTHON, SUPPORT, Program, output, until, window_app
 from quil_host import Failure, Host
 
 
@@ -96,6 +100,114 @@ class LaunchingTest(EntriesTest):
         # All of them are looked through for the application of a window, too.
         window_app(self, "qt5", "any")
         self.assertEqual(len(self.host.result("desktop_windows_list")["windows"]), 1)
+
+    def script(self, name, first_line):
+        """An executable that begins with this line."""
+        path = os.path.join(FOLDER, name)
+        with open(path, "w") as file:
+            file.write(first_line + "\ntouch %s\n" % os.path.join(FOLDER, "started"))
+        os.chmod(path, 0o755)
+        return path
+
+    def test_what_its_program_needs_is_there(self):
+        marker = os.path.join(FOLDER, "started")
+        plain = self.script("plain", "#!/bin/sh")
+        foreign = os.path.join(FOLDER, "foreign")
+        with open("/bin/true", "rb") as file:
+            binary = file.read()
+        with open(foreign, "wb") as file:
+            file.write(re.sub(rb"/lib64/ld-linux", rb"/lib99/ld-linux",
+                              re.sub(rb"/lib/ld-linux", rb"/l99/ld-linux", binary)))
+        os.chmod(foreign, 0o755)
+        service = "DBusActivatable=true\n"
+        cases = (
+            ("an interpreter", f"Exec={plain}\n", True),
+            ("no interpreter", f"Exec={self.script('a', '#!/nowhere/sh')}\n", False),
+            ("an interpreter without one", f"Exec={self.script('b', '#!' + FOLDER + '/a')}\n", False),
+            ("what env finds", f"Exec={self.script('c', '#!/usr/bin/env -S A=1 sh -e')}\n", True),
+            ("what env does not find", f"Exec={self.script('d', '#!/usr/bin/env nosh')}\n", False),
+            ("a program of env", f"Exec=env -u A B=2 {plain}\n", True),
+            ("no program of env", "Exec=env -u A B=2 /nowhere/program\n", False),
+            ("no loader", f"Exec={foreign}\n", False),
+            ("no file that can be run", f"Exec={FOLDER}\n", False),
+            ("neither program nor service", "", False),
+            ("no service of that name", service, False),
+            ("a program instead of the service", f"Exec={plain}\n{service}", True),
+        )
+        for number, (case, lines, is_there) in enumerate(cases):
+            with self.subTest(case):
+                name = f"org.example.Case{number}.desktop"
+                self.install(name, f"Name={case}\n{lines}")
+                answer = self.host.request("desktop_launch_app", appId=name)
+                if is_there:
+                    self.assertTrue(answer.get("result", {}).get("ok"), answer)
+                    until(lambda: os.path.exists(marker), "started")
+                    os.remove(marker)
+                else:
+                    self.assertEqual(answer.get("error", {}).get("message"),
+                                     f"launch failed: {name}")
+        self.assertFalse(os.path.exists(marker))
+
+    def test_an_application_that_is_a_service(self):
+        """It has no program of its own; the bus starts it, and it is told what for."""
+        services = os.path.join(os.environ["XDG_DATA_HOME"], "dbus-1", "services")
+        os.makedirs(services, exist_ok=True)
+        title = "a service"
+        with open(os.path.join(services, "org.example.Service.service"), "w") as file:
+            file.write("[D-BUS Service]\nName=org.example.Service\n"
+                       f"Exec={PYTHON} -B {SUPPORT}/window_app.py gtk4 Service 300 200 "
+                       "id=org.example.Service service\n")
+        self.addCleanup(os.remove, file.name)
+        output("dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/",
+               "org.freedesktop.DBus.ReloadConfig")
+        self.install("org.example.Service.desktop", f"Name={title}\nDBusActivatable=true\n")
+        self.host.result("desktop_launch_app", appId="org.example.Service.desktop")
+        window = until(lambda: self.host.result("desktop_windows_list")["windows"], "its window")[0]
+        self.assertEqual((window["name"], window["bundleIdentifier"]),
+                         ("Service", "org.example.Service.desktop"))
+        os.kill(window["pid"], signal.SIGKILL)
+
+    def test_the_startup_id_is_of_now(self):
+        """It goes to those who take it out of their environment again."""
+        note = os.path.join(FOLDER, "id")
+        script = os.path.join(FOLDER, "notes")
+        with open(script, "w") as file:
+            file.write(f"#!/bin/sh\necho \"$DESKTOP_STARTUP_ID\" > {note}.new\nmv {note}.new {note}\n")
+        os.chmod(script, 0o755)
+        ids = []
+        for name, line in (("a", "StartupNotify=true\n"), ("b", "StartupNotify=true\n"),
+                           ("c", "StartupNotify=false\n"), ("d", "")):
+            self.host.result("desktop_launch_app", appId=self.install(
+                name + ".desktop", f"Name=n\nExec={script}\n{line}"))
+            until(lambda: os.path.exists(note), "noted")
+            with open(note) as file:
+                ids.append(file.read().strip())
+            os.remove(note)
+        self.assertEqual(ids[2:], ["", ""])
+        self.assertNotEqual(ids[0], ids[1])
+        now = int(time.monotonic() * 1000)  # as the X server counts, too
+        for text in ids[:2]:
+            self.assertLess((now - int(text.rpartition("_TIME")[2])) % 2**32, 60_000)
+
+    def test_a_refused_launch_does_not_happen_later(self):
+        """The library tells the session bus of every launch, and waits for a bus that is stopped."""
+        folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, folder)
+        address = f"unix:path={folder}/bus"
+        bus = Program(self, "dbus-daemon", "--session", "--nofork", f"--address={address}",
+                      has_window=False)
+        until(lambda: os.path.exists(f"{folder}/bus"), "the bus")
+        files = [os.path.join(FOLDER, str(number)) for number in range(3)]
+        with Host(env=os.environ | {"DBUS_SESSION_BUS_ADDRESS": address}) as host:
+            launch = lambda file: host.request("desktop_launch_app", appId=self.install(
+                "touch.desktop", f"Name=n\nExec=touch {file}\n"))
+            os.kill(bus.pid, signal.SIGSTOP)
+            self.assertIn("launch failed", launch(files[0])["error"]["message"])
+            os.kill(bus.pid, signal.SIGCONT)
+            for file in files[1:]:
+                self.assertTrue(launch(file)["result"]["ok"])
+                until(lambda: os.path.exists(file), "started")
+        self.assertFalse(os.path.exists(files[0]))
 
     def test_what_cannot_be_launched(self):
         marker = os.path.join(FOLDER, "started")

@@ -3,7 +3,7 @@
 usage: window_app.py gtk3|gtk4|qt5|qt6 TITLE WIDTH HEIGHT [OPTION...]
 
 GTK windows have client-side decorations. Options: menu (opens a menu at once; gtk3), id=APPLICATION.ID
-(gtk3, gtk4).
+(gtk3, gtk4), service (shows its window when the session bus asks for it; gtk4).
 """
 import sys
 
@@ -30,14 +30,15 @@ def gtk3(title, width, height, options):
 def gtk4(title, width, height, options):
     import gi
     gi.require_version("Gtk", "4.0")
-    from gi.repository import Gtk
+    from gi.repository import Gio, Gtk
     name = next((option[3:] for option in options if option.startswith("id=")), None)
 
     def activate(app):
         Gtk.ApplicationWindow(application=app, title=title, default_width=width,
                               default_height=height).present()
 
-    application = Gtk.Application(application_id=name)
+    flags = Gio.ApplicationFlags.IS_SERVICE if "service" in options else 0
+    application = Gtk.Application(application_id=name, flags=flags)
     application.connect("activate", activate)
     application.run()
 

@@ -1,9 +1,13 @@
 #include "platform/linux/linux_workspace.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <set>
 
 #include "platform/linux/applications/application_launch.h"
 #include "platform/linux/applications/desktop_entries.h"
+#include "platform/linux/x11/server_time.h"
 #include "platform/linux/x11/windows/window_owners.h"
 #include "platform/linux/x11/windows/window_stack.h"
 
@@ -23,6 +27,15 @@ ApplicationHints hintsOf(const X11Window& window) {
 
 bool isBasedOn(Evidence evidence, const std::optional<MatchedEntry>& entry) {
     return entry && entry->evidence >= evidence;
+}
+
+/// An id for a launch that the user asks for now (Startup Notification Protocol): whoever is given
+/// it may come to the front, before what the user did earlier.
+std::string startupIdOf(X11Connection& connection, unsigned launch) {
+    const auto time = readServerTime(connection);
+    return time ? "quil-" + std::to_string(getpid()) + '-' + std::to_string(launch) + "_TIME" +
+                      std::to_string(*time)
+                : "";
 }
 
 /// The window by which its process is known.
@@ -144,7 +157,8 @@ std::optional<std::string> LinuxWorkspace::urlForApplicationWithBundleIdentifier
 }
 
 bool LinuxWorkspace::openUrl(std::string_view path) {
-    return openDesktopEntry(path);
+    const auto connection = display_.connection();
+    return openDesktopEntry(path, connection ? startupIdOf(*connection, ++launches_) : "");
 }
 
 }  // namespace quil::linux_platform

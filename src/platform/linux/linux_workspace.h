@@ -55,6 +55,7 @@ class LinuxWorkspace : public Workspace {
     X11Display& display_;
     PointerEffects& effects_;
     ApplicationIdentities identities_;
+    unsigned launches_ = 0;
 };
 
 }  // namespace quil::linux_platform

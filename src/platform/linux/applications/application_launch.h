@@ -1,13 +1,17 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace quil::linux_platform {
 
 /// Starts the application of the desktop entry in that file, in a session of its own, without our
 /// standard streams. It is nobody's child to wait for. Returns whether the application was started:
-/// false when the file is no entry, says that the application was removed, or its program is
-/// missing. Waits a few seconds at most.
-bool openDesktopEntry(std::string_view path);
+/// false when the file is no entry, says that the application was removed, or has nothing that can
+/// be started: its program, or what that needs to run, is missing, and so is a service of its name.
+/// Waits a few seconds at most; what has not begun by then does not begin later.
+/// An application that reads `startupId` (Startup Notification Protocol) is told by it that the
+/// user wants to see it now; empty for none.
+bool openDesktopEntry(std::string_view path, const std::string& startupId);
 
 }  // namespace quil::linux_platform

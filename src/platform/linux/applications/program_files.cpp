@@ -42,6 +42,19 @@ std::vector<std::string> interpreterLine(const std::string& path) {
     return {std::istream_iterator<std::string>(words), {}};
 }
 
+/// What "env" is to start with these words, which begin with its own.
+std::vector<std::string> commandOfEnv(const std::vector<std::string>& words) {
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        const std::string& word = words[i];
+        if (word == "-u" || word == "-C" || word == "--unset" || word == "--chdir") {
+            ++i;
+        } else if (!word.starts_with('-') && word.find('=') == std::string::npos) {
+            return {words.begin() + static_cast<std::ptrdiff_t>(i), words.end()};
+        }
+    }
+    return {};
+}
+
 template <typename Header, typename Segment>
 std::string loaderIn(std::ifstream& file) {
     Header header{};
@@ -71,20 +84,16 @@ std::string loaderOf(const std::string& path) {
                                                   : loaderIn<Elf32_Ehdr, Elf32_Phdr>(file);
 }
 
-bool canBeExecuted(const std::string& path, int interpretersLeft) {
-    if (!isExecutableFile(path)) return false;
-    if (const std::string loader = loaderOf(path); !loader.empty()) {
-        return isExecutableFile(loader);
-    }
-    const std::vector<std::string> line = interpreterLine(path);
-    if (line.empty()) return true;
-    if (interpretersLeft == 0 || !canBeExecuted(line.front(), interpretersLeft - 1)) return false;
-    if (fileName(line.front()) != "env") return true;
-    const auto isProgram = [](const std::string& word) {
-        return !word.starts_with('-') && word.find('=') == std::string::npos;
-    };
-    const auto program = std::find_if(line.begin() + 1, line.end(), isProgram);
-    return program == line.end() || canBeExecuted(programFile(*program, "/"), interpretersLeft - 1);
+bool canBeRun(const std::vector<std::string>& words, const std::string& folder, int depth) {
+    const std::string file = words.empty() ? "" : programFile(words.front(), folder);
+    if (depth > kMaximumInterpreters || !isExecutableFile(file)) return false;
+    const std::string loader = loaderOf(file);
+    if (!loader.empty() && !isExecutableFile(loader)) return false;
+    const std::vector<std::string> line = interpreterLine(file);
+    if (!line.empty() && !canBeRun(line, "/", depth + 1)) return false;
+    if (fileName(words.front()) != "env") return true;
+    const std::vector<std::string> command = commandOfEnv(words);
+    return command.empty() || canBeRun(command, folder, depth + 1);
 }
 
 }  // namespace
@@ -116,8 +125,8 @@ bool isScript(const std::string& path) {
     return !interpreterLine(path).empty();
 }
 
-bool canBeExecuted(const std::string& path) {
-    return canBeExecuted(path, kMaximumInterpreters);
+bool canBeRun(const std::vector<std::string>& words, const std::string& folder) {
+    return canBeRun(words, folder, 0);
 }
 
 }  // namespace quil::linux_platform

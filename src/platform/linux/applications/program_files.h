@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// The files of programs.
 namespace quil::linux_platform {
@@ -18,9 +19,10 @@ bool isScript(const std::string& path);
 /// not in one that is for the programs of many.
 bool areOfOneApplication(const std::string& path, const std::string& other);
 
-/// Whether the system can start it: it may be executed, and so may the interpreter of a script,
-/// what "env" is to find for it, and the loader of a binary. Without such, starting it fails as if
-/// the file itself were missing.
-bool canBeExecuted(const std::string& path);
+/// Whether the system can start this command line in that folder: the file of its first word may be
+/// executed, and so may what that needs: the interpreter of a script, the loader of a binary, and
+/// the program that "env" is to start. Without one of them, starting it fails as if the program
+/// itself were missing.
+bool canBeRun(const std::vector<std::string>& words, const std::string& folder);
 
 }  // namespace quil::linux_platform

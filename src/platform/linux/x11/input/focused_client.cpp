@@ -1,8 +1,25 @@
 #include "platform/linux/x11/input/focused_client.h"
 
+#include <algorithm>
+#include <string_view>
+
+#include "platform/linux/applications/process_rest.h"
+#include "platform/linux/applications/processes.h"
 #include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
+namespace {
+
+/// Keys are kept back for some 20 ms.
+constexpr std::chrono::milliseconds kTimeoutForRestless{200};
+
+/// Whether the process shows windows by a plug-in of VCL.
+bool hasVcl(std::int32_t pid) {
+    return hasMapped(pid,
+                     [](std::string_view path) { return path.find("/libvclplug_") != path.npos; });
+}
+
+}  // namespace
 
 xcb_window_t keyboardWindow(X11Connection& connection) {
     const auto focus =
@@ -18,12 +35,18 @@ xcb_window_t keyboardWindow(X11Connection& connection) {
 
 FocusedClient::FocusedClient(X11Connection& connection)
     : program_(connection, keyboardWindow(connection)) {
-    if (program_.pid()) inputMethod_ = Gtk4Ibus::find(*program_.pid());
+    if (!program_.pid()) return;
+    inputMethod_ = Gtk4Ibus::find(*program_.pid());
+    keepsKeysBack_ = hasVcl(*program_.pid());
 }
 
 bool FocusedClient::waitForPings(std::uint32_t open, std::chrono::milliseconds timeout) {
     if (!program_.waitForPings(open, timeout)) return false;
     if (open == 0 && inputMethod_) inputMethod_->waitForRest();
+    if (open == 0 && keepsKeysBack_) {
+        ProcessRest({*program_.pid()})
+            .wait(ProcessRest::Clock::now() + std::min(timeout, kTimeoutForRestless));
+    }
     return true;
 }
 

@@ -19,7 +19,11 @@ class FocusedClient {
     /// Whether the next key is to be sent only when the program has replied to the ping after
     /// the one before.
     bool takesKeysSingly() const { return inputMethod_.has_value(); }
-    /// As of `WindowClient`; to have replied to all pings also means that the input method is done.
+    /// Whether strings of several UTF-16 units overtake keys that the program has not dealt with:
+    /// VCL, LibreOffice's toolkit, keeps keys back for a moment while more of them are coming.
+    bool takesStringsAside() const { return keepsKeysBack_; }
+    /// As of `WindowClient`; to have replied to all pings also means that the input method is done
+    /// and that no keys are kept back.
     void sendPing() { program_.sendPing(); }
     bool waitForPings(std::uint32_t open, std::chrono::milliseconds timeout);
     bool repliesToPings() const { return program_.repliesToPings(); }
@@ -28,6 +32,7 @@ class FocusedClient {
   private:
     WindowClient program_;
     std::optional<Gtk4Ibus> inputMethod_;
+    bool keepsKeysBack_ = false;
 };
 
 /// The window that keys go to: the one that has the focus, else the active one; none when there is

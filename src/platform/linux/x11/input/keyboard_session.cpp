@@ -51,14 +51,24 @@ void KeyboardSession::takeKeyboard() {
 
 /// A key that is down already is not pressed by pressing it once more.
 void KeyboardSession::releaseHeldKeys() {
-    heldBefore_ = keysDown(*connection_);
-    if (heldBefore_.none()) return;
+    const KeySet down = keysDown(*connection_);
+    if (down.none()) return;
     for (const HeldKeys& held : keysHeldByHand(*connection_)) heldByHandBefore_ |= held.keys;
-    for (std::size_t code = 0; code < heldBefore_.size(); ++code) {
-        if (heldBefore_[code]) send(static_cast<std::uint8_t>(code), false);
+    for (std::size_t code = 0; code < down.size(); ++code) {
+        if (!down[code]) continue;
+        send(static_cast<std::uint8_t>(code), false);
         // Others are not given back: they would type once more.
-        if (map_.keys[code].modifiers == 0) heldBefore_[code] = false;
+        if (map_.keys[code].modifiers != 0) heldBefore_[code] = true;
     }
+}
+
+void KeyboardSession::takeNewKeys() {
+    releaseHeldKeys();
+    const auto state = connection_->reply(xcb_xkb_get_state_reply,
+                                          xcb_xkb_get_state(connection_->get(), kCoreKeyboard));
+    if (!state || state->lockedMods == locks_) return;
+    locks_ = locksBefore_ = state->lockedMods;
+    noteLocks(*connection_, locksBefore_);
 }
 
 KeyboardSession::~KeyboardSession() {

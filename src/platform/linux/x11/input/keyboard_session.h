@@ -15,8 +15,8 @@ namespace quil::linux_platform {
 /// holds, has latched or locked is taken away at the start, so that posted keys have the modifiers
 /// that they are posted with and no others, and given back at the end: modifier keys that the
 /// user has let go meanwhile stay up. Other keys that are held are released for good; the user
-/// presses them again. Num Lock stays as it is.
-/// What a runtime that was killed has left pressed or locked is undone first.
+/// presses them again. So are those that the user presses meanwhile, as soon as we look. Num Lock
+/// stays as it is. What a runtime that was killed has left pressed or locked is undone first.
 class KeyboardSession {
   public:
     explicit KeyboardSession(std::shared_ptr<X11Connection> connection);
@@ -43,6 +43,9 @@ class KeyboardSession {
     void useModifiers(std::uint8_t modifiers);
     /// Back to what the user had locked.
     void useModifiersAsBefore();
+    /// Takes away what the user has pressed or locked since the start, or since the last time. To
+    /// be called when no key of ours is down.
+    void takeNewKeys();
     /// Num Lock if it was locked.
     std::uint8_t keptLocks() const { return locksBefore_ & numLock_; }
 
@@ -65,8 +68,9 @@ class KeyboardSession {
     std::uint8_t locksBefore_ = 0;
     std::uint8_t locks_ = 0;
     std::uint8_t latchesBefore_ = 0;
+    /// Modifier keys to be given back.
     KeySet heldBefore_;
-    /// Those of them that a hand held.
+    /// The keys that a hand held when they were taken away.
     KeySet heldByHandBefore_;
     std::vector<std::uint8_t> pressedFlagKeys_;
     std::uint8_t shiftKey_ = 0;

@@ -60,6 +60,25 @@ std::uint32_t usualKeysym(std::uint32_t keysym) {
     return keysymOf(static_cast<char32_t>(xkb_keysym_to_utf32(keysym)));
 }
 
+/// Whether programs get several UTF-16 units for it: characters beyond U+FFFF, and those that Xlib
+/// takes apart by its compose table, for which it knows no other keysym.
+bool isString(std::uint32_t keysym) {
+    switch (keysym - kUnicodeKeysymBase) {
+        case 0x17FB:
+        case 0x17FC:
+        case 0x17FD:
+        case 0x17FE:
+        case 0x17FF:
+        case 0xFEF5:
+        case 0xFEF7:
+        case 0xFEF9:
+        case 0xFEFB:
+            return true;
+        default:
+            return keysym > kUnicodeKeysymBase + 0xFFFF;
+    }
+}
+
 std::uint8_t levelFor(const KeyboardMap::KeyType& type, std::uint8_t modifiers) {
     for (const auto& entry : type.entries) {
         if (entry.modifiers == (modifiers & type.mask)) return entry.level;
@@ -107,7 +126,8 @@ Strokes strokesOfLayout(const KeyboardMap& map, std::uint8_t group, std::uint8_t
                 levelFor(map.types[type], static_cast<std::uint8_t>(modifiers | locked));
             const std::uint32_t keysym = usualKeysym(key.keysym(*keyGroup, level));
             if (keysym != 0) {
-                strokes.try_emplace(keysym, Stroke{static_cast<std::uint8_t>(code), modifiers});
+                strokes.try_emplace(
+                    keysym, Stroke{static_cast<std::uint8_t>(code), modifiers, isString(keysym)});
             }
         }
     }
@@ -120,7 +140,7 @@ Stroke assign(SpareKeysyms& keysyms, const SpareKeys& spare, std::size_t place,
     const std::uint8_t level = spare.levels[place / spare.keyCodes.size()];
     keysyms.resize(spare.levels.size());
     keysyms[level].push_back(keysym);
-    return {spare.keyCodes[keysyms[level].size() - 1], spare.combinations[level]};
+    return {spare.keyCodes[keysyms[level].size() - 1], spare.combinations[level], isString(keysym)};
 }
 
 /// The combinations that lead to the type's levels; empty when some level has none.

@@ -14,6 +14,9 @@ namespace quil::linux_platform {
 struct Stroke {
     std::uint8_t keyCode = 0;
     std::uint8_t modifiers = 0;
+    /// Whether programs get a string of several UTF-16 units for it. Some take strings by another
+    /// way than single units, and one may overtake the other there.
+    bool isString = false;
     bool operator==(const Stroke&) const = default;
 };
 

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/input/text_typist.h"
 
 #include <algorithm>
+#include <chrono>
 #include <span>
 
 #include "platform/linux/x11/input/focused_client.h"
@@ -16,6 +17,9 @@ constexpr std::size_t kStrokesAtOnce = 50;
 constexpr std::uint32_t kPartsAhead = 20;
 /// One that does not tell how far it is must deal with all of them before it counts as hanging.
 constexpr std::uint32_t kPartsAheadWithoutPings = 4;
+/// Waits that make the parts smaller, or larger again.
+constexpr std::chrono::milliseconds kLongWait{500};
+constexpr std::chrono::milliseconds kShortWait{50};
 /// Other runtimes take the keyboard from one that gives no sign for some seconds.
 constexpr std::chrono::milliseconds kLockRenewInterval{1000};
 
@@ -28,6 +32,7 @@ Progress waitFor(KeyboardSession& session, FocusedClient& client, std::uint32_t 
         if (!session.keepLock()) return Progress::lostLock;
         if (hasReplied) return Progress::done;
         if (client.isHanging()) return Progress::hangs;
+        session.takeNewKeys();
     }
 }
 
@@ -40,17 +45,60 @@ Progress waitForAll(KeyboardSession& session, FocusedClient& client) {
     return Progress::done;
 }
 
+/// How much is sent before the program is waited for: less to a slow one, whose progress would not
+/// be seen otherwise.
+class Pace {
+  public:
+    explicit Pace(const FocusedClient& client)
+        : mostAtOnce_(client.takesKeysSingly() ? 1 : kStrokesAtOnce),
+          mostAhead_(client.takesKeysSingly()  ? 0
+                     : client.repliesToPings() ? kPartsAhead
+                                               : kPartsAheadWithoutPings) {}
+
+    /// The strokes of one part.
+    std::size_t atOnce() const { return atOnce_; }
+    /// The parts that the program may be behind.
+    std::uint32_t ahead() const { return ahead_; }
+
+    /// The program has kept us waiting for this long.
+    void adapt(std::chrono::steady_clock::duration wait) {
+        if (wait > kLongWait) {
+            if (ahead_ == 0) atOnce_ = std::max<std::size_t>(1, atOnce_ / 2);
+            ahead_ /= 2;
+        } else if (wait < kShortWait) {
+            if (atOnce_ == mostAtOnce_) ahead_ = std::min(mostAhead_, ahead_ + 1);
+            atOnce_ = std::min(mostAtOnce_, atOnce_ * 2);
+        }
+    }
+
+  private:
+    std::size_t mostAtOnce_;
+    std::uint32_t mostAhead_;
+    std::size_t atOnce_ = mostAtOnce_;
+    std::uint32_t ahead_ = mostAhead_;
+};
+
+/// The next strokes to send in one go: at most so many, and a string by itself where it could
+/// overtake others.
+std::span<const Stroke> nextPart(const FocusedClient& client, std::span<const Stroke> strokes,
+                                 std::size_t atOnce) {
+    const auto part = strokes.first(std::min(strokes.size(), atOnce));
+    if (!client.takesStringsAside()) return part;
+    const auto change = std::ranges::adjacent_find(
+        part, [](const Stroke& a, const Stroke& b) { return a.isString || b.isString; });
+    if (change == part.end()) return part;
+    return part.first(static_cast<std::size_t>(change - part.begin()) + 1);
+}
+
 /// Sends strokes no faster than the program can follow. One that hangs gets them nevertheless, as
 /// from a user who types on: the server keeps them until it reads them.
 Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
                      std::span<const Stroke> strokes) {
-    const std::size_t atOnce = client.takesKeysSingly() ? 1 : kStrokesAtOnce;
-    const std::uint32_t partsAhead = client.takesKeysSingly()  ? 0
-                                     : client.repliesToPings() ? kPartsAhead
-                                                               : kPartsAheadWithoutPings;
+    Pace pace(client);
     Progress progress = Progress::done;
     while (!strokes.empty()) {
-        const auto part = strokes.first(std::min(strokes.size(), atOnce));
+        const auto part = nextPart(client, strokes, pace.atOnce());
+        session.takeNewKeys();
         for (const Stroke& stroke : part) {
             session.useModifiers(stroke.modifiers);
             session.tap(stroke.keyCode);
@@ -60,9 +108,15 @@ Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
         // What the server has not dealt with is lost should the process be ended: keys that it is
         // in the middle of stay down. So one part at the most is on its way.
         session.connection().sync();
-        if (progress == Progress::done) progress = waitFor(session, client, partsAhead);
-        if (progress == Progress::lostLock || !session.keepLock()) return Progress::lostLock;
         strokes = strokes.subspan(part.size());
+        const bool mayOvertake = client.takesStringsAside() && !strokes.empty() &&
+                                 (strokes.front().isString || part.back().isString);
+        if (progress == Progress::done) {
+            const auto began = std::chrono::steady_clock::now();
+            progress = waitFor(session, client, mayOvertake ? 0 : pace.ahead());
+            pace.adapt(std::chrono::steady_clock::now() - began);
+        }
+        if (progress == Progress::lostLock || !session.keepLock()) return Progress::lostLock;
     }
     return progress;
 }

@@ -1,0 +1,181 @@
+"""Text goes to where the click before it went, whole; two clicks are a double click; a paste brings
+the text; what a killed runtime leaves harms nobody: in every toolkit, under several window managers,
+on an idle and on a busy machine.
+
+usage: test_input_matrix.py                       for a sample; QUIL_INPUT=all for all of it
+       test_input_matrix.py PROGRAM... [--times N] [--busy N]
+           by hand, on this desktop; N endless loops keep the machine busy
+"""
+import argparse
+import collections
+import os
+import random
+import re
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+from desktop_tools import PYTHON, Cleanups, Program, output
+from field_programs import PROGRAMS, missing_for, start_program
+from quil_host import Host
+
+WINDOW_MANAGERS = ("openbox", "xfwm4", "metacity", "i3", "twm", "")
+SAMPLE = "gtk3", "qt6", "chromium"
+DOUBLE_CLICK_SECONDS = 0.55
+LONG = "abcdefghij" * 30
+# Without one, i3 asks the user questions and twm lets the user place every window.
+CONFIGURATIONS = {"i3": ("-c", "focus_follows_mouse no\n"), "twm": ("-f", "RandomPlacement\n")}
+
+
+class Turns:
+    """One round of everything with a program; each returns what went wrong, or nothing."""
+
+    def __init__(self, host, program):
+        self.host = host
+        self.program = program
+
+    def arrives(self, index, text, seconds=4):
+        wanted = ["", ""]
+        wanted[index] = text
+        deadline = time.monotonic() + seconds
+        while (found := self.program.texts()) != wanted and time.monotonic() < deadline:
+            time.sleep(0.02)
+        return "" if found == wanted else f"{found} for {wanted}"
+
+    def names(self, answer, index):
+        title = answer["target"].get("windowTitle")
+        is_right = not title or self.program.titles[index] in (None, title)
+        return "" if is_right else f"target {answer['target']} "
+
+    def at_once(self, index):
+        answer = self.host.result("desktop_type", text="hello" + self.program.ending,
+                                  point=self.program.middle(index))
+        return self.names(answer, index) + self.arrives(index, "hello")
+
+    def apart(self, index):
+        answer = self.host.result("desktop_click", point=self.program.middle(index))
+        self.host.result("desktop_type", text=self.program.exact + self.program.ending)
+        return self.names(answer, index) + self.arrives(index, self.program.exact)
+
+    def double_click(self, index):
+        self.host.result("desktop_type", text="w" * 30, point=self.program.middle(index))
+        self.arrives(index, "w" * 30)
+        time.sleep(DOUBLE_CLICK_SECONDS)  # or toolkits count this click in
+        subprocess.run(("xclip", "-selection", "primary", "-i", "/dev/null"),
+                       stdout=subprocess.DEVNULL, check=True)
+        self.host.result("desktop_double_click", point=self.program.top(index))
+        if "paste" not in self.program.can:  # a terminal
+            deadline = time.monotonic() + 3
+            select = ("xclip", "-selection", "primary", "-o")
+            while not (word := output(*select, check=False)) and time.monotonic() < deadline:
+                time.sleep(0.02)
+            return "" if word else "selected nothing"
+        self.host.result("desktop_type", text="X")
+        return self.arrives(index, "X")
+
+    def paste(self, index):
+        self.host.result("desktop_clipboard_write", text="old")
+        self.host.result("desktop_paste", text="näw😀", point=self.program.middle(index))
+        problem = self.arrives(index, "näw😀")
+        text = self.host.result("desktop_clipboard_read")["text"]
+        return problem + ("" if text == "old" else f"then clipboard {text!r}")
+
+    def kill(self, index):
+        with Host() as victim:
+            victim.result("ping")
+            victim.send("desktop_type", {"text": LONG, "point": self.program.middle(index)})
+            time.sleep(random.uniform(0, 0.1))
+            victim.process.kill()
+            victim.process.wait()
+        self.host.result("desktop_type", text="|" + self.program.ending,
+                         point=self.program.middle(index))
+        deadline = time.monotonic() + 4
+        while "|" not in (found := self.program.texts())[index] and time.monotonic() < deadline:
+            time.sleep(0.02)
+        text, _, rest = found[index].partition("|")
+        # A key that was down may have repeated until it was released.
+        whole = re.sub(r"(.)\1+$", r"\1", text)
+        is_right = LONG.startswith(whole) and "|" in found[index] and not rest and not found[1 - index]
+        return "" if is_right else f"after a kill {found}"
+
+
+def run(test, name, times):
+    """The number of wrong rounds of each kind, and what went wrong in them."""
+    program = start_program(test, name)
+    problems = collections.defaultdict(list)
+    for turn in range(times):
+        with Host() as host:
+            host.result("ping")
+            turns = Turns(host, program)
+            for kind, check in (("type", turns.at_once), ("type", turns.apart),
+                                ("double click", turns.double_click), ("paste", turns.paste),
+                                ("kill", turns.kill)):
+                if kind not in program.can:
+                    continue
+                turn += 1
+                problem = check(turn % 2)
+                if problem:
+                    problems[check.__name__].append(problem)
+                program.clear(host)
+    return problems
+
+
+class Matrix(unittest.TestCase):
+    @unittest.skipIf(os.environ.get("QUIL_INPUT") == "all", "the whole matrix runs")
+    def test_sample(self):
+        for name in SAMPLE:
+            with self.subTest(name), Cleanups() as cleanups:
+                if missing_for(name):
+                    self.skipTest(f"{missing_for(name)} is not installed")
+                self.assertEqual(run(cleanups, name, 2), {})
+
+    @unittest.skipUnless(os.environ.get("QUIL_INPUT") == "all", "QUIL_INPUT is not \"all\"")
+    def test_all(self):
+        with_desktop = os.path.join(os.path.dirname(__file__), "../../scripts/with-desktop")
+        folder = self.enterContext(tempfile.TemporaryDirectory())
+        for manager in WINDOW_MANAGERS:
+            command = manager
+            if manager in CONFIGURATIONS:
+                option, text = CONFIGURATIONS[manager]
+                with open(os.path.join(folder, manager), "w") as file:
+                    file.write(text)
+                command = f"{manager} {option} {file.name}"
+            environment = dict(os.environ, QUIL_DESKTOP_WINDOW_MANAGER=command)
+            for busy in (0, 3):
+                with self.subTest(manager=manager, busy=busy):
+                    done = subprocess.run([with_desktop, PYTHON, "-B", __file__, *PROGRAMS, "--busy",
+                                           str(busy)], env=environment)
+                    self.assertEqual(done.returncode, 0)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("programs", nargs="*")
+    parser.add_argument("--times", type=int, default=10)
+    parser.add_argument("--busy", type=int, default=0)
+    options, _ = parser.parse_known_args()
+    if not options.programs:
+        unittest.main()
+    wrong = 0
+    with Cleanups() as cleanups:
+        for _ in range(options.busy):
+            Program(cleanups, PYTHON, "-c", "while True: pass", has_window=False)
+        for name in options.programs:
+            began = time.monotonic()
+            try:
+                with Cleanups() as test:
+                    problems = missing_for(name) or run(test, name, options.times)
+            except Exception as error:
+                problems = {"ended by": [repr(error)]}
+            wrong += bool(problems)
+            print(os.environ.get("QUIL_DESKTOP_WINDOW_MANAGER", "openbox").partition(" ")[0] or "none",
+                  f"busy={options.busy} {name}: {time.monotonic() - began:.0f} s",
+                  {kind: (len(found), found[:2]) for kind, found in problems.items()}
+                  if isinstance(problems, dict) else f"needs {problems}", flush=True)
+    sys.exit(wrong > 0)
+
+
+if __name__ == "__main__":
+    main()

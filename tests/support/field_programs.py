@@ -1,0 +1,295 @@
+"""Programs with two places for text, each in the toolkit that it stands for, and what they hold."""
+import contextlib
+import glob
+import json
+import os
+import re
+import signal
+import subprocess
+import tempfile
+import time
+
+from desktop_tools import CHROMIUM, PYTHON, SUPPORT, change, geometry, output, until
+
+WIDTH, HEIGHT = map(int, re.findall(r"dimensions:\s+(\d+)x(\d+)", output("xdpyinfo"))[0])
+PAGE = """<meta charset=utf-8><title>["",""]</title><style>body {margin: 0; display: flex}
+textarea {flex: 1; height: 97vh; border: 1px solid}</style><textarea id=a></textarea>
+<textarea id=b></textarea><script>const tell = () => document.title = JSON.stringify([a.value, b.value]);
+oninput = tell; onkeydown = e => { if (e.key == 'F9') { a.value = b.value = ''; tell(); } }</script>"""
+
+
+def point(x, y):
+    """The point object of a pixel's middle."""
+    return {"x": (x + 0.5) / WIDTH, "y": (y + 0.5) / HEIGHT}
+
+
+def start(test, command, **options):
+    """A program that is ended with all that it has started."""
+    process = subprocess.Popen(command, stderr=subprocess.DEVNULL, start_new_session=True, text=True,
+                               **{"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, **options})
+
+    def end():
+        with contextlib.suppress(ProcessLookupError):
+            os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+        for stream in filter(None, (process.stdin, process.stdout)):
+            stream.close()
+
+    test.addCleanup(end)
+    return process
+
+
+def window_named(pattern, seconds=90):
+    search = ("xdotool", "search", "--onlyvisible", "--name", pattern)
+    return int(until(lambda: output(*search, check=False, stderr=subprocess.DEVNULL), pattern,
+                     seconds).split()[0])
+
+
+class FieldProgram:
+    """`places` are rectangles on the screen, `titles` those of the windows around them."""
+
+    titles = None, None
+    ending = ""  # typed after each text
+    can = "type", "double click", "paste", "kill"
+    exact = "x😀y é日Ж€"
+
+    def arrange(self, windows, width=None):
+        """Puts the windows beside each other, unless the window manager does so."""
+        for i, window in enumerate(windows):
+            if width:
+                output("xdotool", "windowsize", str(window), str(width), "500", check=False)
+            output("xdotool", "windowmove", str(window), str(20 + i * ((width or 480) + 20)), "60",
+                   check=False)
+        sizes = lambda: [geometry(window) for window in windows]
+        until(lambda: all(size[2] > 100 for size in sizes()), "the size")
+        before = None
+
+        def rests():
+            nonlocal before
+            time.sleep(0.5)
+            last, before = before, sizes()
+            return last == before
+
+        until(rests, "the windows at rest")
+        self.places = before
+
+    def middle(self, index):
+        x, y, width, height = self.places[index]
+        return point(x + width // 2, y + height // 2)
+
+    def top(self, index):
+        """Where the first words are."""
+        x, y, _, _ = self.places[index]
+        return point(x + 20, y + 10)
+
+
+class TwoWindows(FieldProgram):
+    """Two text areas in windows of their own."""
+
+    titles = "one", "two"
+
+    def __init__(self, test, toolkit, *options):
+        command = [PYTHON, "-B", os.path.join(SUPPORT, "fields_app.py"), toolkit, *options]
+        if toolkit == "swing":
+            classes = test.enterContext(tempfile.TemporaryDirectory())
+            output("javac", "-d", classes, os.path.join(SUPPORT, "FieldsApp.java"))
+            command = ["java", "-cp", classes, "FieldsApp"]
+        if toolkit == "tk":
+            self.exact = "xéyЖ€日"  # Tk 8.6 knows no more
+        self.process = start(test, command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.arrange([window_named(f"^{title}$") for title in self.titles])
+
+    def ask(self, what):
+        self.process.stdin.write(what + "\n")
+        self.process.stdin.flush()
+        return json.loads(self.process.stdout.readline())
+
+    def texts(self):
+        return self.ask("texts")
+
+    def clear(self, _host):
+        self.ask("clear")
+
+
+class Terminals(FieldProgram):
+    titles = "one", "two"
+    can = "type", "double click", "kill"
+
+    def __init__(self, test):
+        folder = test.enterContext(tempfile.TemporaryDirectory())
+        self.paths = [f"{folder}/{title}" for title in self.titles]
+        self.seen = [0, 0]
+        for title, path in zip(self.titles, self.paths):
+            start(test, ["xterm", "-T", title, "-u8", "-geometry", "60x20", "-e", "sh", "-c",
+                         f"stty raw -echo; : > {path}; exec tee -a {path}"])
+        until(lambda: all(map(os.path.exists, self.paths)), "the shells")
+        self.arrange([window_named(f"^{title}$") for title in self.titles])
+
+    def held(self):
+        texts = []
+        for path in self.paths:
+            with open(path, "rb") as file:
+                texts.append(file.read())
+        return texts
+
+    def texts(self):
+        return [text[seen:].decode(errors="replace") for text, seen in zip(self.held(), self.seen)]
+
+    def clear(self, _host):
+        self.seen = [len(text) for text in self.held()]
+
+
+class Browser(FieldProgram):
+    """Two text areas of a page, whose title tells what they hold."""
+
+    def __init__(self, test, browser):
+        folder = test.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
+        with open(os.path.join(folder, "page.html"), "w") as page:
+            page.write(PAGE)
+        address = f"file://{folder}/page.html"
+        if browser == "chromium":
+            command = [*CHROMIUM, f"--user-data-dir={folder}/profile", "--test-type", f"--app={address}"]
+        else:
+            os.mkdir(f"{folder}/profile")
+            command = ["firefox", "--no-remote", "--profile", f"{folder}/profile", "--kiosk", address]
+        start(test, command)
+        self.window = window_named(r'^\["","')
+        time.sleep(2)
+        self.arrange([self.window], 1000)
+        x, y, width, height = self.places[0]
+        self.places = [(x, y, width // 2, height), (x + width // 2, y, width // 2, height)]
+
+    def texts(self):
+        title = change(self.window, "_NET_WM_NAME").partition('"')[2].replace('\\"', '"')
+        return json.loads(title[:title.rindex("]") + 1])
+
+    def clear(self, host):
+        host.result("desktop_keypress", combo="f9")
+        until(lambda: self.texts() == ["", ""], "the empty fields")
+
+
+class Office(FieldProgram):
+    """LibreOffice, whose texts are read on the accessibility bus."""
+
+    def __init__(self, test, *documents):
+        import gi
+        gi.require_version("Atspi", "2.0")
+        from gi.repository import Atspi
+        self.atspi = Atspi
+        self.folder = test.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
+        for document in documents:
+            open(f"{self.folder}/{document}", "w").close()
+        start(test, ["soffice", f"-env:UserInstallation=file://{self.folder}/profile", "--norestore",
+                     "--nologo", "--nofirststartwizard",
+                     *(f"{self.folder}/{document}" for document in documents)])
+
+    def find(self, accessible, role, depth=10):
+        if accessible is None or depth == 0:
+            return
+        if accessible.get_role() == role:
+            yield accessible
+            return
+        for position in range(min(accessible.get_child_count(), 60)):
+            yield from self.find(accessible.get_child_at_index(position), role, depth - 1)
+
+    def documents(self, role):
+        desktop = self.atspi.get_desktop(0)
+        for position in range(desktop.get_child_count()):
+            program = desktop.get_child_at_index(position)
+            if program and program.get_name() == "soffice":
+                for frame in range(program.get_child_count()):
+                    window = program.get_child_at_index(frame)
+                    for document in self.find(window, role):
+                        yield window.get_name(), document
+
+    def text(self, accessible):
+        return self.atspi.Text.get_text(accessible, 0, -1)
+
+
+class Writer(Office):
+    def __init__(self, test):
+        super().__init__(test, "one.txt", "two.txt")
+        self.titles = tuple(f"{name}.txt - LibreOffice Writer" for name in ("one", "two"))
+        self.arrange([window_named(f"^{name}.txt") for name in ("one", "two")], 620)
+
+    def texts(self):
+        found = {}
+        for title, document in self.documents(self.atspi.Role.DOCUMENT_TEXT):
+            paragraphs = map(document.get_child_at_index, range(document.get_child_count()))
+            found[title[:3]] = "\n".join(map(self.text, paragraphs))
+        return [found.get("one"), found.get("two")]
+
+    def clear(self, host):
+        for index in range(2):
+            host.result("desktop_click", point=self.middle(index))
+            for combo in ("ctrl+a", "delete"):
+                host.result("desktop_keypress", combo=combo)
+        until(lambda: self.texts() == ["", ""], "the empty documents")
+
+    def top(self, index):
+        found = {title[:3]: document for title, document in
+                 self.documents(self.atspi.Role.DOCUMENT_TEXT)}
+        paragraph = found[("one", "two")[index]].get_child_at_index(0)
+        box = self.atspi.Component.get_extents(paragraph, self.atspi.CoordType.SCREEN)
+        return point(box.x + 20, box.y + box.height // 2)
+
+
+class Calc(Office):
+    """Two cells of a spreadsheet."""
+
+    ending = "\n"
+    can = "type", "kill"
+
+    def __init__(self, test):
+        super().__init__(test, "cells.csv")
+        # A dialog asks how the text is to be read.
+        time.sleep(1)
+        dialog = window_named("^Text Import")
+        until(lambda: output("xdotool", "windowfocus", str(dialog), check=False) is not None, "focus")
+        output("xdotool", "key", "--window", str(dialog), "Return")
+        self.arrange([window_named("^cells.csv")], 1000)
+        rows = until(self.rows, "the cells")
+        # Only roughly: what LibreOffice tells is off by the height of its menu bar.
+        boxes = [self.atspi.Component.get_extents(rows[row], self.atspi.CoordType.SCREEN)
+                 for row in (5, 18)]
+        self.places = [(box.x, box.y, box.width, box.height) for box in boxes]
+
+    def rows(self):
+        tables = [table for _, document in self.documents(self.atspi.Role.DOCUMENT_SPREADSHEET)
+                  for table in self.find(document, self.atspi.Role.TABLE)]
+        return tables and [self.atspi.Table.get_accessible_at(tables[0], row, 1) for row in range(24)]
+
+    def texts(self):
+        texts = list(map(self.text, self.rows()))
+        return ["".join(texts[:12]), "".join(texts[12:])]
+
+    def clear(self, host):
+        for index in range(2):
+            host.result("desktop_click", point=self.middle(index))
+            host.result("desktop_keypress", combo="keycode-117")
+        until(lambda: self.texts() == ["", ""], "the empty cells")
+
+
+PROGRAMS = {"gtk3": TwoWindows, "gtk4": TwoWindows, "qt5": TwoWindows, "qt6": TwoWindows,
+            "tk": TwoWindows, "swing": TwoWindows, "xterm": Terminals, "chromium": Browser,
+            "firefox": Browser, "writer": Writer, "calc": Calc}
+
+
+def start_program(test, name):
+    kind = PROGRAMS[name]
+    return kind(test, name) if kind in (TwoWindows, Browser) else kind(test)
+
+
+def missing_for(name):
+    """What the program needs and the machine does not have; None when it has all."""
+    import importlib.util
+    import shutil
+    needed = {"swing": "javac", "chromium": "chromium", "firefox": "firefox", "writer": "soffice",
+              "calc": "soffice", "xterm": "xterm"}.get(name)
+    if needed and not shutil.which(needed):
+        return needed
+    if name == "tk" and not importlib.util.find_spec("tkinter"):
+        return "tkinter"
+    if name == "writer" and not glob.glob("/usr/lib/libreoffice/program/swriter"):
+        return "LibreOffice Writer"
+    return None

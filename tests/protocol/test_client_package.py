@@ -6,16 +6,23 @@ import tempfile
 import unittest
 import venv
 
-from protocol_schema import ROOT
 from client_programs import HAS_NODE, LANGUAGES, WITH_NODE, command, readme_lines, run
+from protocol_schema import ROOT
 from quil_host import executable
 from simulated import example
 
 WITHOUT_REPOSITORY = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"}
 
 
-
 class PackageTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        built = run(os.path.join(ROOT, "scripts", "package"), folder.name, os.environ["QUIL_BUILD_DIR"])
+        assert built.returncode == 0, built.stdout
+        cls.packages = {os.path.splitext(name)[1]: os.path.join(folder.name, name) for name in os.listdir(folder.name)}
+
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -29,14 +36,8 @@ class PackageTest(unittest.TestCase):
             file.write(text)
         return self.path(name)
 
-    def packages(self):
-        """What scripts/package makes, by the endings of the files."""
-        built = run(os.path.join(ROOT, "scripts", "package"), self.path("packages"), os.environ["QUIL_BUILD_DIR"])
-        self.assertEqual(built.returncode, 0, built.stdout)
-        return {os.path.splitext(name)[1]: self.path("packages", name) for name in built.stdout.split()}
-
     def test_a_wheel_with_the_runtime_in_an_empty_environment(self):
-        wheel = self.packages()[".whl"]
+        wheel = self.packages[".whl"]
         venv.create(self.path("venv"), with_pip=True)
         python = self.path("venv", "bin", "python")
         for what in (wheel, os.path.join(ROOT, "clients", "python"), wheel):  # from the tree, too; without a network
@@ -52,7 +53,7 @@ class PackageTest(unittest.TestCase):
 
     @unittest.skipUnless(HAS_NODE, "the packages of clients/ are not installed")
     def test_a_tarball_with_the_runtime_in_an_empty_folder(self):
-        tarball = self.packages()[".tgz"]
+        tarball = self.packages[".tgz"]
         self.write("package.json", "{}")
         for what in (os.path.join(ROOT, "clients", "typescript"), tarball):  # from the tree, too; without a network
             done = run(WITH_NODE, "npm", "install", "--offline", "--silent", what, cwd=self.folder)

@@ -1,7 +1,7 @@
 /** Which elements a locator means: criteria on single elements, and the steps that a locator consists of. */
 import { Again } from "./again.js";
 import type { Element } from "./observation.js";
-import { natives } from "./roles.js";
+import { type NativeRole, natives } from "./roles.js";
 import { matches, shownText, type Text } from "./texts.js";
 
 /** What is asked of one element; what is left out asks nothing. */
@@ -29,15 +29,16 @@ const TEXTS = ["name", "description", "value", "id", "text"] as const;
 /** A step that takes elements from the tree, or from what is below those that the steps before it have left. */
 export class Criteria {
     readonly #options: CriteriaOptions;
+    readonly #natives?: readonly NativeRole[];
 
     constructor(options: CriteriaOptions) {
         this.#options = { ...options };
-        if (options.role !== undefined) natives(options.role); // refuses what is no role
+        if (options.role !== undefined) this.#natives = natives(options.role);
     }
 
     accept(element: Element): boolean {
-        const { role, name, description, value, id, enabled, text, exact = false } = this.#options;
-        return (role === undefined || natives(role).some((one) =>
+        const { name, description, value, id, enabled, text, exact = false } = this.#options;
+        return (this.#natives === undefined || this.#natives.some((one) =>
             one.native === element.role && (one.parent === "" || one.parent === element.parent?.role)))
             && (name === undefined || matches(element.label, name, exact))
             && (description === undefined || matches(element.description, description, exact))

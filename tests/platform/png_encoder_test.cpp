@@ -1,14 +1,22 @@
 #include "platform/png/png_encoder.h"
 
 #include <gtest/gtest.h>
+#include <libdeflate.h>
 #include <png.h>
 
+#include <array>
+#include <bit>
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
+#include "platform/png/deflate_stream.h"
+
 namespace quil {
 namespace {
+
+using Random = std::independent_bits_engine<std::mt19937, 32, std::uint32_t>;
 
 struct Decoded {
     int width = 0;
@@ -45,6 +53,24 @@ std::uint32_t noise(unsigned x, unsigned y) {
     return (x * 2654435761U ^ y * 40503U * 65599U) * 2246822519U;
 }
 
+/// How many pixels of the file are not those of the picture's image; all, when its size is another.
+std::size_t differentPixels(const Picture& picture, const std::string& file) {
+    const Decoded image = decode(file);
+    if (image.width != picture.width * picture.scale ||
+        image.height != picture.height * picture.scale) {
+        return SIZE_MAX;
+    }
+    std::size_t different = 0;
+    for (int y = 0; y < image.height; ++y) {
+        for (int x = 0; x < image.width; ++x) {
+            different += image.pixels[static_cast<std::size_t>(y * image.width + x)] !=
+                         picture.pixels[static_cast<std::size_t>(y / picture.scale * picture.width +
+                                                                 x / picture.scale)];
+        }
+    }
+    return different;
+}
+
 TEST(PngEncoder, KeepsEveryPixelInEveryFormat) {
     constexpr std::uint32_t kOpaque = 0xff000000;
     struct Case {
@@ -77,18 +103,106 @@ TEST(PngEncoder, KeepsEveryPixelInEveryFormat) {
             const int channels = file[25] == 6 ? 4 : file[25] == 2 ? 3 : 1;
             EXPECT_EQ(file[24] * channels, testCase.bitsPerPixel);
 
-            const Decoded image = decode(file);
-            ASSERT_EQ(image.width, width * scale);
-            ASSERT_EQ(image.height, height * scale);
-            std::size_t different = 0;
-            for (int y = 0; y < image.height; ++y) {
-                for (int x = 0; x < image.width; ++x) {
-                    different +=
-                        image.pixels[static_cast<std::size_t>(y * image.width + x)] !=
-                        picture.pixels[static_cast<std::size_t>(y / scale * width + x / scale)];
-                }
+            EXPECT_EQ(differentPixels(picture, file), 0U);
+        }
+    }
+}
+
+/// Flat areas, repeated rows, words, gradients and noise, in rectangles over each other.
+Picture randomPicture(Random& random) {
+    const auto below = [&](unsigned limit) { return random() % limit; };
+    constexpr std::array<unsigned, 8> kSides = {1, 2, 3, 5, 11, 40, 130, 700};
+    const unsigned width = kSides[below(8)] + below(3);
+    const unsigned height = kSides[below(7)] + below(3);
+    Picture picture{
+        static_cast<int>(width), static_cast<int>(height), static_cast<int>(1 + below(5)), {}};
+    picture.pixels.resize(std::size_t{width} * height);
+    const std::uint32_t mask =
+        std::array<std::uint32_t, 5>{0x010101, 0x030303, 0xC0C0C0, 0xFFFFFF, 0xFFFFFFFF}[below(5)];
+    for (unsigned shapes = 1 + below(12); shapes > 0; --shapes) {
+        const unsigned left = below(width), top = below(height), kind = below(5);
+        const unsigned right = left + 1 + below(width - left);
+        const unsigned bottom = top + 1 + below(height - top);
+        const std::uint32_t colour = random(), step = random(), period = 1 + below(40);
+        for (unsigned y = top; y < bottom; ++y) {
+            for (unsigned x = left; x < right; ++x) {
+                const std::uint32_t values[] = {colour, random(), colour + x * step,
+                                                noise(x % period, y % 9) & 0x010101 * colour,
+                                                x % period ? colour : step * (y / period)};
+                picture.pixels[std::size_t{y} * width + x] =
+                    (values[kind] & mask) | (mask >> 24 ? 0 : 0xff000000);
             }
-            EXPECT_EQ(different, 0U);
+        }
+    }
+    return picture;
+}
+
+TEST(PngEncoder, KeepsEveryPixelOfRandomPictures) {
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        SCOPED_TRACE(seed);
+        Random random(seed);
+        const Picture picture = randomPicture(random);
+        ASSERT_EQ(differentPixels(picture, encodePng(picture)), 0U);
+    }
+}
+
+TEST(PngEncoder, WritesLittleForWhatRepeats) {
+    const auto size = [](int width, int height, auto colour) {
+        return encodePng(paint(width, height, 2, colour)).size();
+    };
+    EXPECT_LT(size(4000, 4000, [](unsigned, unsigned) { return 0xff336699; }), 25'000U);
+    EXPECT_LT(size(3, 60000, [](unsigned, unsigned) { return 0xfe336699; }), 5'000U);
+    // Noise of three bytes costs what it is, whatever it is enlarged to.
+    EXPECT_LT(size(400, 400, [](unsigned x, unsigned y) { return 0xff000000 | noise(x, y); }),
+              4U * 400 * 400);
+}
+
+TEST(DeflateStream, IsReadAsItWasWritten) {
+    struct Case {
+        const char* name;
+        std::function<std::uint8_t(Random&)> byte;
+        unsigned matchesIn100;
+    };
+    const std::vector<Case> cases = {
+        {"one byte", [](auto&) { return std::uint8_t{7}; }, 0},
+        {"all bytes", [](auto& random) { return static_cast<std::uint8_t>(random()); }, 30},
+        // Each half as frequent as the one before: codes would get longer than a stream allows.
+        {"halves",
+         [](auto& random) { return static_cast<std::uint8_t>(std::countl_zero(random())); }, 1},
+        {"mostly matches", [](auto& random) { return static_cast<std::uint8_t>(random() % 3); },
+         95},
+    };
+    for (const Case& testCase : cases) {
+        for (const std::size_t size : {0, 1, 2, 500, 300'000}) {
+            SCOPED_TRACE(testCase.name + std::to_string(size));
+            Random random(static_cast<unsigned>(size));
+            std::string expected, compressed;
+            DeflateStream stream(compressed);
+            while (expected.size() < size) {
+                if (expected.empty() || random() % 100 >= testCase.matchesIn100) {
+                    expected += static_cast<char>(testCase.byte(random));
+                    stream.literal(static_cast<std::uint8_t>(expected.back()));
+                    continue;
+                }
+                const std::size_t length = 3 + random() % (random() % 2 ? 20 : 800);
+                const std::size_t farthest = std::min(expected.size(), DeflateStream::kWindow);
+                const std::size_t distance = 1 + random() % (random() % 2 ? farthest : 1);
+                for (std::size_t i = 0; i < length; ++i) {
+                    expected += expected[expected.size() - distance];
+                }
+                stream.match(length, distance);
+            }
+            stream.finish();
+            std::string found(expected.size(), '?');
+            std::size_t read = 0;
+            libdeflate_decompressor* const decompressor = libdeflate_alloc_decompressor();
+            EXPECT_EQ(
+                libdeflate_deflate_decompress_ex(decompressor, compressed.data(), compressed.size(),
+                                                 found.data(), found.size(), &read, nullptr),
+                LIBDEFLATE_SUCCESS);
+            libdeflate_free_decompressor(decompressor);
+            EXPECT_EQ(read, compressed.size());
+            EXPECT_TRUE(found == expected);
         }
     }
 }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <span>
+#include <utility>
 
 namespace quil {
 namespace {
@@ -60,131 +61,150 @@ class Palette {
     std::vector<std::uint32_t> colours_;
 };
 
-/// Counts the different values of a row, about: some hash alike. Cheap enough to do it twice a row.
-class DistinctValues {
-  public:
-    int count(Row values) {
-        ++round_;
-        int distinct = 0;
-        for (const std::uint32_t value : values) {
-            std::uint32_t& seen = seenInRound_[(value * 2654435761U) >> 20];
-            distinct += seen != round_;
-            seen = round_;
-        }
-        return distinct;
-    }
-
-  private:
-    std::uint32_t round_ = 0;
-    std::array<std::uint32_t, 4096> seenInRound_{};
-};
-
 /// Subtracts the four bytes of `b` from those of `a`, each on its own, modulo 256.
 constexpr std::uint32_t bytewiseDifference(std::uint32_t a, std::uint32_t b) {
     constexpr std::uint32_t kHighBits = 0x80808080;
     return ((a | kHighBits) - (b & ~kHighBits)) ^ ((a ^ ~b) & kHighBits);
 }
 
-/// Writes rows one after the other.
-class RowWriter {
+/// Counts the different values of rows, about: some hash alike.
+class DistinctValues {
   public:
-    RowWriter(const Picture& picture, const PngFormat& format)
-        : picture_(picture),
-          format_(format),
-          rowBytes_(static_cast<std::size_t>(
-              format.rowBytes(std::int64_t{picture.width} * picture.scale))),
-          differences_(static_cast<std::size_t>(picture.width)) {
-        for (const std::uint32_t colour : format.palette) palette_.indexOf(colour);
-    }
-
-    PngRows write() {
-        PngRows rows;
-        rows.size = (rowBytes_ + 1) * static_cast<std::size_t>(picture_.height) *
-                    static_cast<std::size_t>(picture_.scale);
-        rows.bytes = makeLargeBuffer(rows.size);
-        out_ = rows.bytes.get();
-        for (int y = 0; y < picture_.height; ++y) {
-            int repetitions = picture_.scale;
-            if (!repeatsRowAbove(picture_, y)) {
-                if (format_.colourType == kPngPalette) {
-                    writeIndices(rowOf(picture_, y));
-                } else {
-                    writeColours(rowOf(picture_, y));
-                }
-                --repetitions;
-            }
-            writeRepetitions(repetitions);
+    /// Whether the row has fewer different steps from pixel to pixel than it has different pixels.
+    bool haveFewerDifferences(Row row) {
+        ++round_;
+        int colours = 0, differences = 0;
+        std::uint32_t left = ~row.front();
+        for (const std::uint32_t pixel : row) {
+            if (pixel == left) continue;
+            colours += isNew(colours_, pixel);
+            differences += isNew(differences_, bytewiseDifference(pixel, left));
+            left = pixel;
         }
-        return rows;
+        return differences < colours;
     }
 
   private:
-    /// The difference to an equal row is nothing but zeros, which compress best.
-    void writeRepetitions(int rows) {
-        for (; rows > 0; --rows) {
-            *out_++ = kFilterUp;
-            std::memset(out_, 0, rowBytes_);
-            out_ += rowBytes_;
-        }
+    using Rounds = std::array<std::uint32_t, 4096>;
+
+    bool isNew(Rounds& seen, std::uint32_t value) const {
+        return std::exchange(seen[(value * 2654435761U) >> 20], round_) != round_;
     }
 
-    void writeIndices(Row row) {
-        *out_++ = kFilterNone;
-        unsigned pending = 1;  // a leading one bit, then the bits that wait for their byte
+    std::uint32_t round_ = 0;
+    Rounds colours_{}, differences_{};
+};
+
+/// Filters rows one after the other.
+class RowFilter {
+  public:
+    RowFilter(const Picture& picture, const PngFormat& format, RowCompressor& compressor)
+        : picture_(picture),
+          format_(format),
+          compressor_(compressor),
+          values_(rowUnits(picture, format).count) {
+        for (const std::uint32_t colour : format.palette) palette_.indexOf(colour);
+    }
+
+    void run() {
+        const auto scale = static_cast<std::size_t>(picture_.scale);
+        std::size_t equalRows = 0;
+        for (int y = 0; y < picture_.height; ++y) {
+            if (repeatsRowAbove(picture_, y)) {
+                equalRows += scale;
+                continue;
+            }
+            if (equalRows > 0) compressor_.addRowsOfZeros(kFilterUp, equalRows);
+            if (format_.colourType != kPngPalette) {
+                addColours(y);
+            } else if (format_.bitDepth == 8) {
+                addIndices(rowOf(picture_, y));
+            } else {
+                addPackedIndices(rowOf(picture_, y));
+            }
+            equalRows = scale - 1;
+        }
+        if (equalRows > 0) compressor_.addRowsOfZeros(kFilterUp, equalRows);
+    }
+
+  private:
+    void addIndices(Row row) {
         std::uint32_t lastColour = row.front();
-        auto index = static_cast<unsigned>(palette_.indexOf(lastColour));
+        auto index = static_cast<std::uint32_t>(palette_.indexOf(lastColour));
+        for (std::size_t x = 0; x < row.size(); ++x) {
+            if (row[x] != lastColour) {
+                lastColour = row[x];
+                index = static_cast<std::uint32_t>(palette_.indexOf(lastColour));
+            }
+            values_[x] = index;
+        }
+        compressor_.addRow(kFilterNone, values_, UnitFiller::kItself);
+    }
+
+    void addPackedIndices(Row row) {
+        auto out = values_.begin();
+        unsigned pending = 1;  // a leading one bit, then the bits that wait for their byte
+        const auto append = [&](unsigned bits, unsigned count) {
+            pending = pending << count | bits;
+            if (pending < 256) return;
+            *out++ = pending & 0xff;
+            pending = 1;
+        };
+        // The pixels that one becomes, as far as they fill no more than a byte, evenly.
+        const unsigned pixelBits = format_.bitDepth * static_cast<unsigned>(picture_.scale);
+        const bool areTogether = pixelBits <= 8 && 8 % pixelBits == 0;
+        std::uint32_t lastColour = ~row.front();
+        unsigned index = 0;
+        unsigned together = 0;
         for (const std::uint32_t pixel : row) {
             if (pixel != lastColour) {
                 lastColour = pixel;
                 index = static_cast<unsigned>(palette_.indexOf(pixel));
-            }
-            for (int i = 0; i < picture_.scale; ++i) {
-                pending = pending << format_.bitDepth | index;
-                if (pending >= 256) {
-                    *out_++ = static_cast<std::uint8_t>(pending);
-                    pending = 1;
+                together = 0;
+                for (int i = 0; i < picture_.scale && areTogether; ++i) {
+                    together = together << format_.bitDepth | index;
                 }
             }
+            if (areTogether) {
+                append(together, pixelBits);
+            } else {
+                for (int i = 0; i < picture_.scale; ++i) append(index, format_.bitDepth);
+            }
         }
-        if (pending != 1) {
-            while (pending < 256) pending <<= 1;
-            *out_++ = static_cast<std::uint8_t>(pending);
-        }
+        while (pending != 1) append(0, 1);
+        compressor_.addRow(kFilterNone, values_, UnitFiller::kItself);
     }
 
-    void writeColours(Row row) {
-        // Text repeats whole pixels, gradients and photographs repeat differences: whichever of the
-        // two gives fewer different values also gives the compressor more to find.
-        std::uint32_t left = 0;
-        for (std::size_t x = 0; x < row.size(); ++x) {
-            differences_[x] = bytewiseDifference(row[x], left);
-            left = row[x];
+    /// Text repeats whole pixels, gradients and photographs repeat differences: whichever of the
+    /// two gives fewer different values also gives the compressor more to find.
+    void addColours(int y) {
+        const Row row = rowOf(picture_, y);
+        if (distinct_.haveFewerDifferences(row)) {
+            std::uint32_t left = 0;
+            for (std::size_t x = 0; x < row.size(); ++x) {
+                values_[x] = ordered(bytewiseDifference(row[x], left));
+                left = row[x];
+            }
+            compressor_.addRow(kFilterSub, values_, UnitFiller::kZeros);
+            return;
         }
-        const bool useDifferences =
-            distinctValues_.count(differences_) < distinctValues_.count(row);
-        *out_++ = useDifferences ? kFilterSub : kFilterNone;
-        const bool alpha = format_.colourType == kPngTrueColourAlpha;
-        for (const std::uint32_t value : useDifferences ? Row(differences_) : row) {
-            writeValue(value, alpha);
-            for (int i = 1; i < picture_.scale; ++i) writeValue(useDifferences ? 0 : value, alpha);
-        }
+        for (std::size_t x = 0; x < row.size(); ++x) values_[x] = ordered(row[x]);
+        compressor_.addRow(kFilterNone, values_, UnitFiller::kItself);
     }
 
-    void writeValue(std::uint32_t value, bool alpha) {
-        out_[0] = static_cast<std::uint8_t>(value >> 16);
-        out_[1] = static_cast<std::uint8_t>(value >> 8);
-        out_[2] = static_cast<std::uint8_t>(value);
-        if (alpha) out_[3] = static_cast<std::uint8_t>(value >> 24);
-        out_ += alpha ? 4 : 3;
+    /// The channels in the order of the file, the first one lowest.
+    std::uint32_t ordered(std::uint32_t pixel) const {
+        const std::uint32_t colours =
+            (pixel >> 16 & 0xff) | (pixel & 0xff00) | (pixel & 0xff) << 16;
+        return format_.colourType == kPngTrueColourAlpha ? colours | (pixel & kOpaque) : colours;
     }
 
     const Picture& picture_;
     const PngFormat& format_;
-    const std::size_t rowBytes_;
-    std::vector<std::uint32_t> differences_;
-    DistinctValues distinctValues_;
+    RowCompressor& compressor_;
+    std::vector<std::uint32_t> values_;
+    DistinctValues distinct_;
     Palette palette_;
-    std::uint8_t* out_ = nullptr;
 };
 
 std::uint8_t bitsForColours(std::size_t colours) {
@@ -220,8 +240,20 @@ PngFormat choosePngFormat(const Picture& picture) {
     return {kPngPalette, bitsForColours(palette.colours().size()), palette.colours()};
 }
 
-PngRows filteredRows(const Picture& picture, const PngFormat& format) {
-    return RowWriter(picture, format).write();
+RowUnits rowUnits(const Picture& picture, const PngFormat& format) {
+    const auto scale = static_cast<unsigned>(picture.scale);
+    if (format.bitDepth < 8) {
+        return {
+            1, 1,
+            static_cast<std::size_t>(format.rowBytes(std::int64_t{picture.width} * picture.scale))};
+    }
+    const auto valueBytes = static_cast<unsigned>(format.rowBytes(1));
+    return {valueBytes, valueBytes * scale, static_cast<std::size_t>(picture.width)};
+}
+
+void compressRows(const Picture& picture, const PngFormat& format, RowCompressor& compressor) {
+    RowFilter(picture, format, compressor).run();
+    compressor.finish();
 }
 
 }  // namespace quil

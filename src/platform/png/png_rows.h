@@ -1,11 +1,10 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
-#include "platform/png/large_buffer.h"
 #include "platform/png/picture.h"
+#include "platform/png/row_compressor.h"
 
 namespace quil {
 
@@ -29,13 +28,10 @@ struct PngFormat {
 /// The most compact format that keeps every pixel.
 PngFormat choosePngFormat(const Picture& picture);
 
-/// Image data ready to be compressed.
-struct PngRows {
-    LargeBuffer bytes;
-    std::size_t size = 0;
-};
+/// The units that the rows of the picture's image consist of.
+RowUnits rowUnits(const Picture& picture, const PngFormat& format);
 
-/// The picture's image as filtered rows: each a filter byte and the row's bytes.
-PngRows filteredRows(const Picture& picture, const PngFormat& format);
+/// Filters the rows of the picture's image, and compresses them.
+void compressRows(const Picture& picture, const PngFormat& format, RowCompressor& compressor);
 
 }  // namespace quil

@@ -9,6 +9,8 @@ namespace quil::linux_platform {
 namespace {
 
 constexpr std::uint32_t kAllPlanes = 0xffffffff;
+/// A 4K screen.
+constexpr std::size_t kKeptBytes = std::size_t{3840} * 2160 * 4;
 
 /// Whether descriptors can be handed to the server. To try it on another kind of socket would cost
 /// the connection.
@@ -92,6 +94,13 @@ const std::uint8_t* ImageTransfer::fetch(xcb_drawable_t drawable, int x, int y, 
         return nullptr;
     }
     return xcb_get_image_data(reply_.get());
+}
+
+void ImageTransfer::release() {
+    reply_ = nullptr;
+    if (!segment_ || segment_->size() <= kKeptBytes) return;
+    segment_ = nullptr;
+    xcb_flush(connection_->get());  // the server holds it, too
 }
 
 }  // namespace quil::linux_platform

@@ -44,6 +44,9 @@ class ImageTransfer {
     /// Null when it has gone or the server sends something else. Valid until the next call.
     const std::uint8_t* fetch(xcb_drawable_t drawable, int x, int y, int width, int height,
                               std::size_t size);
+    /// Gives back what the last pixels took, but for as much as the next picture of a window or
+    /// screen of usual size will want again.
+    void release();
 
   private:
     std::shared_ptr<X11Connection> connection_;

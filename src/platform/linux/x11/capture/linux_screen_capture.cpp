@@ -91,6 +91,7 @@ std::unique_ptr<CapturedImage> LinuxScreenCapture::captureImage(
                              format->rowBytes(part.width) * static_cast<std::size_t>(part.height));
     if (!pixels) return nullptr;
     Picture picture = pictureFromImage(pixels, part.width, part.height, *format);
+    with->transfer.release();
     clipToShape(connection, window.windowId, part.x - content->x, part.y - content->y, picture);
     picture = resized(std::move(picture), configuration.width, configuration.height);
     if (picture.width == 0) return nullptr;
@@ -117,8 +118,9 @@ std::unique_ptr<CapturedImage> LinuxScreenCapture::captureDisplayImage(
         connection.root(), static_cast<int>(frame.x), static_cast<int>(frame.y), width, height,
         format->rowBytes(width) * static_cast<std::size_t>(height));
     if (!pixels) return nullptr;
-    Picture picture = resized(pictureFromImage(pixels, width, height, *format), configuration.width,
-                              configuration.height);
+    Picture picture = pictureFromImage(pixels, width, height, *format);
+    with->transfer.release();
+    picture = resized(std::move(picture), configuration.width, configuration.height);
     if (picture.width == 0) return nullptr;
     return std::make_unique<PictureImage>(std::move(picture));
 }

@@ -18,9 +18,15 @@ endif()
 
 find_program(QUIL_CCACHE ccache)
 if(QUIL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    # Without this ccache passes on whatever is built with a precompiled header.
-    set(CMAKE_CXX_COMPILER_LAUNCHER
-        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${QUIL_CCACHE})
+    # It fails where it cannot write its cache, for instance in a home folder that is read-only.
+    file(WRITE ${CMAKE_BINARY_DIR}/ccache_check.cpp "")
+    execute_process(COMMAND ${QUIL_CCACHE} ${CMAKE_CXX_COMPILER} -c ccache_check.cpp
+        WORKING_DIRECTORY ${CMAKE_BINARY_DIR} RESULT_VARIABLE ccache_result OUTPUT_QUIET ERROR_QUIET)
+    if(ccache_result EQUAL 0)
+        # Without this ccache passes on whatever is built with a precompiled header.
+        set(CMAKE_CXX_COMPILER_LAUNCHER
+            ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${QUIL_CCACHE})
+    endif()
 endif()
 
 # Most of the time of a compilation goes into the JSON library and the standard library: they are

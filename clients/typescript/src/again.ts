@@ -5,33 +5,33 @@ import { squeezed } from "./texts.js";
 
 /**
  * The step that means an element of an earlier observation, in a new one of the same window. Alike are elements of the same role,
- * identifier and label. The only one that is alike before and now is it. Of several, it is the one whose surroundings have the same
- * labels: the largest part of the tree around it in which nothing else is alike. Of those whose surroundings are the same, too, it is the
- * one at the same position, when there are as many of them as before. Otherwise it is not known which one it is, and none or all that it
- * can be are given: never just another one.
+ * identifier and label. The only one that is alike before and now is it. Of several it is the one whose surroundings have the same labels:
+ * what is in its parent is compared, then what is in the parent of that, and so on, until one is left, or those before are all in it. Of
+ * those that are then left it is the one at the same position, when there are as many as before. Otherwise it is not known which one it is,
+ * and none or all that it can be are given. (So the button "Delete" of a list's only row is found in the row that has taken its place; that
+ * of one of several rows is not.)
  */
 export class Again {
     constructor(readonly element: Element) {}
 
     among(elements: readonly Element[]): Element[] {
-        const before = this.element.observation;
-        if (!elements[0] || !isSameWindow(before, elements[0].observation)) return [];
-        const old = before.elements.filter((one) => isAlike(one, this.element));
-        const found = elements.filter((one) => isAlike(one, this.element));
-        if (old.length === 1 && found.length === 1) return found;
-        const [oldAround, around] = [surroundings(old), surroundings(found)];
-        const own = oldAround.get(this.element);
-        const oldSame = old.filter((one) => oldAround.get(one) === own);
-        const same = found.filter((one) => around.get(one) === own);
-        if (same.length === oldSame.length) return [same[oldSame.indexOf(this.element)]!];
-        if (same.length > 1) return same;
-        // Its surroundings have changed; those of the others may tell all the same.
-        const others = (all: Element[], labels: Map<Element, string>, but: number): string =>
-            all.filter((_, index) => index !== but).map((one) => labels.get(one)).join("\n");
-        const index = old.indexOf(this.element);
-        const isSettled = same.length === 0 && old.length === found.length
-            && others(old, oldAround, index) === others(found, around, index);
-        return isSettled ? [found[index]!] : [];
+        const { element } = this;
+        if (!elements[0] || !isSameWindow(element.observation, elements[0].observation)) return [];
+        let old = element.observation.elements.filter((one) => isAlike(one, element));
+        let found = elements.filter((one) => isAlike(one, element));
+        let part = element.parent;
+        for (let level = 1; part && (old.length > 1 || found.length > 1); level += 1, part = part.parent) {
+            const inside = new Set(part.descendants());
+            if (old.some((one) => one !== element && inside.has(one))) break;
+            const own = labels(part);
+            const isSame = (one: Element): boolean => labels([...one.ancestors()][level - 1]) === own;
+            const rest = found.filter(isSame);
+            if (rest.length === 0) return old.length === 1 ? found : [];
+            old = old.filter(isSame);
+            found = rest;
+        }
+        if (found.length === old.length) return [found[old.indexOf(element)]!];
+        return found.length > 1 ? found : [];
     }
 
     toString(): string {
@@ -65,13 +65,7 @@ function isAlike(one: Element, other: Element): boolean {
     return one.role === other.role && likeness(one) === likeness(other);
 }
 
-/** The labels in the largest part of the tree around each element in which no other of them is. */
-function surroundings(alike: readonly Element[]): Map<Element, string> {
-    const inside = new Map<Element, number>();
-    for (const element of alike) for (const above of element.ancestors()) inside.set(above, (inside.get(above) ?? 0) + 1);
-    return new Map(alike.map((element) => {
-        let part = element;
-        while (part.parent && inside.get(part.parent) === 1 && !alike.includes(part.parent)) part = part.parent;
-        return [element, JSON.stringify([part, ...part.descendants()].map((one) => [one.role, one.id, squeezed(one.label)]))];
-    }));
+/** The labels in a part of the tree. */
+function labels(part?: Element): string {
+    return part ? [part, ...part.descendants()].map(likeness).join("\n") : "";
 }

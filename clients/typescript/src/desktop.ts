@@ -88,8 +88,7 @@ export class Desktop extends Locators {
 
     /**
      * Means an element of an earlier observation, which it finds again by its role, identifier and name, and among several by what is
-     * around it. It never means just another one: when it is not to be told which it is, actions fail as for any locator that matches
-     * nothing or several.
+     * around it. When it is not to be told which of several it is, actions fail as for any locator that matches nothing or several.
      */
     again(element: Element): Locator {
         return this.#of(new Again(element));

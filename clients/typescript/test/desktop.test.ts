@@ -76,10 +76,13 @@ test("an element of an earlier observation", async (t) => {
     for (const { about, before, nth, after, token, error } of [
         { about: "the only one, elsewhere", before: [button("OK")], nth: 0, after: [ada, button("OK")], token: "e0.1" },
         { about: "one of several, by what is around it", before: [ada, bob, cy], nth: 1, after: [bob, cy], token: "e0.0.1" },
-        { about: "one of several, the others of which are as before", before: [ada, bob], nth: 1, after: [ada, row("Bob", button("New"))], token: "e0.1.1" },
+        { about: "one of several, now alone", before: [ada, bob], nth: 1, after: [bob], token: "e0.0.1" },
+        { about: "the only one, now one of several", before: [bob], nth: 0, after: [ada, bob], token: "e0.1.1" },
+        { about: "one of several, in spite of what changes elsewhere", before: [ada, bob, button("Old")], nth: 1, after: [bob, button("New")], token: "e0.0.1" },
+        { about: "the only one, now one of several alike", before: [ada], nth: 0, after: [ada, ada], error: "AmbiguousElement" },
         { about: "one of several that differ in nothing, by its position", before: [bob, bob], nth: 1, after: [bob, bob], token: "e0.1.1" },
         { about: "gone", before: [ada, bob], nth: 0, after: [bob], error: "ElementNotFound" },
-        { about: "gone, and another is there", before: [ada, bob], nth: 0, after: [cy, bob, row("Di")], error: "ElementNotFound" },
+        { about: "gone, and another is at its position", before: [ada, bob], nth: 0, after: [cy, bob], error: "ElementNotFound" },
         { about: "one of several that differ in nothing, now more", before: [bob, bob], nth: 1, after: [bob, bob, bob], error: "AmbiguousElement" },
         { about: "called otherwise", before: [button("Start")], nth: 0, after: [button("Stop")], error: "ElementNotFound" },
     ]) {

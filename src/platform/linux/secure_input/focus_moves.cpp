@@ -13,11 +13,12 @@ constexpr std::size_t kAlwaysKept = 16;
 
 }  // namespace
 
-void FocusMoves::add(TapTime time, bool isLikely, Kind kind) {
+void FocusMoves::add(TapTime time, Kind kind) {
     if (kind == Kind::press) lastPress_ = time;
     const TapTime press = kind == Kind::release ? lastPress_ : time;
     // Only what comes after it goes elsewhere.
-    moves_.push_back({{time + std::chrono::nanoseconds(1), isLikely}, press});
+    const TapTime after = time + std::chrono::nanoseconds(1);
+    moves_.push_back({{.time = after, .end = after}, kind, press});
     while (moves_.size() > kMaximumMoves ||
            (moves_.size() > kAlwaysKept && moves_.front().move.time + kMemory < time)) {
         moves_.pop_front();
@@ -33,7 +34,15 @@ const FocusMove* FocusMoves::latestBefore(TapTime key) const {
 std::vector<FocusMove> FocusMoves::all() const {
     std::vector<FocusMove> moves;
     moves.reserve(moves_.size());
-    for (const Entry& entry : moves_) moves.push_back(entry.move);
+    for (const Entry& entry : moves_) {
+        if (entry.kind != Kind::release || moves.empty()) {
+            moves.push_back(entry.move);
+            continue;
+        }
+        moves.back().end = entry.move.time;
+        moves.back().handled = entry.move.handled;
+        moves.back().settled = entry.move.settled;
+    }
     return moves;
 }
 
@@ -60,15 +69,33 @@ TapTime FocusMoves::quietSince() const {
 
 void FocusMoves::programWasIdle(TapTime then) {
     for (auto entry = moves_.rbegin(); entry != moves_.rend() && !entry->move.handled; ++entry) {
-        if (entry->move.time <= then) entry->move.handled = entry->move.time;
+        if (entry->move.time > then) continue;
+        const bool wasStuck = entry->move.time + 2 * kSettling >= stuckSince_;
+        entry->move.handled = std::max(entry->move.time, wasStuck ? stuckUntil_ : TapTime());
     }
 }
 
+void FocusMoves::programReplied(TapTime asked, TapTime replied) {
+    for (auto entry = moves_.rbegin(); entry != moves_.rend() && !entry->move.settled; ++entry) {
+        if (entry->move.handled && *entry->move.handled + kSettling <= asked) {
+            entry->move.settled = replied;
+        }
+    }
+}
+
+void FocusMoves::programHangs(TapTime asked) {
+    if (!hangsSince_) hangsSince_ = asked;
+}
+
 void FocusMoves::programWasStuck(TapTime asked, TapTime replied) {
-    toldSince_ = replied;
+    toldSince_ = stuckUntil_ = replied;
+    stuckSince_ = hangsSince_.value_or(asked);
+    hangsSince_.reset();
     for (auto entry = moves_.rbegin(); entry != moves_.rend(); ++entry) {
-        if (entry->move.time + 2 * kSettling < asked) break;
-        if (entry->move.handled && !entry->isCertain) entry->move.handled = replied;
+        if (entry->move.time + 2 * kSettling < stuckSince_) break;
+        if (!entry->move.handled || entry->isCertain) continue;
+        entry->move.handled = replied;
+        entry->move.settled.reset();
     }
 }
 

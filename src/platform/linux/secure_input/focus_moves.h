@@ -22,11 +22,11 @@ class FocusMoves {
     /// The user did something. What is no press (a button that is let go, a window that comes to
     /// the front) is dealt with together with the press before or after it.
     enum class Kind { press, release, windowChange };
-    void add(TapTime time, bool isLikely, Kind kind);
+    void add(TapTime time, Kind kind);
 
     /// The latest one before the key; null when there is none.
     const FocusMove* latestBefore(TapTime key) const;
-    /// The moves, oldest first.
+    /// The moves, oldest first. A press and its release are one.
     std::vector<FocusMove> all() const;
 
     /// Whether it is not known of all whether the program has come to them.
@@ -39,12 +39,18 @@ class FocusMoves {
     TapTime quietSince() const;
     /// The program has nothing to do, but was not told of the moves until then.
     void programWasIdle(TapTime then);
+    /// The program was asked at one time and has replied to that at the other; what it came to well
+    /// before it was asked has had all its effects.
+    void programReplied(TapTime asked, TapTime replied);
+    /// The program was asked then, and has not replied by the time at which one gives up.
+    void programHangs(TapTime asked);
     /// The program was asked at one time and replied late.
     void programWasStuck(TapTime asked, TapTime replied);
 
   private:
     struct Entry {
         FocusMove move;
+        Kind kind;
         /// The press by which the program shows that it has come to it.
         TapTime press;
         /// It has shown that.
@@ -55,6 +61,9 @@ class FocusMoves {
     TapTime lastPress_;
     std::optional<TapTime> told_;
     TapTime toldSince_;
+    /// When the program was last stuck, from the question that it did not reply to in time.
+    std::optional<TapTime> hangsSince_;
+    TapTime stuckSince_, stuckUntil_;
 };
 
 }  // namespace quil::linux_platform

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <algorithm>
 #include <chrono>
-#include <cstddef>
 #include <optional>
 #include <vector>
 
@@ -12,13 +10,16 @@
 /// moved is told by what the user did.
 namespace quil::linux_platform {
 
-/// Something that the user did that may have moved the focus.
+/// Something that the user did that may have moved the focus: a click from its press to its
+/// release, a key, another window in front.
 struct FocusMove {
     TapTime time;
-    /// It usually does (a click, the Tab key, another window in front), unlike a shortcut.
-    bool isLikely = false;
+    TapTime end = time;
     /// When the program had come to it; nothing as long as that is not known.
     std::optional<TapTime> handled = {};
+    /// When the program had said all that it had to say of it; nothing as long as that is not
+    /// known.
+    std::optional<TapTime> settled = {};
 };
 
 /// A program said that its focus has moved.
@@ -28,50 +29,23 @@ struct FocusNews {
     bool isSecret = false;
 };
 
+/// When the focus was where a report says, at the earliest and at the latest from `earliest` and
+/// `latest` on.
+struct FocusOnset {
+    TapTime earliest, latest;
+    bool operator==(const FocusOnset&) const = default;
+};
+
 /// How long after it came to the user's doing a program may say that the focus has moved.
 inline constexpr std::chrono::milliseconds kLongestFocusDelay{1000};
 /// How long the news of a focus that a program moved by itself may be under way.
 inline constexpr std::chrono::milliseconds kLongestNewsDelay{50};
 
-/// What to make of more moves than reports: that shortcuts and the like had no effect, or that
-/// those before the last ones had none.
-enum class FocusGuess { unlikelyMovesFailed, earlyMovesFailed };
-
-/// From when on each report held, given the reports, oldest first: the latest reports are those of
-/// the latest moves. A report that no move explains holds from its arrival on, or a little earlier
-/// when secrets ask for it.
-inline std::vector<TapTime> focusChangeTimes(std::vector<FocusMove> moves,
-                                             const std::vector<FocusNews>& news, FocusGuess guess) {
-    std::vector<TapTime> times;
-    if (news.empty()) return times;
-    const auto latestNews = [](const FocusMove& move) {
-        return move.handled.value_or(move.time) + kLongestFocusDelay;
-    };
-    std::erase_if(moves, [&](const FocusMove& move) {
-        return move.time > news.back().arrival || latestNews(move) < news.front().arrival;
-    });
-    if (guess == FocusGuess::unlikelyMovesFailed && moves.size() > news.size()) {
-        // The latest ones first.
-        std::size_t tooMany = moves.size() - news.size();
-        const auto kept = std::remove_if(moves.rbegin(), moves.rend(), [&](const FocusMove& move) {
-            if (move.isLikely || tooMany == 0) return false;
-            --tooMany;
-            return true;
-        });
-        moves.erase(moves.begin(), kept.base());
-    }
-    for (auto report = news.rbegin(); report != news.rend(); ++report) {
-        while (!moves.empty() && moves.back().time > report->arrival) moves.pop_back();
-        if (moves.empty() || latestNews(moves.back()) < report->arrival) {
-            const auto lead = report->isSecret ? kLongestNewsDelay : std::chrono::milliseconds(0);
-            times.push_back(report->arrival - lead);
-        } else {
-            times.push_back(moves.back().time);
-            moves.pop_back();
-        }
-    }
-    std::ranges::reverse(times);
-    return times;
-}
+/// From when on each report held, given the reports and the moves, both oldest first. Each report
+/// is of a move of its own, as far as they suffice; when there are more moves than reports, any of
+/// them may have had no effect. A report that no move explains holds from its arrival on, or a
+/// little earlier when secrets ask for it.
+std::vector<FocusOnset> focusOnsets(const std::vector<FocusMove>& moves,
+                                    const std::vector<FocusNews>& news);
 
 }  // namespace quil::linux_platform

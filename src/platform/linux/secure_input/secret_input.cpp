@@ -25,13 +25,13 @@ SecretInput::SecretInput(FocusSources& sources) : sources_(sources), reports_(so
     lookAround();
 }
 
-void SecretInput::mayMoveFocus(TapTime time, bool isLikely, FocusMoves::Kind kind) {
-    moves_.add(time, isLikely, kind);
+void SecretInput::mayMoveFocus(TapTime time, FocusMoves::Kind kind) {
+    moves_.add(time, kind);
     judgements_ = {};
 }
 
 void SecretInput::windowGotFocus(TapTime time) {
-    mayMoveFocus(time, true, FocusMoves::Kind::windowChange);
+    mayMoveFocus(time, FocusMoves::Kind::windowChange);
     windowGotFocus_ = time;
 }
 
@@ -92,13 +92,17 @@ void SecretInput::finishRound() {
     const auto round = std::exchange(round_, nullptr);
     replied_ = *round->replied;
     judgements_ = {};
-    if (round->failed) return lookAgainAt(replied_ + kGlance);
+    if (round->failed) {
+        moves_.programHangs(round->asked);
+        return lookAgainAt(replied_ + kGlance);
+    }
     if (replied_ - round->asked > kPromptness) {
         moves_.programWasStuck(round->asked, replied_);
     } else if (passed_ >= moves_.quietSince() + kSettling) {
         // The second reply without any progress in between.
         moves_.programWasIdle(round->asked - kSettling);
     }
+    moves_.programReplied(round->asked, replied_);
     passed_ = round->asked;
 }
 
@@ -187,15 +191,12 @@ const SecretInput::Judgement& SecretInput::judgement(bool isActiveStill) {
     }
     if (!news.empty()) judgement->firstReport = news.front().arrival;
     if (std::ranges::none_of(news, &FocusNews::isSecret)) return *judgement;
-    // Of two explanations, the one that keeps the secret.
-    for (const auto guess : {FocusGuess::unlikelyMovesFailed, FocusGuess::earlyMovesFailed}) {
-        const auto since = focusChangeTimes(moves_.all(), news, guess);
-        for (std::size_t i = 0; i < reports.size(); ++i) {
-            if (!news[i].isSecret) continue;
-            const Span span{since[i], i + 1 < since.size() ? since[i + 1] : kNever};
-            const bool isKnown = reports[i]->content == FocusReport::Content::secret;
-            (isKnown ? judgement->secrets : judgement->unknown).push_back(span);
-        }
+    const auto onsets = focusOnsets(moves_.all(), news);
+    for (std::size_t i = 0; i < reports.size(); ++i) {
+        if (!news[i].isSecret) continue;
+        const Span span{onsets[i].earliest, i + 1 < onsets.size() ? onsets[i + 1].latest : kNever};
+        const bool isKnown = reports[i]->content == FocusReport::Content::secret;
+        (isKnown ? judgement->secrets : judgement->unknown).push_back(span);
     }
     return *judgement;
 }

@@ -31,7 +31,7 @@ class SecretInput {
     explicit SecretInput(FocusSources& sources);
 
     /// The user did something that may move the focus.
-    void mayMoveFocus(TapTime time, bool isLikely, FocusMoves::Kind kind);
+    void mayMoveFocus(TapTime time, FocusMoves::Kind kind);
     /// Another window got the focus.
     void windowGotFocus(TapTime time);
     /// Deals with what has arrived.

@@ -204,8 +204,7 @@ void InputTap::readKey(const DeviceEvent& event) {
     if (!press) return;
     Event key = makeEvent(kEventKeyDown, event);
     if (!edits(*press)) {
-        secrets_.mayMoveFocus(key.time, press->virtualKeyCode == virtual_key::tab,
-                              FocusMoves::Kind::press);
+        secrets_.mayMoveFocus(key.time, FocusMoves::Kind::press);
     }
     key.grabbers = grabs_.grabbers(key.time);
     key.flagBits = press->flags;
@@ -222,7 +221,7 @@ void InputTap::readButton(const DeviceEvent& event) {
         return;
     }
     if (isPress) keys_.resetCompose();
-    secrets_.mayMoveFocus(clock_.timeOf(event.time), isPress,
+    secrets_.mayMoveFocus(clock_.timeOf(event.time),
                           isPress ? FocusMoves::Kind::press : FocusMoves::Kind::release);
     if (event.detail != kLeftButton) return;
     waiting_.push_back(makeEvent(isPress ? kEventLeftMouseDown : kEventLeftMouseUp, event));

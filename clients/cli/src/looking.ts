@@ -8,6 +8,7 @@ import { number, withTarget } from "./words.js";
 interface ObserveOptions {
     within?: number;
     interactive?: boolean;
+    hidden?: boolean;
     maxDepth?: number;
     maxCharacters?: number;
 }
@@ -17,12 +18,13 @@ export function addLooking(program: Command, context: Context): void {
         .description("the front window as an outline, one line an element")
         .option("--within <reference>", "only this element and what is in it", number({ min: 0 }))
         .option("--interactive", "only what can be operated")
+        .option("--hidden", "also what is not to be seen, such as items of closed menus")
         .option("--max-depth <levels>", "how many levels", number({ min: 1 }))
         .option("--max-characters <n>", "how long it may be", number({ min: 200 }))
         .addHelpText("after", "\nExamples:\n  quil-cli observe --interactive\n  quil-cli observe --json | jq '.elements[] | select(.role == \"AXButton\") | .name'")
         .action(async (options: ObserveOptions) => {
             const { text, observation } = await context.session.observe({
-                within: options.within, interactiveOnly: options.interactive ?? false, maxDepth: options.maxDepth, maxCharacters: options.maxCharacters ?? Infinity,
+                within: options.within, interactiveOnly: options.interactive ?? false, hidden: options.hidden, maxDepth: options.maxDepth, maxCharacters: options.maxCharacters ?? Infinity,
             }, context.signal);
             const { target, revision, truncated, elements } = observation;
             context.print(text, { target, revision, truncated, elements: elements.map(facts) });

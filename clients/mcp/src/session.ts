@@ -1,6 +1,6 @@
 /** The desktop as a model sees it: what it was shown last, and what an action changed. */
 
-import { type Desktop, type Locator, Observation, type OutlineOptions, type Target, UnknownMethod, type Waiting } from "quil";
+import { type Desktop, type Element, type Locator, Observation, type OutlineOptions, type Target, UnknownMethod, type Waiting } from "quil";
 import { fillIn, checkKeys } from "./doing.js";
 import { UnknownReference } from "./mistakes.js";
 import { Forbidden, type Policy } from "./policy.js";
@@ -8,7 +8,7 @@ import type { Redaction } from "./redaction.js";
 import { References } from "./references.js";
 
 /** For so long a change is waited for after an action, and for so long the window has to stay as it is after one. */
-const FIRST_CHANGE_MS = 250;
+const FIRST_CHANGE_MS = 400;
 const QUIET_MS = 50;
 /** A window that does not come to rest is shown after so long. */
 const LONGEST_UNREST_MS = 1500;
@@ -53,25 +53,32 @@ export class Session {
         return turn;
     }
 
-    /** What is in front now, numbered; `shown` is without what must not be shown. Throws Forbidden for an application that the policy
-     *  leaves out. */
-    async look(signal?: AbortSignal): Promise<{ raw: Observation; shown: Observation }> {
+    /** What is in front now, numbered and without what must not be shown: all of it, and `shown` without what is not to be seen, such as
+     *  the items of closed menus. Throws Forbidden for an application that the policy leaves out. */
+    async look(signal?: AbortSignal): Promise<{ all: Observation; shown: Observation }> {
         // The tree's target is told after the tree was read, when another application may have come to the front.
         if (this.policy.namesApplications) await this.demandFront(signal);
         const state = await this.desktop.runtime.desktopAxGetState({}, { signal });
         this.policy.demand(state.target ?? {});
-        const raw = this.references.number(state);
+        const { elements } = this.references.number(state);
         const nodes = state.nodes.map((node) => this.redaction.node(node));
-        return { raw, shown: new Observation({ ...state, nodes }, raw.elements.map((element) => element.ref)) };
+        const all = new Observation({ ...state, nodes }, elements.map((element) => element.ref));
+        const visible = visibleOf(elements);
+        const isVisible = (_: unknown, index: number): boolean => visible.has(elements[index]!);
+        return { all, shown: new Observation({ ...state, nodes: nodes.filter(isVisible) }, elements.filter(isVisible).map((element) => element.ref)) };
     }
 
-    /** The window in front as an outline; from then on it is what the model has seen. */
-    async observe(options: OutlineOptions & { within?: number }, signal?: AbortSignal): Promise<{ text: string; observation: Observation }> {
-        const { shown } = await this.look(signal);
-        const { within } = options;
-        if (within !== undefined && !shown.byRef(within)) throw new UnknownReference(within, this.references.find(within));
+    /** The window in front as an outline; from then on it is what the model has seen. What is not to be seen is left out, unless `hidden`
+     *  or `within` ask for it. */
+    async observe(options: OutlineOptions & { within?: number; hidden?: boolean }, signal?: AbortSignal): Promise<{ text: string; observation: Observation }> {
+        const { all, shown } = await this.look(signal);
+        const { within, hidden } = options;
+        if (within !== undefined && !all.byRef(within)) throw new UnknownReference(within, this.references.find(within));
         this.#last = shown;
-        return { text: outlined(shown, options), observation: shown };
+        const isWhole = (hidden ?? false) || within !== undefined;
+        const left = isWhole ? 0 : all.elements.length - shown.elements.length;
+        const note = left > 0 ? `\n… ${left} elements that are not to be seen are left out (closed menus, other tabs): open what holds them, or use hidden or within` : "";
+        return { text: outlined(isWhole ? all : shown, options) + note, observation: all };
     }
 
     /** The locator of an element that was shown under a reference. It looks the element up anew each time it looks. */
@@ -95,7 +102,7 @@ export class Session {
 
     /** Waits until the tree is another than the one that the model saw last, or the time is over. */
     async awaitChange(timeoutMs: number, signal?: AbortSignal): Promise<void> {
-        const revision = this.#last?.revision ?? (await this.look(signal)).raw.revision;
+        const revision = this.#last?.revision ?? (await this.look(signal)).all.revision;
         await this.desktop.runtime.desktopAxWait({ revision, timeoutMs }, { signal });
     }
 
@@ -141,6 +148,17 @@ export class Session {
             if (!this.policy.permits(window)) throw new Forbidden("A window that this server may not show is on the screen. Take a picture of one window instead.");
         }
     }
+}
+
+/** The elements that are to be seen, and those that something to be seen is in; all where the window itself has no place on the screen. */
+function visibleOf(elements: readonly Element[]): Set<Element> {
+    if (!elements[0]?.isVisible) return new Set(elements);
+    const visible = new Set<Element>();
+    for (const element of elements) {
+        if (!element.isVisible) continue;
+        for (let one: Element | undefined = element; one && !visible.has(one); one = one.parent) visible.add(one);
+    }
+    return visible;
 }
 
 /** An outline; its notes name the options as the tool has them. */

@@ -11,6 +11,7 @@ export const observe = tool({
     input: z.strictObject({
         within: z.int().nonnegative().optional().describe("reference: only this element and what is in it"),
         interactive_only: z.boolean().optional().describe("only what can be operated"),
+        hidden: z.boolean().optional().describe("also what is not to be seen, such as items of closed menus"),
         max_depth: z.int().positive().optional(),
         max_characters: z.int().min(200).max(100_000).optional().describe("default 5000; what does not fit is counted"),
     }).meta({ examples: [{}, { within: 12 }, { interactive_only: true }] }),
@@ -19,7 +20,7 @@ export const observe = tool({
     question: () => "look at the front window",
     async run(input, { session, signal }) {
         const { text, observation } = await session.observe({
-            within: input.within, interactiveOnly: input.interactive_only, maxDepth: input.max_depth, maxCharacters: input.max_characters,
+            within: input.within, interactiveOnly: input.interactive_only, hidden: input.hidden, maxDepth: input.max_depth, maxCharacters: input.max_characters,
         }, signal);
         const { target } = observation;
         return {

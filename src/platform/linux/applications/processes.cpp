@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "text/characters.h"
 
@@ -15,9 +14,27 @@ std::string pathOf(std::int32_t pid, std::string_view file) {
     return "/proc/" + std::to_string(pid) + '/' + std::string(file);
 }
 
+/// Reading fails for a process that has ended since its file was opened; iterators over a stream or
+/// a folder would throw then.
 std::string contentsOf(const std::string& path) {
     std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::string contents;
+    char buffer[4096];
+    while (stream.read(buffer, sizeof buffer) || stream.gcount() > 0) {
+        contents.append(buffer, static_cast<std::size_t>(stream.gcount()));
+    }
+    return contents;
+}
+
+/// The folders of the process's threads.
+std::vector<std::filesystem::path> tasksOf(std::int32_t pid) {
+    std::vector<std::filesystem::path> tasks;
+    std::error_code error;
+    std::filesystem::directory_iterator task(pathOf(pid, "task"), error);
+    for (; !error && task != std::filesystem::directory_iterator(); task.increment(error)) {
+        tasks.push_back(task->path());
+    }
+    return tasks;
 }
 
 /// The parts that end with a NUL byte each.
@@ -122,15 +139,14 @@ bool hasMapped(std::int32_t pid, const std::function<bool(std::string_view path)
 
 std::vector<ThreadActivity> threadsOf(std::int32_t pid) {
     std::vector<ThreadActivity> threads;
-    std::error_code error;
-    for (const auto& task : std::filesystem::directory_iterator(pathOf(pid, "task"), error)) {
-        const std::string status = contentsOf(task.path() / "stat");
+    for (const std::filesystem::path& task : tasksOf(pid)) {
+        const std::string status = contentsOf(task / "stat");
         const std::size_t name = status.rfind(") ");
         if (name == std::string::npos) continue;  // it has ended
         ThreadActivity& thread = threads.emplace_back();
-        thread.id = std::atoi(task.path().filename().c_str());
+        thread.id = std::atoi(task.filename().c_str());
         thread.isAsleep = status.compare(name + 2, 1, "S") == 0;
-        std::ifstream(task.path() / "schedstat") >> thread.timeRun >> thread.timeReady;
+        std::ifstream(task / "schedstat") >> thread.timeRun >> thread.timeReady;
     }
     return threads;
 }
@@ -149,10 +165,8 @@ std::vector<std::int32_t> processesOfProgram(std::int32_t pid) {
     std::vector<std::int32_t> processes{pid};
     if (arguments.empty()) return processes;
     for (std::size_t i = 0; i < processes.size(); ++i) {
-        std::error_code error;
-        for (const auto& task :
-             std::filesystem::directory_iterator(pathOf(processes[i], "task"), error)) {
-            std::ifstream children(task.path() / "children");
+        for (const std::filesystem::path& task : tasksOf(processes[i])) {
+            std::ifstream children(task / "children");
             for (std::int32_t child = 0; children >> child;) {
                 // Not the whole argument: some programs write all of theirs into the first.
                 const std::vector<std::string> line = argumentsOf(child);

@@ -14,6 +14,8 @@ NOTHING = [], 0
 BUTTON1 = 256
 TIMES = int(os.environ.get("QUIL_TEST_TIMES", 3))
 DRAG = "desktop_drag", {"from": {"x": 0.9, "y": 0.9}, "to": {"x": 0.95, "y": 0.95}}
+CHORD = "desktop_mouse_drag", {"path": [{"x": 0.9, "y": 0.9}, {"x": 0.95, "y": 0.95}],
+                               "modifiers": "ctrl+shift", "durationMs": 5000}
 # Shift is pressed for some, modifiers are locked for others, spare keys have to be mapped.
 TEXT = "desktop_type", {"text": "aAbB 日本語 éÜ" * 40}
 COMBINATION = "desktop_keypress", {"combo": "shift+alt+f11"}
@@ -57,7 +59,7 @@ class Interrupted(unittest.TestCase):
 
     def test_asked_to_end(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
-            for request in (DRAG, TEXT, COMBINATION):
+            for request in (DRAG, CHORD, TEXT, COMBINATION):
                 for turn in range(TIMES):
                     delay = random.uniform(0, 0.08)
                     with self.subTest(number=number, request=request[0], delay=delay):
@@ -67,7 +69,7 @@ class Interrupted(unittest.TestCase):
 
     def test_killed(self):
         left = 0
-        for request in (DRAG, TEXT, COMBINATION):
+        for request in (DRAG, CHORD, TEXT, COMBINATION):
             for turn in range(TIMES):
                 delay = random.uniform(0, 0.08)
                 with self.subTest(request=request[0], delay=delay):

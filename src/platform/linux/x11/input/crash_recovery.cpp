@@ -3,6 +3,7 @@
 #include <xcb/xtest.h>
 
 #include <string_view>
+#include <vector>
 
 #include "platform/linux/x11/input/keyboard_devices.h"
 #include "platform/linux/x11/input/keyboard_lock.h"
@@ -15,14 +16,16 @@ namespace {
 
 /// The runtime's window and the button.
 constexpr std::string_view kButtonProperty = "_QUIL_POINTER_BUTTON";
+/// The runtime's window and the modifier keys that it holds around pointer events.
+constexpr std::string_view kModifiersProperty = "_QUIL_POINTER_MODIFIERS";
 /// The modifiers that the user has locked.
 constexpr std::string_view kLocksProperty = "_QUIL_KEYBOARD_LOCKS";
 
 void setNumbers(X11Connection& connection, std::string_view property,
-                std::initializer_list<std::uint32_t> numbers) {
+                const std::vector<std::uint32_t>& numbers) {
     xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, connection.root(),
                         connection.atom(property), XCB_ATOM_CARDINAL, 32,
-                        static_cast<std::uint32_t>(numbers.size()), numbers.begin());
+                        static_cast<std::uint32_t>(numbers.size()), numbers.data());
 }
 
 void release(X11Connection& connection, std::uint8_t type, std::uint8_t detail) {
@@ -32,6 +35,13 @@ void release(X11Connection& connection, std::uint8_t type, std::uint8_t detail) 
 bool isThere(X11Connection& connection, xcb_window_t window) {
     return connection.reply(xcb_get_window_attributes_reply,
                             xcb_get_window_attributes(connection.get(), window)) != nullptr;
+}
+
+/// What a runtime has noted there that is there no more: its window is the first number.
+std::vector<std::uint32_t> leftIn(X11Connection& connection, std::string_view property) {
+    auto numbers = readProperty(connection, connection.root(), property).numbers();
+    if (numbers.size() < 2 || isThere(connection, numbers[0])) return {};
+    return numbers;
 }
 
 }  // namespace
@@ -44,12 +54,32 @@ void noteReleasedButton(X11Connection& connection) {
     xcb_delete_property(connection.get(), connection.root(), connection.atom(kButtonProperty));
 }
 
-void releaseButtonOfCrashedRuntime(X11Connection& connection) {
-    const PropertyRequest property = readProperty(connection, connection.root(), kButtonProperty);
-    const auto& pressed = property.numbers();
-    if (pressed.size() != 2 || isThere(connection, pressed[0])) return;
-    release(connection, XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(pressed[1]));
-    noteReleasedButton(connection);
+void noteHeldModifier(X11Connection& connection, xcb_window_t runtime, std::uint8_t keyCode,
+                      bool isDown) {
+    auto held = readProperty(connection, connection.root(), kModifiersProperty).numbers();
+    if (held.empty() || held[0] != runtime) held = {runtime};
+    std::erase(held, keyCode);
+    if (isDown) held.push_back(keyCode);
+    if (held.size() > 1) {
+        setNumbers(connection, kModifiersProperty, held);
+    } else {
+        xcb_delete_property(connection.get(), connection.root(),
+                            connection.atom(kModifiersProperty));
+    }
+}
+
+void releasePointerOfCrashedRuntime(X11Connection& connection) {
+    const auto button = leftIn(connection, kButtonProperty);
+    if (!button.empty()) {
+        release(connection, XCB_BUTTON_RELEASE, static_cast<std::uint8_t>(button[1]));
+        noteReleasedButton(connection);
+    }
+    const auto modifiers = leftIn(connection, kModifiersProperty);
+    if (modifiers.empty()) return;
+    for (auto key = modifiers.begin() + 1; key != modifiers.end(); ++key) {
+        release(connection, XCB_KEY_RELEASE, static_cast<std::uint8_t>(*key));
+    }
+    xcb_delete_property(connection.get(), connection.root(), connection.atom(kModifiersProperty));
 }
 
 void noteLocks(X11Connection& connection, std::uint8_t locks) {
@@ -73,7 +103,7 @@ void releaseKeysOfCrashedRuntime(X11Connection& connection) {
 }
 
 void recoverFromCrashedRuntime(X11Connection& connection) {
-    releaseButtonOfCrashedRuntime(connection);
+    releasePointerOfCrashedRuntime(connection);
     if (KeyboardLock::isHeld(connection) || !enableXkb(connection)) return;
     if (readProperty(connection, connection.root(), kLocksProperty).exists()) {
         const KeyboardLock lock(connection);

@@ -14,8 +14,12 @@ namespace quil::linux_platform {
 void notePressedButton(X11Connection& connection, xcb_window_t runtime, std::uint8_t button);
 /// Says that it has been released.
 void noteReleasedButton(X11Connection& connection);
-/// Releases the button of a runtime that is there no more.
-void releaseButtonOfCrashedRuntime(X11Connection& connection);
+/// Says that a modifier key is being pressed, or has been released, that is held around pointer
+/// events, by the runtime that the window belongs to.
+void noteHeldModifier(X11Connection& connection, xcb_window_t runtime, std::uint8_t keyCode,
+                      bool isDown);
+/// Releases the button and the modifier keys of a runtime that is there no more.
+void releasePointerOfCrashedRuntime(X11Connection& connection);
 
 /// Says which modifiers the user has locked, before keys are posted.
 void noteLocks(X11Connection& connection, std::uint8_t locks);

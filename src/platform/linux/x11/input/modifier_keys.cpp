@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "platform/event_posting.h"
+#include "platform/linux/x11/input/crash_recovery.h"
 #include "platform/virtual_keys.h"
 
 namespace quil::linux_platform {
@@ -33,7 +34,7 @@ bool isModifierKey(const PostedEvent& event) {
            (event.flags != 0 || event.type == kEventKeyUp);
 }
 
-void holdModifierKey(X11Connection& connection, const PostedEvent& event) {
+void holdModifierKey(X11Connection& connection, const PostedEvent& event, xcb_window_t runtime) {
     const auto mapping = connection.reply(xcb_get_modifier_mapping_reply,
                                           xcb_get_modifier_mapping(connection.get()));
     const auto index = modifierIndex(event.keyCode);
@@ -43,9 +44,11 @@ void holdModifierKey(X11Connection& connection, const PostedEvent& event) {
     for (std::size_t i = 0; i < perModifier; ++i) {
         const xcb_keycode_t key = keys[*index * perModifier + i];
         if (key == 0) continue;
-        xcb_test_fake_input(connection.get(),
-                            event.type == kEventKeyDown ? XCB_KEY_PRESS : XCB_KEY_RELEASE, key,
+        const bool isDown = event.type == kEventKeyDown;
+        if (isDown) noteHeldModifier(connection, runtime, key, true);
+        xcb_test_fake_input(connection.get(), isDown ? XCB_KEY_PRESS : XCB_KEY_RELEASE, key,
                             XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+        if (!isDown) noteHeldModifier(connection, runtime, key, false);
         break;
     }
     connection.sync();

@@ -10,6 +10,7 @@ namespace quil::linux_platform {
 bool isModifierKey(const PostedEvent& event);
 
 /// Presses or releases the key that the layout has for it: Control for the command flag as well.
-void holdModifierKey(X11Connection& connection, const PostedEvent& event);
+/// `runtime` is a window of ours, by which others know whether this process is there.
+void holdModifierKey(X11Connection& connection, const PostedEvent& event, xcb_window_t runtime);
 
 }  // namespace quil::linux_platform

@@ -93,7 +93,7 @@ void PointerOutput::send(X11Connection& connection, const PostedEvent& event,
     const std::uint8_t button = isPress || isButtonRelease(event.type)
                                     ? deviceButton(connection, buttonOf(event))
                                     : kLeftButton;
-    if (isPress) releaseButtonOfCrashedRuntime(connection);
+    if (isPress) releasePointerOfCrashedRuntime(connection);
     moveTo(connection, event.location);
     if (isPress) {
         notePressedButton(connection, runtime, button);

@@ -107,7 +107,7 @@ void X11EventPosting::keyboardSetUnicodeString(PostableEvent& event, std::u16str
 void X11EventPosting::post(std::uint32_t, const PostableEvent& event) {
     const auto& posted = static_cast<const PostedEvent&>(event);
     if (isModifierKey(posted)) {
-        if (const auto server = connection()) holdModifierKey(*server, posted);
+        if (const auto server = connection()) holdModifierKey(*server, posted, window_);
         return;
     }
     if (posted.source) return posted.source->post(posted);

@@ -45,8 +45,12 @@ def window_named(pattern, seconds=90):
                      seconds).split()[0])
 
 
+# What LibreOffice tells of places is off by its height.
+MENU_BAR = 25
+
+
 class FieldProgram:
-    """`places` are rectangles on the screen, `titles` those of the windows around them."""
+    """`places` are rectangles on the screen, `titles` those of the windows around them, where told."""
 
     titles = None, None
     ending = ""  # typed after each text
@@ -197,48 +201,41 @@ class Office(FieldProgram):
         for position in range(desktop.get_child_count()):
             program = desktop.get_child_at_index(position)
             if program and program.get_name() == "soffice":
-                for frame in range(program.get_child_count()):
-                    window = program.get_child_at_index(frame)
-                    for document in self.find(window, role):
-                        yield window.get_name(), document
+                yield from self.find(program, role)
 
     def text(self, accessible):
         return self.atspi.Text.get_text(accessible, 0, -1)
 
 
 class Writer(Office):
+    """One document; windows of two would cover each other."""
+
+    can = "type", "paste", "kill"
+
     def __init__(self, test):
-        super().__init__(test, "one.txt", "two.txt")
-        self.titles = tuple(f"{name}.txt - LibreOffice Writer" for name in ("one", "two"))
-        self.arrange([window_named(f"^{name}.txt") for name in ("one", "two")], 620)
+        super().__init__(test, "one.txt")
+        self.titles = "one.txt - LibreOffice Writer",
+        self.arrange([window_named("^one.txt")])
+        self.document = until(lambda: next(self.documents(self.atspi.Role.DOCUMENT_TEXT), None),
+                              "the document")
+
+    def paragraphs(self):
+        return [self.document.get_child_at_index(i) for i in range(self.document.get_child_count())]
 
     def texts(self):
-        found = {}
-        for title, document in self.documents(self.atspi.Role.DOCUMENT_TEXT):
-            paragraphs = map(document.get_child_at_index, range(document.get_child_count()))
-            found[title[:3]] = "\n".join(map(self.text, paragraphs))
-        return [found.get("one"), found.get("two")]
+        return ["\n".join(map(self.text, self.paragraphs()))]
 
     def clear(self, host):
-        for index in range(2):
-            host.result("desktop_click", point=self.middle(index))
-            for combo in ("ctrl+a", "delete"):
-                host.result("desktop_keypress", combo=combo)
-        until(lambda: self.texts() == ["", ""], "the empty documents")
-
-    def top(self, index):
-        found = {title[:3]: document for title, document in
-                 self.documents(self.atspi.Role.DOCUMENT_TEXT)}
-        paragraph = found[("one", "two")[index]].get_child_at_index(0)
-        box = self.atspi.Component.get_extents(paragraph, self.atspi.CoordType.SCREEN)
-        return point(box.x + 20, box.y + box.height // 2)
+        for combo in ("ctrl+a", "delete"):
+            host.result("desktop_keypress", combo=combo)
+        until(lambda: self.texts() == [""], "the empty document")
 
 
 class Calc(Office):
     """Two cells of a spreadsheet."""
 
     ending = "\n"
-    can = "type", "kill"
+    can = "type",
 
     def __init__(self, test):
         super().__init__(test, "cells.csv")
@@ -248,16 +245,14 @@ class Calc(Office):
         until(lambda: output("xdotool", "windowfocus", str(dialog), check=False) is not None, "focus")
         output("xdotool", "key", "--window", str(dialog), "Return")
         self.arrange([window_named("^cells.csv")], 1000)
-        rows = until(self.rows, "the cells")
-        # Only roughly: what LibreOffice tells is off by the height of its menu bar.
+        self.table = until(lambda: next(self.documents(self.atspi.Role.TABLE), None), "the cells")
+        rows = self.rows()
         boxes = [self.atspi.Component.get_extents(rows[row], self.atspi.CoordType.SCREEN)
                  for row in (5, 18)]
-        self.places = [(box.x, box.y, box.width, box.height) for box in boxes]
+        self.places = [(box.x, box.y + MENU_BAR, box.width, box.height) for box in boxes]
 
     def rows(self):
-        tables = [table for _, document in self.documents(self.atspi.Role.DOCUMENT_SPREADSHEET)
-                  for table in self.find(document, self.atspi.Role.TABLE)]
-        return tables and [self.atspi.Table.get_accessible_at(tables[0], row, 1) for row in range(24)]
+        return [self.atspi.Table.get_accessible_at(self.table, row, 1) for row in range(24)]
 
     def texts(self):
         texts = list(map(self.text, self.rows()))

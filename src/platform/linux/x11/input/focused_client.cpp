@@ -13,12 +13,6 @@ namespace {
 /// Keys are kept back for some 20 ms.
 constexpr std::chrono::milliseconds kTimeoutForRestless{200};
 
-/// Whether the process shows windows by a plug-in of VCL.
-bool hasVcl(std::int32_t pid) {
-    return hasMapped(pid,
-                     [](std::string_view path) { return path.find("/libvclplug_") != path.npos; });
-}
-
 }  // namespace
 
 xcb_window_t keyboardWindow(X11Connection& connection) {
@@ -37,7 +31,11 @@ FocusedClient::FocusedClient(X11Connection& connection)
     : program_(connection, keyboardWindow(connection)) {
     if (!program_.pid()) return;
     inputMethod_ = Gtk4Ibus::find(*program_.pid());
-    keepsKeysBack_ = hasVcl(*program_.pid());
+    hasMapped(*program_.pid(), [this](std::string_view path) {
+        keepsKeysBack_ = keepsKeysBack_ || path.find("/libvclplug_") != path.npos;
+        takesUnits_ = takesUnits_ || path.find("/libawt_xawt.") != path.npos;
+        return keepsKeysBack_ && takesUnits_;
+    });
 }
 
 bool FocusedClient::waitForPings(std::uint32_t open, std::chrono::milliseconds timeout) {

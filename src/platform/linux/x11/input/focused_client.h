@@ -22,6 +22,9 @@ class FocusedClient {
     /// Whether strings of several UTF-16 units overtake keys that the program has not dealt with:
     /// VCL, LibreOffice's toolkit, keeps keys back for a moment while more of them are coming.
     bool takesStringsAside() const { return keepsKeysBack_; }
+    /// Whether the program takes a keysym for one UTF-16 unit: AWT, Java's toolkit, cuts off the
+    /// rest.
+    bool takesUnits() const { return takesUnits_; }
     /// As of `WindowClient`; to have replied to all pings also means that the input method is done
     /// and that no keys are kept back.
     void sendPing() { program_.sendPing(); }
@@ -33,6 +36,7 @@ class FocusedClient {
     WindowClient program_;
     std::optional<Gtk4Ibus> inputMethod_;
     bool keepsKeysBack_ = false;
+    bool takesUnits_ = false;
 };
 
 /// The window that keys go to: the one that has the focus, else the active one; none when there is

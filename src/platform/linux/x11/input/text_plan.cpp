@@ -186,12 +186,19 @@ SpareKeys findSpareKeys(const KeyboardMap& map) {
     return spare;
 }
 
-std::vector<std::uint32_t> keysymsToType(std::u16string_view text) {
+std::vector<std::uint32_t> keysymsToType(std::u16string_view text, bool asUnits) {
     std::vector<std::uint32_t> keysyms;
     keysyms.reserve(text.size());
     bool wasCarriageReturn = false;
     while (!text.empty()) {
+        const std::u16string_view before = text;
         const char32_t character = takeCharacter(text);
+        if (asUnits && character > 0xFFFF) {
+            for (const char16_t unit : before.substr(0, 2)) {
+                keysyms.push_back(kUnicodeKeysymBase + unit);
+            }
+            continue;
+        }
         const bool endsLineBreak = wasCarriageReturn && character == '\n';
         wasCarriageReturn = character == '\r';
         const std::uint32_t keysym = keysymOf(character);

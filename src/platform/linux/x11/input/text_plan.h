@@ -52,7 +52,8 @@ SpareKeys findSpareKeys(const KeyboardMap& map);
 /// The keysyms to be typed for a text: those of its characters; Return for every kind of line
 /// break, Tab, Backspace, Escape and Delete for their control characters. Other control characters
 /// cannot be typed and are left out; a broken surrogate becomes U+FFFD.
-std::vector<std::uint32_t> keysymsToType(std::u16string_view text);
+/// With `asUnits`, each half of a surrogate pair has a keysym of its own.
+std::vector<std::uint32_t> keysymsToType(std::u16string_view text, bool asUnits);
 
 /// Types the keysyms by the keys that have them in this layout (`group`) and by spare keys. A new
 /// batch begins when the spare keys are used up. `locked` are modifiers that stay active.

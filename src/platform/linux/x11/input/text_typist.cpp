@@ -126,9 +126,9 @@ Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
 void typeText(KeyboardSession& session, std::u16string_view text) {
     if (!session.knowsKeys()) return;
     SpareKeyUse spare(session.connection(), session.map());
-    const auto batches = planText(keysymsToType(text), session.map(), session.group(),
-                                  session.keptLocks(), spare.keys());
     FocusedClient client(session.connection());
+    const auto batches = planText(keysymsToType(text, client.takesUnits()), session.map(),
+                                  session.group(), session.keptLocks(), spare.keys());
     // Keys that an earlier use has left behind may still be waited for, too.
     if (spare.isMapped()) client.sendPing();
     for (const TextBatch& batch : batches) {

@@ -189,6 +189,32 @@ class LaunchingTest(EntriesTest):
         for text in ids[:2]:
             self.assertLess((now - int(text.rpartition("_TIME")[2])) % 2**32, 60_000)
 
+    def test_what_was_launched_comes_to_the_front(self):
+        """Also when its program leaves its window behind; not after the user has gone elsewhere."""
+        gate = os.path.join(FOLDER, "gate")
+        os.mkfifo(gate)
+        app = f"{PYTHON} -B {SUPPORT}/window_app.py gtk3 Behind 300 200 behind"
+        entry = self.install("behind.desktop", f"Name=Behind\nExec=sh -c 'read x < {gate}; {app}'\n")
+        one, two = window_app(self, "qt5", "one"), window_app(self, "qt5", "two")
+        title = lambda: output("xdotool", "getactivewindow", "getwindowname").strip()
+        listed = lambda: [w for w in self.host.result("desktop_windows_list")["windows"]
+                          if w["name"] == "Behind"]
+        for elsewhere, expected in ((one, "Behind"), (two, "two")):
+            output("xdotool", "windowactivate", "--sync", str(one.window))
+            self.host.result("desktop_launch_app", appId=entry)
+            output("xdotool", "windowactivate", "--sync", str(elsewhere.window))
+            self.host.result("desktop_target")
+            with open(gate, "w") as file:
+                file.write("go\n")
+            window = until(listed, "its window")[0]
+            self.assertEqual(window["bundleIdentifier"], "behind.desktop")
+            until(lambda: self.host.result("desktop_target") and title() == expected, expected)
+            for _ in range(5):
+                self.host.result("desktop_target")
+            self.assertEqual(title(), expected)
+            os.kill(window["pid"], signal.SIGKILL)
+            until(lambda: not listed(), "ended")
+
     def test_a_refused_launch_does_not_happen_later(self):
         """The library tells the session bus of every launch, and waits for a bus that is stopped."""
         folder = tempfile.mkdtemp()

@@ -2,7 +2,8 @@
 
 usage: window_app.py gtk3|gtk4|qt5|qt6 TITLE WIDTH HEIGHT [OPTION...]
 
-GTK windows have client-side decorations. Options: menu (opens a menu at once; gtk3), id=APPLICATION.ID
+GTK windows have client-side decorations. Options: menu (opens a menu at once; gtk3), behind
+(does not ask for the focus; gtk3), id=APPLICATION.ID
 (gtk3, gtk4), service (shows its window when the session bus asks for it; gtk4).
 """
 import sys
@@ -16,6 +17,7 @@ def gtk3(title, width, height, options):
         if option.startswith("id="):
             GLib.set_prgname(option[3:])
     window = Gtk.Window(title=title, default_width=width, default_height=height)
+    window.set_focus_on_map("behind" not in options)
     window.set_titlebar(Gtk.HeaderBar(title=title, show_close_button=True))
     window.connect("destroy", Gtk.main_quit)
     window.show_all()

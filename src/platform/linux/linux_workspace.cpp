@@ -102,10 +102,21 @@ std::optional<RunningApplication> LinuxWorkspace::applicationOf(X11Connection& c
     return identities_.identify(hintsOf(window), entry);
 }
 
+void LinuxWorkspace::followLaunch(X11Connection& connection) {
+    if (!launch_) return;
+    const auto isLaunched = [&](const X11Window& window) {
+        const auto application = applicationOf(connection, window, nullptr);
+        const auto id = application ? application->bundleIdentifier : std::nullopt;
+        return id && (*id == launch_->entryPath() || findDesktopEntry(*id) == launch_->entryPath());
+    };
+    if (launch_->follow(connection, isLaunched)) launch_.reset();
+}
+
 std::optional<RunningApplication> LinuxWorkspace::frontmostApplication() {
     effects_.settle();
     const auto connection = display_.connection();
     if (!connection) return {};
+    followLaunch(*connection);
     const auto active = activeWindow(*connection);
     return active ? applicationOf(*connection, *active, nullptr) : std::nullopt;
 }
@@ -158,7 +169,11 @@ std::optional<std::string> LinuxWorkspace::urlForApplicationWithBundleIdentifier
 
 bool LinuxWorkspace::openUrl(std::string_view path) {
     const auto connection = display_.connection();
-    return openDesktopEntry(path, connection ? startupIdOf(*connection, ++launches_) : "");
+    if (!connection) return openDesktopEntry(path, "");
+    launch_.emplace(*connection, path);
+    const bool isOpened = openDesktopEntry(path, startupIdOf(*connection, ++launches_));
+    if (!isOpened) launch_.reset();
+    return isOpened;
 }
 
 }  // namespace quil::linux_platform

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "platform/linux/applications/application_identities.h"
+#include "platform/linux/launch_in_progress.h"
 #include "platform/linux/x11/input/pointer_effects.h"
 #include "platform/linux/x11/windows/windows.h"
 #include "platform/workspace.h"
@@ -19,7 +20,8 @@ class LinuxWorkspace : public Workspace {
         : display_(display), effects_(effects) {}
 
     /// The application that owns the active window, once posted pointer events have had their
-    /// effect; nothing when its process is not known.
+    /// effect; nothing when its process is not known. What has been launched and does not come to
+    /// the front by itself is brought there, so that the next request finds it.
     std::optional<RunningApplication> frontmostApplication() override;
     /// Also finds an application that still runs but has closed its last window since it was
     /// looked at.
@@ -52,10 +54,14 @@ class LinuxWorkspace : public Workspace {
     std::optional<MatchedEntry> entryOfOthers(X11Connection& connection, const X11Window& window,
                                               const Windows& all);
 
+    /// Brings what was launched last to the front, if it should be there.
+    void followLaunch(X11Connection& connection);
+
     X11Display& display_;
     PointerEffects& effects_;
     ApplicationIdentities identities_;
     unsigned launches_ = 0;
+    std::optional<LaunchInProgress> launch_;
 };
 
 }  // namespace quil::linux_platform

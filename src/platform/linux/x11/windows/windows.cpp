@@ -121,6 +121,8 @@ std::optional<X11Window> describe(X11Connection& connection, WindowRequests& req
     window.onScreen =
         attributes->map_state == XCB_MAP_STATE_VIEWABLE && !isMinimised(connection, requests) &&
         isOnShownWorkspace(requests, workspaces) && intersects(window.frame, workspaces.screen);
+    window.demandsAttention = requests[WindowRequests::netState].contains(
+        connection.atom("_NET_WM_STATE_DEMANDS_ATTENTION"));
 
     const auto& names = requests[WindowRequests::wmClass].texts();
     if (!names.empty()) window.instanceName = names[0];

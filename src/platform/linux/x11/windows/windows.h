@@ -31,6 +31,9 @@ struct X11Window {
     /// Mapped, not minimised, on a workspace that is shown, and at least partly inside the screen.
     /// Other windows may cover it.
     bool onScreen = false;
+    /// The window manager shows that the window wants to be looked at, such as one that was not
+    /// given the focus.
+    bool demandsAttention = false;
     /// The process that made the window; absent when it runs elsewhere or is unknown.
     std::optional<std::int32_t> pid;
     /// The window that it belongs to, as a dialog does ("WM_TRANSIENT_FOR"); none for other windows

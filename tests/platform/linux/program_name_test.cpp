@@ -18,7 +18,7 @@ TEST(ProgramOf, IsWhatReallyRuns) {
         {"/usr/bin/python3 -Bm idlelib.idle", "idlelib.idle"},
         {"python3 -Bc import_gi calculator", ""},
         {"python3", ""},
-        {"java -Xmx1g -cp calculator:/usr/share/java/x.jar --add-opens a/b=c org.Main x",
+        {"java -Xmx1m -cp calculator:/usr/share/java/x.jar --add-opens a/b=c org.Main x",
          "org.Main"},
         {"java -classpath calculator -jar /usr/share/app.jar", "/usr/share/app.jar"},
         {"java -p /opt -m app/org.Main", "app/org.Main"},

@@ -21,6 +21,8 @@ struct Interpreter {
     std::string_view lettersWithRest{};
     /// Options of one letter that are followed by a text to run instead of a program.
     std::string_view lettersWithCode{};
+    /// Options of one letter that are followed by the program.
+    std::string_view lettersWithProgram{};
     /// Longer options, those that are followed by a value and those that are followed by the
     /// program, with a space around each.
     std::string_view wordsWithValue{};
@@ -72,13 +74,13 @@ constexpr Interpreter kInterpreters[] = {
      .lettersWithValue = "I",
      .lettersWithRest = "CDFMVdmx",
      .lettersWithCode = "eE"},
-    {.name = "php", .lettersWithValue = "cdz", .lettersWithCode = "r", .wordsWithProgram = " -f "},
+    {.name = "php", .lettersWithValue = "cdz", .lettersWithCode = "r", .lettersWithProgram = "f"},
     {.name = "pkexec", .wordsWithValue = " --user ", .isLauncher = true},
     {.name = "python",
      .lettersWithValue = "WX",
      .lettersWithCode = "c",
-     .wordsWithValue = " --check-hash-based-pycs ",
-     .wordsWithProgram = " -m "},
+     .lettersWithProgram = "m",
+     .wordsWithValue = " --check-hash-based-pycs "},
     {.name = "ruby", .lettersWithValue = "ICr", .lettersWithRest = "EKTWx", .lettersWithCode = "e"},
     {.name = "setsid", .isLauncher = true},
     {.name = "sh", .lettersWithValue = "o", .lettersWithCode = "c"},
@@ -119,9 +121,8 @@ OptionKind kindOf(const Interpreter& interpreter, std::string_view option) {
         if (isIn(interpreter.lettersWithValue)) {
             return i + 1 == option.size() ? OptionKind::withValue : OptionKind::plain;
         }
-        const std::string letter{'-', option[i]};
-        if (i + 1 == option.size() && names(interpreter.wordsWithProgram, letter)) {
-            return OptionKind::withProgram;  // such as python3 -Bm module
+        if (isIn(interpreter.lettersWithProgram) && i + 1 == option.size()) {
+            return OptionKind::withProgram;
         }
     }
     return OptionKind::plain;

@@ -30,8 +30,8 @@ PROCESSORS = {
 # What the compiler itself calls for literals, subscripts, loops and root classes, or the substitutes
 # of the frameworks need.
 IMPLIED = {"NSObject", "arrayWithObjects", "countByEnumeratingWithState", "dictionaryWithObjects",
-           "numberWithDouble", "numberWithLong", "numberWithLongLong", "objectForKeyedSubscript",
-           "setObject", "stringWithUTF8String"}
+           "numberWithDouble", "numberWithInt", "numberWithLong", "numberWithLongLong",
+           "objectForKeyedSubscript", "setObject", "stringWithUTF8String"}
 
 
 def system_headers():

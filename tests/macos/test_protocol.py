@@ -23,8 +23,6 @@ ELSEWHERE = {
     "test_recordings_leave_nothing_behind",
     # Makes a call fail that the Mac backend puts together from others.
     "test_a_window_that_does_not_come",
-    # Wait for changes: the substitute's run loops keep real time, its desktop simulated time.
-    "test_waiting_for_changes",
 }
 
 

@@ -12,7 +12,6 @@
 namespace quil::macos {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
 /// How often it is looked which application is in front: its notification needs the main thread.
@@ -46,6 +45,10 @@ constexpr const char* kNotifications[] = {
     "AXSheetCreated",
     "AXElementBusyChanged",
 };
+
+Seconds uptime() {
+    return Seconds([NSProcessInfo processInfo].systemUptime);
+}
 
 std::int32_t frontmostProcess() {
     NSRunningApplication* front = [NSWorkspace sharedWorkspace].frontmostApplication;
@@ -83,12 +86,12 @@ void AxChangeWatch::notified(AXObserverRef, AXUIElementRef, CFStringRef, void* w
 }
 
 bool AxChangeWatch::wait(std::uint64_t microseconds) {
-    const auto deadline = Clock::now() + std::chrono::microseconds(microseconds);
+    const Seconds deadline = uptime() + std::chrono::microseconds(microseconds);
     for (;;) {
         const std::int32_t front = frontmostProcess();
         if (std::exchange(front_, front) != front) noticed_ = true;
         if (std::exchange(noticed_, false)) return true;
-        const Seconds left = deadline - Clock::now();
+        const Seconds left = deadline - uptime();
         if (left <= Seconds(0)) return false;
         const Seconds slice = std::min(left, kFrontInterval);
         // A run loop without sources returns at once.

@@ -28,10 +28,11 @@ SigningCodeRef owned(T code) {
     return std::make_shared<Code<T>>(CfRef<T>::adopt(code));
 }
 
-/// The platform's own constant for the name of a guest's attribute.
-id attributeName(const std::string& name) {
-    if (name == kGuestAttributePid) return (__bridge id)kSecGuestAttributePid;
-    return nil;
+bool hasStringKeys(NSDictionary* members) {
+    for (id key in members) {
+        if (![key isKindOfClass:[NSString class]]) return false;
+    }
+    return true;
 }
 
 }  // namespace
@@ -40,10 +41,10 @@ std::int32_t MacCodeSigning::copyGuestWithAttributes(const Value::Dictionary& at
                                                      std::uint32_t flags, SigningCodeRef& guest) {
     NSMutableDictionary* named = [NSMutableDictionary dictionary];
     for (const auto& [name, value] : attributes) {
-        const auto object = objectOf(value);
-        id key = attributeName(name);
-        if (!key || !object) return errSecParam;
-        named[key] = (__bridge id)object.get();
+        const auto pid = name == kGuestAttributePid ? value.integer() : std::nullopt;
+        if (!pid) return errSecParam;
+        // A number of the width of a process id (pid_t).
+        named[(__bridge id)kSecGuestAttributePid] = @(static_cast<pid_t>(*pid));
     }
     SecCodeRef code = nullptr;
     const OSStatus status =
@@ -70,7 +71,7 @@ std::int32_t MacCodeSigning::copySigningInformation(const SigningCodeRef& static
         SecCodeCopySigningInformation(codeOf<SecStaticCodeRef>(staticCode), flags, &copied);
     const auto members = CfRef<CFDictionaryRef>::adopt(copied);
     if (status != errSecSuccess) return status;
-    if (!members) {
+    if (!members || !hasStringKeys((__bridge NSDictionary*)members.get())) {
         information.reset();
         return status;
     }

@@ -4,7 +4,7 @@
 
 #import "substitute.h"
 
-enum class NumberKind { integer, real, single, boolean, large };
+enum class NumberKind { integer, real, single, boolean, large, narrow };
 
 @interface NSString () {
   @public

@@ -196,6 +196,7 @@ Boolean CFNumberIsFloatType(CFNumberRef number) {
 CFIndex CFNumberGetByteSize(CFNumberRef reference) {
     switch (numberOf(reference, "CFNumberGetByteSize")->kind) {
         case NumberKind::single:
+        case NumberKind::narrow:
             return 4;
         case NumberKind::large:
             return 16;

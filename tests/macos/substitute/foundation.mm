@@ -121,6 +121,11 @@ NSString* optionalString(const std::optional<std::string>& text) {
     number->kind = kind;
     return number;
 }
++ (NSNumber*)numberWithInt:(int)value {
+    NSNumber* number = [self of:NumberKind::narrow];
+    number->integer = value;
+    return number;
+}
 + (NSNumber*)numberWithLong:(long)value {
     NSNumber* number = [self of:NumberKind::integer];
     number->integer = value;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <ctime>
 #include <deque>
 #include <mutex>
 
@@ -197,9 +196,6 @@ CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode, double seconds, Boolean) {
         }
         return static_cast<CFRunLoopRunResult>(0);
     }
-    // The simulated time has passed at once, the backend's clock is a real one.
-    timespec time{0, static_cast<long>(std::min(seconds, 0.9) * 1e9)};
-    clock_nanosleep(CLOCK_MONOTONIC, 0, &time, nullptr);
     return static_cast<CFRunLoopRunResult>(0);
 }
 void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLoopMode mode) {

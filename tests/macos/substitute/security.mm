@@ -38,6 +38,9 @@ OSStatus SecCodeCopyGuestWithAttributes(SecCodeRef host, CFDictionaryRef attribu
     NSDictionary* names = own<NSDictionary>(attributes, "SecCodeCopyGuestWithAttributes");
     id pid = names[(__bridge NSString*)kSecGuestAttributePid];
     if (host || !pid) violation("SecCodeCopyGuestWithAttributes: not a process of the system");
+    if (CFNumberGetByteSize((__bridge CFNumberRef)pid) != sizeof(pid_t)) {
+        violation("SecCodeCopyGuestWithAttributes: not a number of a process id's width");
+    }
     SigningCodeRef code;
     const auto status = services->codeSigning().copyGuestWithAttributes(
         {{std::string(kGuestAttributePid), value(pid)}}, flags, code);

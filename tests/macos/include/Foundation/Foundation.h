@@ -62,6 +62,7 @@ __attribute__((objc_root_class))
 @end
 
 @interface NSNumber : NSObject <NSCopying>
++ (NSNumber*)numberWithInt:(int)value;
 + (NSNumber*)numberWithLong:(long)value;
 + (NSNumber*)numberWithLongLong:(long long)value;
 + (NSNumber*)numberWithDouble:(double)value;

@@ -96,6 +96,7 @@ std::optional<MouseButton> mouseButton(std::string_view name) {
 
 void clickButton(Platform& platform, Point at, const MouseButton& button, int count,
                  std::uint64_t modifiers) {
+    platform.eventPosting().beginClicks(at, button.number, count);
     const HeldModifiers held(platform, modifiers);
     for (int click = 1; click <= count; ++click) {
         postButton(platform, button.downType, at, button, modifiers, click);
@@ -105,6 +106,7 @@ void clickButton(Platform& platform, Point at, const MouseButton& button, int co
 
 void dragAlong(Platform& platform, const std::vector<Point>& path, const MouseButton& button,
                std::uint64_t modifiers, std::uint32_t milliseconds) {
+    platform.eventPosting().beginClicks(path.front(), button.number, 1);
     const HeldModifiers held(platform, modifiers);
     postButton(platform, button.downType, path.front(), button, modifiers, 1);
     const std::size_t lines = path.size() - 1;

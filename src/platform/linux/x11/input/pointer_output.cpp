@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <thread>
 
 #include "platform/linux/x11/input/crash_recovery.h"
 
@@ -24,6 +25,11 @@ constexpr std::uint8_t kWheelRight = 7;
 constexpr std::uint32_t kPressDelay = 2;
 
 constexpr std::chrono::milliseconds kButtonsValidity{20};
+
+/// The longest time between two presses of a double click, with a little to spare, and the farthest
+/// that these may be apart, in pixels: of GTK, Qt, Tk, Swing and Chromium as they come.
+constexpr std::chrono::milliseconds kMultipleClickTime{520};
+constexpr double kMultipleClickDistance = 10;
 
 std::int16_t pixel(double coordinate) {
     using Limits = std::numeric_limits<std::int16_t>;
@@ -87,6 +93,13 @@ void PointerOutput::turnWheel(X11Connection& connection, std::int32_t amount, st
     }
 }
 
+void PointerOutput::awaitNewCount(Point at, std::uint32_t button, int count) const {
+    if (!lastPress_ || lastPress_->button != button) return;
+    const bool isNear = std::abs(at.x - lastPress_->location.x) <= kMultipleClickDistance &&
+                        std::abs(at.y - lastPress_->location.y) <= kMultipleClickDistance;
+    if (isNear || count > 1) std::this_thread::sleep_until(lastPress_->time + kMultipleClickTime);
+}
+
 void PointerOutput::send(X11Connection& connection, const PostedEvent& event,
                          xcb_window_t runtime) {
     const bool isPress = isButtonPress(event.type);
@@ -97,6 +110,7 @@ void PointerOutput::send(X11Connection& connection, const PostedEvent& event,
     moveTo(connection, event.location);
     if (isPress) {
         notePressedButton(connection, runtime, button);
+        lastPress_ = {std::chrono::steady_clock::now(), event.location, event.button};
         sendButton(connection, button, true, kPressDelay);
     } else if (isButtonRelease(event.type)) {
         sendButton(connection, button, false);

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "platform/linux/x11/connection.h"
@@ -23,6 +24,11 @@ class PointerOutput {
     void send(X11Connection& connection, const PostedEvent& event,
               xcb_window_t runtime = XCB_WINDOW_NONE);
 
+    /// Waits until toolkits count a press at that point as the first of its clicks: until so much
+    /// time has passed since the last one of that button nearby. The first of several is not to
+    /// come soon after one elsewhere either: GTK's text views then miscount them.
+    void awaitNewCount(Point at, std::uint32_t button, int count) const;
+
   private:
     /// The device's button that applications see as `button`.
     std::uint8_t deviceButton(X11Connection& connection, std::uint8_t button);
@@ -33,6 +39,12 @@ class PointerOutput {
     /// one after the other.
     std::vector<std::uint8_t> buttons_;
     std::chrono::steady_clock::time_point buttonsExpire_;
+    struct Press {
+        std::chrono::steady_clock::time_point time;
+        Point location;
+        std::uint32_t button = 0;
+    };
+    std::optional<Press> lastPress_;
 };
 
 }  // namespace quil::linux_platform

@@ -30,6 +30,9 @@ class X11EventPosting : public EventPosting {
     void setLocation(PostableEvent& event, Point point) override;
     void setFlags(PostableEvent& event, std::uint64_t flags) override;
     void setIntegerValueField(PostableEvent&, std::uint32_t, std::int64_t) override {}
+    void beginClicks(Point at, std::uint32_t button, int count) override {
+        pointer_.awaitNewCount(at, button, count);
+    }
     void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) override;
     void post(std::uint32_t tapLocation, const PostableEvent& event) override;
 

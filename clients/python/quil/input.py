@@ -46,11 +46,14 @@ class Mouse:
     def click(self, place: Place, *, button: str = "left", count: int = 1, modifiers: Optional[str] = None) -> None:
         """Clicks a place `count` times (1 to 3)."""
         runtime, point = self._desktop.runtime, self._points(place)[0]
-        if button == "left" and not modifiers and count in (1, 2):
-            (runtime.desktop_click if count == 1 else runtime.desktop_double_click)(point=point)
+        is_simple = button == "left" and not modifiers
+        if is_simple and count == 1:
+            runtime.desktop_click(point=point)
         else:
+            # Which does not count clicks before it in, as programs may do with desktop_double_click.
             self._desktop.extension(lambda: runtime.desktop_mouse_click(
-                point=point, button=button, count=count, modifiers=modifiers), "such a click")
+                point=point, button=button, count=count, modifiers=modifiers), "such a click",
+                (lambda: runtime.desktop_double_click(point=point)) if is_simple and count == 2 else None)
 
     def scroll(self, place: Place, lines: int, *, horizontal: bool = False) -> None:
         """Turns the wheel at a place: up (left, when horizontal) when positive."""

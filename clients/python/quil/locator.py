@@ -148,7 +148,9 @@ class Locator(Locators):
 
     def double_click(self, *, timeout: Optional[float] = None) -> None:
         """Two clicks of the pointer on its centre."""
-        self._act("double_click", lambda element: self._runtime.desktop_double_click(_seen(element)), timeout)
+        self._act("double_click", lambda element: self._desktop.extension(
+            lambda: self._runtime.desktop_mouse_click(_seen(element), count=2), "such a click",
+            lambda: self._runtime.desktop_double_click(_seen(element))), timeout)
 
     def right_click(self, *, modifiers: Optional[str] = None, timeout: Optional[float] = None) -> None:
         """A click with the right button on its centre."""

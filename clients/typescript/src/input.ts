@@ -36,8 +36,11 @@ export class Mouse {
         const { runtime } = this.#desktop;
         const point = await this.#point(place, options);
         if (button === "left" && !modifiers && count === 1) await runtime.desktopClick({ point }, options);
-        else if (button === "left" && !modifiers && count === 2) await runtime.desktopDoubleClick({ point }, options);
-        else await this.#desktop.extension(() => runtime.desktopMouseClick({ point, button, count, modifiers }, options), "such a click");
+        else {
+            // Which does not count clicks before it in, as programs may do with desktop_double_click.
+            await this.#desktop.extension(() => runtime.desktopMouseClick({ point, button, count, modifiers }, options), "such a click",
+                button === "left" && !modifiers && count === 2 ? () => runtime.desktopDoubleClick({ point }, options) : undefined);
+        }
     }
 
     /** Turns the wheel at a place by so many lines: up (left, when horizontal) when positive. */

@@ -189,7 +189,9 @@ export class Locator extends Locators {
 
     /** Two clicks of the pointer on its centre. */
     async doubleClick(options: Waiting = {}): Promise<void> {
-        await this.act("doubleClick", (element) => this.#runtime.desktopDoubleClick({ element: seen(element).token }, options), options);
+        await this.act("doubleClick", (element) => this.desktop.extension(
+            () => this.#runtime.desktopMouseClick({ element: seen(element).token, count: 2 }, options), "such a click",
+            () => this.#runtime.desktopDoubleClick({ element: seen(element).token }, options)), options);
     }
 
     /** A click with the right button on its centre. */

@@ -105,6 +105,17 @@ def editor(desktop, folder):
     desktop.keyboard.paste(pasted)
     quietly(desktop, expect(text).to_have_value, "Set by token." + typed + pasted)
 
+    say("The right button opens a menu. Nobody looks again and again: the runtime says when the window has changed.")
+    revision = quietly(desktop, desktop.observe).revision
+    text.right_click()
+    desktop.runtime.desktop_ax_wait(revision, 10_000, 200)
+    select_all = desktop.get_by_role("menuitem", "Select All", exact=True)
+    quietly(desktop, select_all.wait_for)
+    say("The whole screen, with the menu on it, at half the size, and then a choice from the menu:")
+    save(desktop.capture(scale=0.5), folder, "screen.png")
+    select_all.click()
+    quietly(desktop, select_all.wait_for, "gone")
+
     say("One Glimpse capture: text, picture, end.")
     _, picture = desktop.glimpse()
     save(picture.picture, folder, "editor.png")

@@ -55,7 +55,8 @@ class Extensions(unittest.TestCase):
                     size = size or [2 * expected["width"], 2 * expected["height"]]
                 self.assertEqual(png_size(result["screenshotDataURL"]), size, params)
             for params, error in [
-                    ({"display": 8}, "display not found"), ({"window": 99}, "window not found")]:
+                    ({"display": 8}, "display not found"),
+                    ({"display": 2**32 + 7}, "display not found"), ({"window": 99}, "window not found")]:
                 self.assertEqual(host.error("desktop_capture", **params), {
                     "code": "COMPUTER_CONTROL_UNSUPPORTED_OPERATION", "message": error})
             for scale in (0, -1, 2.1, 1e300):
@@ -83,8 +84,14 @@ class Extensions(unittest.TestCase):
                 result = host.result("desktop_mouse_click", point=MIDDLE, **params)
                 self.assertEqual(sorted(result), ["ok", "target"])
                 self.assertEqual(host.log("post")[before:], posted, params)
+            for count in (2.5, True, "3", 2**63):  # counts as absent
+                before = len(host.log("post"))
+                host.result("desktop_mouse_click", point=MIDDLE, count=count, modifiers="+")
+                self.assertEqual(len(host.log("post")) - before, 2, count)
             for params, message in [
                     ({}, "point or element is required"),
+                    ({"point": MIDDLE, "modifiers": " shift"}, "unknown modifier"),
+                    ({"point": MIDDLE, "count": -2**63}, "count must be 1 to 3"),
                     ({"point": {"x": 2, "y": 0}, "count": 9}, "point or element is required"),
                     ({"point": MIDDLE, "button": "Left", "count": 9}, "unknown button"),
                     ({"point": MIDDLE, "count": 0, "modifiers": "x"}, "count must be 1 to 3"),
@@ -178,9 +185,12 @@ class Extensions(unittest.TestCase):
                 result = host.result("desktop_window_activate", window=window)
                 self.assertEqual(result["target"]["windowTitle"], name)
                 self.assertEqual(host.result("desktop_windows_list")["windows"][0]["name"], name)
-            self.assertEqual(host.error("desktop_window_activate"), {"message": "window is required"})
-            self.assertEqual(host.error("desktop_window_activate", window=99), {
-                "code": "COMPUTER_CONTROL_UNSUPPORTED_OPERATION", "message": "window not found"})
+            for params in ({}, {"window": "1"}, {"window": 1.5}):
+                self.assertEqual(host.error("desktop_window_activate", **params),
+                                 {"message": "window is required"})
+            for window in (99, -1, 2**63 - 1):
+                self.assertEqual(host.error("desktop_window_activate", window=window), {
+                    "code": "COMPUTER_CONTROL_UNSUPPORTED_OPERATION", "message": "window not found"})
 
     def test_a_window_that_does_not_come(self):
         with Simulated(desktop(rules=[{"call": "activeWindow", "fails": True}])) as host:

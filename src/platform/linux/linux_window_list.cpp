@@ -58,7 +58,9 @@ std::optional<std::int64_t> LinuxWindowList::activeWindow() {
     const auto connection = display_.connection();
     const auto window =
         connection ? linux_platform::activeWindow(*connection) : std::optional<X11Window>();
-    return window ? std::optional<std::int64_t>(window->id) : std::nullopt;
+    // One that has just been minimised may be called active for a moment.
+    const bool isInFront = window && window->onScreen;
+    return isInFront ? std::optional<std::int64_t>(window->id) : std::nullopt;
 }
 
 }  // namespace quil::linux_platform

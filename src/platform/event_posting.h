@@ -86,9 +86,9 @@ class EventPosting {
     /// counts clicks by their times.
     virtual void setIntegerValueField(PostableEvent& event, std::uint32_t field,
                                       std::int64_t value) = 0;
-    /// Comes before the presses of a series of clicks, the first of which counts as the first. Where
-    /// programs count clicks by their times, waits until they no longer count an earlier one in:
-    /// one of the same button nearby, or anywhere when `count` is more than 1. Bounded.
+    /// Comes before the presses of a series of clicks, the first of which counts as the first.
+    /// Where programs count clicks by their times, waits until they no longer count an earlier one
+    /// in: one of the same button nearby, or anywhere when `count` is more than 1. Bounded.
     virtual void beginClicks(Point /*at*/, std::uint32_t /*button*/, int /*count*/) {}
     /// Makes a keyboard event type this text instead of its key.
     virtual void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) = 0;

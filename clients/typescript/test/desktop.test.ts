@@ -32,7 +32,7 @@ test("glimpse, pictures and applications", async (t) => {
 });
 
 test("record, save and replay", async (t) => {
-    const script = [{ at: 0.1, do: { person: [{ click: [720, 450] }, { type: "Hi" }] } }];
+    const script = [{ at: 0.1, do: { user: [{ click: [720, 450] }, { type: "Hi" }] } }];
     const file = join(folder(t), "recording");
     await using desktop = new Simulated({ script });
     {

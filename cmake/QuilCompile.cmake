@@ -29,25 +29,31 @@ if(QUIL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     endif()
 endif()
 
-# Most of the time of a compilation goes into the JSON library and the standard library: they are
-# read once, for all targets, since all are compiled with the same options.
-add_library(quil_precompiled OBJECT ${CMAKE_CURRENT_LIST_DIR}/precompiled.cpp)
-target_link_libraries(quil_precompiled PRIVATE quil_compile_options nlohmann_json::nlohmann_json Threads::Threads)
+# Most of the time of a compilation goes into the standard library, the JSON library and the test
+# library: each of these sets is read once, for all targets that use it, since all are compiled with
+# the same options. Whoever does not use JSON does without, since the library makes the compiler
+# instantiate its parser in every file that sees it.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(quil_compile_options INTERFACE -fpch-preprocess)
 endif()
-target_precompile_headers(quil_precompiled PRIVATE
+set(quil_standard_headers
     <algorithm> <array> <atomic> <chrono> <condition_variable> <cstdint> <deque> <functional> <future>
     <map> <memory> <mutex> <optional> <set> <span> <stdexcept> <string> <string_view> <thread>
-    <unordered_map> <unordered_set> <utility> <variant> <vector>
-    <nlohmann/json.hpp>)
-function(quil_precompiled_headers target)
-    target_precompile_headers(${target} REUSE_FROM quil_precompiled)
+    <unordered_map> <unordered_set> <utility> <variant> <vector>)
+function(quil_precompile set libraries)
+    add_library(quil_precompiled_${set} OBJECT ${PROJECT_SOURCE_DIR}/cmake/precompiled.cpp)
+    target_link_libraries(quil_precompiled_${set} PRIVATE quil_compile_options Threads::Threads ${libraries})
+    target_precompile_headers(quil_precompiled_${set} PRIVATE ${quil_standard_headers} ${ARGN})
+endfunction()
+quil_precompile(standard "")
+quil_precompile(json nlohmann_json::nlohmann_json <nlohmann/json.hpp>)
+function(quil_precompiled_headers target set)
+    target_precompile_headers(${target} REUSE_FROM quil_precompiled_${set})
 endfunction()
 
 # A static library from every source file of one folder and of its sub-folders; the sub-folders of
-# src/platform are libraries of their own.
-function(quil_library name folder)
+# src/platform are libraries of their own. `precompiled`: which set of headers it uses.
+function(quil_library name folder precompiled)
     if(folder STREQUAL "platform")
         file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp)
     else()
@@ -56,5 +62,5 @@ function(quil_library name folder)
     add_library(${name} STATIC ${sources})
     target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     target_link_libraries(${name} PUBLIC Threads::Threads PRIVATE quil_compile_options)
-    quil_precompiled_headers(${name})
+    quil_precompiled_headers(${name} ${precompiled})
 endfunction()

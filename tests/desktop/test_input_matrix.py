@@ -30,6 +30,8 @@ CONFIGURATIONS = {
     "i3": ("-c", "focus_follows_mouse no\n"),
     "twm": ("-f", "RandomPlacement\n" + "".join(f'{use}Font "fixed"\n' for use in (
         "Title", "Menu", "Icon", "Resize", "IconManager")))}
+# GTK 4 takes the focus when it shows a window, and without a window manager no click moves it on.
+FIXED_FOCUS = "", "gtk4"
 
 
 class Turns:
@@ -111,6 +113,16 @@ class Turns:
         return "" if is_right else f"after a kill {found}"
 
 
+def window_manager():
+    return os.environ.get("QUIL_DESKTOP_WINDOW_MANAGER", "openbox").partition(" ")[0]
+
+
+def reason_to_skip(name):
+    if (window_manager(), name) == FIXED_FOCUS:
+        return "the focus of two windows cannot be moved"
+    return missing_for(name) and f"{missing_for(name)} is not installed"
+
+
 def run(test, name, times):
     """The number of wrong rounds of each kind, and what went wrong in them."""
     program = start_program(test, name)
@@ -137,8 +149,8 @@ class Matrix(unittest.TestCase):
     def test_sample(self):
         for name in SAMPLE:
             with self.subTest(name), Cleanups() as cleanups:
-                if missing_for(name):
-                    self.skipTest(f"{missing_for(name)} is not installed")
+                if reason_to_skip(name):
+                    self.skipTest(reason_to_skip(name))
                 self.assertEqual(run(cleanups, name, 2), {})
 
     @unittest.skipUnless(os.environ.get("QUIL_INPUT") == "all", "QUIL_INPUT is not \"all\"")
@@ -176,14 +188,13 @@ def main():
             began = time.monotonic()
             try:
                 with Cleanups() as test:
-                    problems = missing_for(name) or run(test, name, options.times)
+                    problems = reason_to_skip(name) or run(test, name, options.times)
             except Exception as error:
                 problems = {"ended by": [repr(error)]}
-            wrong += bool(problems)
-            print(os.environ.get("QUIL_DESKTOP_WINDOW_MANAGER", "openbox").partition(" ")[0] or "none",
-                  f"busy={options.busy} {name}: {time.monotonic() - began:.0f} s",
+            wrong += isinstance(problems, dict) and bool(problems)
+            print(window_manager() or "none", f"busy={options.busy} {name}: {time.monotonic() - began:.0f} s",
                   {kind: (len(found), found[:2]) for kind, found in problems.items()}
-                  if isinstance(problems, dict) else f"needs {problems}", flush=True)
+                  if isinstance(problems, dict) else problems, flush=True)
     sys.exit(wrong > 0)
 
 

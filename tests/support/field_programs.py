@@ -261,7 +261,9 @@ class Calc(Office):
     def clear(self, host):
         for index in range(2):
             host.result("desktop_click", point=self.middle(index))
-            host.result("desktop_keypress", combo="keycode-117")
+            # Moves on, too: of the cell that is chosen, LibreOffice tells what it held before.
+            for combo in ("keycode-117", "up"):
+                host.result("desktop_keypress", combo=combo)
         until(lambda: self.texts() == ["", ""], "the empty cells")
 
 

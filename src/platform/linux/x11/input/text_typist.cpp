@@ -53,7 +53,8 @@ class Pace {
         : mostAtOnce_(client.takesKeysSingly() ? 1 : kStrokesAtOnce),
           mostAhead_(client.takesKeysSingly()  ? 0
                      : client.repliesToPings() ? kPartsAhead
-                                               : kPartsAheadWithoutPings) {}
+                                               : kPartsAheadWithoutPings),
+          ahead_(client.repliesToPings() ? mostAhead_ : 0) {}
 
     /// The strokes of one part.
     std::size_t atOnce() const { return atOnce_; }
@@ -75,7 +76,8 @@ class Pace {
     std::size_t mostAtOnce_;
     std::uint32_t mostAhead_;
     std::size_t atOnce_ = mostAtOnce_;
-    std::uint32_t ahead_ = mostAhead_;
+    /// None at first for one that does not tell how far it is.
+    std::uint32_t ahead_;
 };
 
 /// The next strokes to send in one go: at most so many, and a string by itself where it could

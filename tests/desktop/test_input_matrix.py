@@ -151,7 +151,8 @@ class Matrix(unittest.TestCase):
             with self.subTest(name), Cleanups() as cleanups:
                 if reason_to_skip(name):
                     self.skipTest(reason_to_skip(name))
-                self.assertEqual(run(cleanups, name, 2), {})
+                problems = run(cleanups, name, 2)
+                self.assertFalse(problems, problems)
 
     @unittest.skipUnless(os.environ.get("QUIL_INPUT") == "all", "QUIL_INPUT is not \"all\"")
     def test_all(self):

@@ -8,7 +8,7 @@ import { squeezed } from "./texts.js";
  * identifier and label. The only one that is alike before and now is it. Of several it is the one whose surroundings have the same labels:
  * what is in its parent is compared, then what is in the parent of that, and so on, until one is left, or those before are all in it. Of
  * those that are then left it is the one at the same position, when there are as many as before. Otherwise it is not known which one it is,
- * and none or all that it can be are given. (So the button "Delete" of a list's only row is found in the row that has taken its place; that
+ * and none or all that it can be are given. (So the button "Delete" of a list's only row is found in the row that is there instead; that
  * of one of several rows is not.)
  */
 export class Again {

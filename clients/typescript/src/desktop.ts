@@ -47,7 +47,7 @@ export interface DesktopOptions {
 
 /**
  * A desktop, through a runtime of its own. Use it with `await using`, or close() it; it also ends by itself with the last reference to it
- * and with the host. All times are in seconds, all places in points of global screen coordinates unless said otherwise.
+ * and with the host. All times are in seconds, all positions in points of global screen coordinates unless said otherwise.
  *
  * Whatever waits takes a `signal`, which ends the wait with its reason; what had been asked of the desktop may then still be done.
  */
@@ -94,7 +94,7 @@ export class Desktop extends Locators {
         return this.#of(new Again(element));
     }
 
-    /** The pointer, for places; locators are better where there are elements. */
+    /** The pointer, for positions; locators are better where there are elements. */
     get mouse(): Mouse {
         return new Mouse(this);
     }
@@ -240,7 +240,7 @@ export class Desktop extends Locators {
 
     /**
      * Does again what was recorded; gives how many actions that were. Everything is checked before anything is done. A click goes to a
-     * place, not to what was there.
+     * position, not to what was there.
      * @throws {@link InvalidParameter}, which names the first action that is none.
      */
     replay(recording: Source, options?: ReplayOptions): Promise<number> {

@@ -11,7 +11,7 @@
  * await expect(desktop.getByRole("textbox")).toHaveValue("42");
  * ```
  *
- * {@link Desktop} is where to begin. All times are in seconds, all places in points of global screen coordinates (the origin at the top
+ * {@link Desktop} is where to begin. All times are in seconds, all positions in points of global screen coordinates (the origin at the top
  * left of the main display, y growing downward) unless said otherwise.
  *
  * @packageDocumentation
@@ -23,7 +23,7 @@ export { expect, type Expectation } from "./expect.js";
 export type * as protocol from "./generated/protocol.js";
 export type { Call, Method, MethodTypes } from "./generated/methods.js";
 export type { Application, Display, MouseButton, Node, Point, RecordedAction, Target } from "./generated/protocol.js";
-export { type Clipboard, Fraction, type Keyboard, type Mouse, type Place } from "./input.js";
+export { type Clipboard, Fraction, type Keyboard, type Mouse, type Position } from "./input.js";
 export type { ClickOptions, Locator, Locators, RoleOptions } from "./locator.js";
 export type { CriteriaOptions } from "./matching.js";
 export { center, type Element, Observation, type Rectangle, type State } from "./observation.js";

@@ -3,7 +3,7 @@ import type { Desktop } from "./desktop.js";
 import type { Call } from "./generated/methods.js";
 import type { Bounds, MouseButton, Point } from "./generated/protocol.js";
 
-/** A place as fractions, from 0 to 1, of the virtual screen, the smallest rectangle around all displays. */
+/** A position as fractions, from 0 to 1, of the virtual screen, the smallest rectangle around all displays. */
 export class Fraction {
     constructor(
         /** From the left. */
@@ -14,7 +14,7 @@ export class Fraction {
 }
 
 /** A Fraction, or x and y in global screen coordinates: points from the top left of the main display. */
-export type Place = Fraction | readonly [x: number, y: number];
+export type Position = Fraction | readonly [x: number, y: number];
 
 /** The pointer. Places in global screen coordinates need a runtime that has desktop_displays_list; fractions don't. */
 export class Mouse {
@@ -25,16 +25,16 @@ export class Mouse {
         this.#desktop = desktop;
     }
 
-    /** Moves the pointer to a place. */
-    async move(place: Place, options: Call = {}): Promise<void> {
-        await this.#desktop.runtime.desktopMove({ point: await this.#point(place, options) }, options);
+    /** Moves the pointer to a position. */
+    async move(position: Position, options: Call = {}): Promise<void> {
+        await this.#desktop.runtime.desktopMove({ point: await this.#point(position, options) }, options);
     }
 
-    /** Clicks a place `count` times (1 to 3, 1 when not said). */
-    async click(place: Place, options: Call & { button?: MouseButton; count?: number; modifiers?: string } = {}): Promise<void> {
+    /** Clicks a position `count` times (1 to 3, 1 when not said). */
+    async click(position: Position, options: Call & { button?: MouseButton; count?: number; modifiers?: string } = {}): Promise<void> {
         const { button = "left", count = 1, modifiers } = options;
         const { runtime } = this.#desktop;
-        const point = await this.#point(place, options);
+        const point = await this.#point(position, options);
         if (button === "left" && !modifiers && count === 1) await runtime.desktopClick({ point }, options);
         else {
             // Which does not count clicks before it in, as programs may do with desktop_double_click.
@@ -43,14 +43,14 @@ export class Mouse {
         }
     }
 
-    /** Turns the wheel at a place by so many lines: up (left, when horizontal) when positive. */
-    async scroll(place: Place, lines: number, options: Call & { horizontal?: boolean } = {}): Promise<void> {
+    /** Turns the wheel at a position by so many lines: up (left, when horizontal) when positive. */
+    async scroll(position: Position, lines: number, options: Call & { horizontal?: boolean } = {}): Promise<void> {
         const axis = options.horizontal ? "horizontal" : undefined;
-        await this.#desktop.runtime.desktopScroll({ amount: lines, point: await this.#point(place, options), axis }, options);
+        await this.#desktop.runtime.desktopScroll({ amount: lines, point: await this.#point(position, options), axis }, options);
     }
 
-    /** Presses a button at the first place, moves along the path, which takes `seconds` (0.1 when not said), and releases it at the last. */
-    async drag(path: readonly Place[], options: Call & { button?: MouseButton; modifiers?: string; seconds?: number } = {}): Promise<void> {
+    /** Presses a button at the first position, moves along the path, which takes `seconds` (0.1 when not said), and releases it at the last. */
+    async drag(path: readonly Position[], options: Call & { button?: MouseButton; modifiers?: string; seconds?: number } = {}): Promise<void> {
         const { button = "left", modifiers, seconds } = options;
         const { runtime } = this.#desktop;
         const points = await this.#points(path, options);
@@ -61,20 +61,20 @@ export class Mouse {
         await this.#desktop.extension(() => runtime.desktopMouseDrag({ path: points, button, modifiers, durationMs }, options), "such a drag", simple);
     }
 
-    async #point(place: Place, options: Call): Promise<Point> {
-        return (await this.#points([place], options))[0]!;
+    async #point(position: Position, options: Call): Promise<Point> {
+        return (await this.#points([position], options))[0]!;
     }
 
-    async #points(places: readonly Place[], options: Call): Promise<Point[]> {
+    async #points(positions: readonly Position[], options: Call): Promise<Point[]> {
         let screen: Bounds | undefined;
         const points: Point[] = [];
-        for (const place of places) {
-            if (place instanceof Fraction) {
-                points.push({ x: place.x, y: place.y });
+        for (const position of positions) {
+            if (position instanceof Fraction) {
+                points.push({ x: position.x, y: position.y });
                 continue;
             }
-            screen ??= (await this.#desktop.extension(() => this.#desktop.runtime.desktopDisplaysList(options), "a place in points")).virtualScreen;
-            points.push({ x: (place[0] - screen.x) / screen.width, y: (place[1] - screen.y) / screen.height });
+            screen ??= (await this.#desktop.extension(() => this.#desktop.runtime.desktopDisplaysList(options), "a position in points")).virtualScreen;
+            points.push({ x: (position[0] - screen.x) / screen.width, y: (position[1] - screen.y) / screen.height });
         }
         return points;
     }

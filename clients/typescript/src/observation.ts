@@ -11,7 +11,7 @@ export type State = DesktopAxGetState["result"];
 /** A rectangle in global screen coordinates: points, the origin at the top left of the main display, y growing downward. */
 export type Rectangle = Bounds;
 
-/** The place in the middle of a rectangle. */
+/** The point in the middle of a rectangle. */
 export function center({ x, y, width, height }: Rectangle): [x: number, y: number] {
     return [x + width / 2, y + height / 2];
 }
@@ -20,7 +20,7 @@ export function center({ x, y, width, height }: Rectangle): [x: number, y: numbe
 export class Element {
     /** Its name towards the runtime, as long as the tree does not change. */
     readonly token: string;
-    /** Its place in the observation, from 0, unless the observation was given other numbers; outlines show it. */
+    /** Its index in the observation, from 0, unless the observation was given other numbers; outlines show it. */
     readonly ref: number;
     /** The native role, such as "AXButton". */
     readonly role: string;

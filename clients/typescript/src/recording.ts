@@ -132,7 +132,7 @@ async function* actionsOf(source: Source): AsyncGenerator<[where: string, action
     }
 }
 
-/** What does an action again; nothing for a sideways turn of the wheel, of which only the place is known. */
+/** What does an action again; nothing for a sideways turn of the wheel, of which only the position is known. */
 function stepOf(where: string, action: unknown): Todo | undefined {
     const wrong = (why: string): InvalidParameter => new InvalidParameter("replay", `${where}: not a recorded action (${why})`);
     const { at, action: name, params, target } = membersOf(action);
@@ -140,19 +140,19 @@ function stepOf(where: string, action: unknown): Todo | undefined {
     const { amount, text, combo } = membersOf(params);
     const { x, y } = membersOf(membersOf(target)["point"]);
     const point = (): Point => {
-        if (!Number.isFinite(x) || !Number.isFinite(y)) throw wrong("it has no place");
+        if (!Number.isFinite(x) || !Number.isFinite(y)) throw wrong("it has no position");
         return { x: x as number, y: y as number };
     };
     const common = { where, at: at as number };
     if (name === "click") {
-        const place = point();
-        return { ...common, call: (runtime, options) => runtime.desktopClick({ point: place }, options) };
+        const position = point();
+        return { ...common, call: (runtime, options) => runtime.desktopClick({ point: position }, options) };
     }
     if (name === "scroll") {
-        const place = point();
+        const position = point();
         if (!Number.isSafeInteger(amount)) throw wrong(`its amount is ${JSON.stringify(amount)}`);
         const lines = amount as number;
-        return lines ? { ...common, call: (runtime, options) => runtime.desktopScroll({ amount: lines, point: place }, options) } : undefined;
+        return lines ? { ...common, call: (runtime, options) => runtime.desktopScroll({ amount: lines, point: position }, options) } : undefined;
     }
     if (name === "type") {
         if (typeof text !== "string" || /\p{Surrogate}/u.test(text)) throw wrong(`its text is ${JSON.stringify(text)}`);

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "json/json.h"
-#include "platform/linux/linux_platform.h"
+#include "platform/linux/platform.h"
 #include "platform/png/picture.h"
 #include "platform/png/png_rows.h"
 #include "screen/windows.h"

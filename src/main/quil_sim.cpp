@@ -5,10 +5,10 @@
 #include <string>
 #include <system_error>
 
-#include "platform/posix/posix_streams.h"
+#include "platform/posix/streams.h"
+#include "platform/simulated/platform.h"
 #include "platform/simulated/scenario/log_file.h"
 #include "platform/simulated/scenario/scenario.h"
-#include "platform/simulated/simulated_platform.h"
 #include "runtime/process.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include "platform/collation.h"
 #include "platform/displays.h"
 #include "platform/event_posting.h"
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 #include "platform/pasteboard.h"
 #include "platform/permissions.h"
 #include "platform/screen_capture.h"

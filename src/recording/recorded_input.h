@@ -7,7 +7,7 @@
 #include "json/json.h"
 #include "platform/clock.h"
 #include "platform/displays.h"
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 #include "platform/geometry.h"
 
 namespace quil {

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 
 namespace quil {
 

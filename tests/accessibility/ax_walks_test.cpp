@@ -4,7 +4,7 @@
 
 #include "accessibility/ax_snapshot.h"
 #include "accessibility/ax_text.h"
-#include "platform/simulated/simulated_platform.h"
+#include "platform/simulated/platform.h"
 
 namespace quil {
 namespace {

@@ -6,7 +6,7 @@
 #include "platform/accessibility.h"
 #include "platform/code_signing.h"
 #include "platform/event_posting.h"
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 #include "platform/window_list.h"
 #include "platform/workspace.h"
 

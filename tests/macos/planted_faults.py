@@ -88,10 +88,10 @@ FAULTS = [  # what is wrong, file, the right text, the wrong text
      "    CFRunLoopSourceInvalidate(stopSource_.get());\n", ""),
     ("screens are asked off the main thread", "displays.mm",
      "askOnMainThread<std::vector<Screen>>(screensNow)", "screensNow()"),
-    ("no application object", "macos_platform.mm",
+    ("no application object", "platform.mm",
      "[[NSApplication sharedApplication]\n            "
      "setActivationPolicy:NSApplicationActivationPolicyProhibited];", ";"),
-    ("an icon in the Dock", "macos_platform.mm",
+    ("an icon in the Dock", "platform.mm",
      "setActivationPolicy:NSApplicationActivationPolicyProhibited",
      "setActivationPolicy:NSApplicationActivationPolicyRegular"),
     ("the pasteboard is cleared on another thread", "pasteboard.mm",

@@ -10,9 +10,9 @@
 #include <string>
 #include <thread>
 
-#include "platform/posix/posix_clock.h"
-#include "platform/posix/posix_streams.h"
-#include "platform/posix/posix_threads.h"
+#include "platform/posix/clock.h"
+#include "platform/posix/streams.h"
+#include "platform/posix/threads.h"
 
 namespace quil {
 namespace {

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "platform/event_posting.h"
-#include "platform/simulated/simulated_platform.h"
+#include "platform/simulated/platform.h"
 
 namespace quil {
 namespace {

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "json/json.h"
-#include "platform/simulated/simulated_platform.h"
+#include "platform/simulated/platform.h"
 #include "runtime/process.h"
 
 namespace quil {

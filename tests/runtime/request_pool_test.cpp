@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "platform/posix/posix_threads.h"
-#include "platform/simulated/simulated_platform.h"
+#include "platform/posix/threads.h"
+#include "platform/simulated/platform.h"
 #include "runtime/process.h"
 
 namespace quil {

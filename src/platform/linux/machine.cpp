@@ -1,6 +1,6 @@
 #include "platform/machine.h"
 
-#include "platform/linux/linux_platform.h"
+#include "platform/linux/platform.h"
 
 namespace quil {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/posix/posix_clock.h"
+#include "platform/posix/clock.h"
 
 namespace quil::macos {
 

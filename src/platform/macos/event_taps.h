@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 
 namespace quil::macos {
 

@@ -2,7 +2,7 @@
 
 #import <ApplicationServices/ApplicationServices.h>
 
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 
 namespace quil::macos {
 

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 
 namespace quil::simulated {
 

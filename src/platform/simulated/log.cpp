@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "platform/event_posting.h"
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 #include "platform/pasteboard.h"
 #include "text/characters.h"
 

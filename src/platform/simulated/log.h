@@ -12,7 +12,7 @@
 namespace quil::simulated {
 
 /// An input event that was posted. Which fields mean something depends on the type (event_posting.h
-/// and event_tap.h give the numbers).
+/// and event_taps.h give the numbers).
 struct PostedEvent {
     std::uint32_t type = 0;
     std::uint32_t tapLocation = 0;

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string_view>
 
-#include "platform/posix/posix_threads.h"
+#include "platform/posix/threads.h"
 #include "platform/simulated/event_taps.h"
 
 namespace quil::simulated {

@@ -20,7 +20,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
-#include "platform/macos/macos_platform.h"
+#include "platform/macos/platform.h"
 #include "platform/simulated/scenario/log_file.h"
 #include "platform/simulated/scenario/scenario.h"
 #include "run_loops.h"

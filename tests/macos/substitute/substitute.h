@@ -11,7 +11,7 @@
 #include <map>
 #include <string>
 
-#include "platform/simulated/simulated_platform.h"
+#include "platform/simulated/platform.h"
 #include "runtime.h"
 
 namespace quil::substitute {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "accessibility/ax_snapshot.h"
-#include "platform/simulated/simulated_platform.h"
+#include "platform/simulated/platform.h"
 
 namespace quil {
 namespace {

@@ -11,7 +11,7 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 #include "platform/linux/secure_input/desktop_focus.h"
 #include "platform/linux/secure_input/secret_input.h"
 #include "platform/linux/secure_input/server_clock.h"

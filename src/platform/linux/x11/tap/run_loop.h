@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 #include "platform/linux/x11/tap/input_tap.h"
 
 namespace quil::linux_platform {

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/capture/linux_screen_capture.h"
+#include "platform/linux/x11/capture/screen_capture.h"
 
 #include <algorithm>
 
@@ -32,7 +32,7 @@ bool isInside(const Part& part, const WindowContent& content) {
 
 }  // namespace
 
-LinuxScreenCapture::Session* LinuxScreenCapture::session() {
+X11ScreenCapture::Session* X11ScreenCapture::session() {
     auto connection = display_.connection();
     if (!connection) {
         session_ = nullptr;
@@ -42,8 +42,8 @@ LinuxScreenCapture::Session* LinuxScreenCapture::session() {
     return session_.get();
 }
 
-std::optional<ShareableContent> LinuxScreenCapture::getShareableContent(
-    bool excludingDesktopWindows, bool onScreenWindowsOnly) {
+std::optional<ShareableContent> X11ScreenCapture::getShareableContent(bool excludingDesktopWindows,
+                                                                      bool onScreenWindowsOnly) {
     const auto connection = display_.connection();
     if (!connection) return {};
     ShareableContent content;
@@ -68,7 +68,7 @@ std::optional<ShareableContent> LinuxScreenCapture::getShareableContent(
     return content;
 }
 
-std::unique_ptr<CapturedImage> LinuxScreenCapture::captureImage(
+std::unique_ptr<CapturedImage> X11ScreenCapture::captureImage(
     const ShareableWindow& window, const StreamConfiguration& configuration) {
     Session* const with = session();
     if (!with || !with->redirection.keepContent(window.windowId)) return nullptr;
@@ -98,7 +98,7 @@ std::unique_ptr<CapturedImage> LinuxScreenCapture::captureImage(
     return std::make_unique<PictureImage>(std::move(picture));
 }
 
-std::unique_ptr<CapturedImage> LinuxScreenCapture::captureDisplayImage(
+std::unique_ptr<CapturedImage> X11ScreenCapture::captureDisplayImage(
     const ShareableDisplay& display, const StreamConfiguration& configuration) {
     Session* const with = session();
     if (!with) return nullptr;
@@ -125,7 +125,7 @@ std::unique_ptr<CapturedImage> LinuxScreenCapture::captureDisplayImage(
     return std::make_unique<PictureImage>(std::move(picture));
 }
 
-std::string LinuxScreenCapture::pngRepresentation(const CapturedImage& image) {
+std::string X11ScreenCapture::pngRepresentation(const CapturedImage& image) {
     const auto* picture = dynamic_cast<const PictureImage*>(&image);
     return picture ? encodePng(picture->picture()) : std::string();
 }

@@ -1,4 +1,4 @@
-#include "platform/linux/linux_permissions.h"
+#include "platform/linux/permissions.h"
 
 #include <xcb/composite.h>
 #include <xcb/record.h>

@@ -1,25 +1,25 @@
 #pragma once
 
-#include "platform/linux/accessibility/linux_accessibility.h"
-#include "platform/linux/applications/desktop_bundles.h"
-#include "platform/linux/applications/locale_collation.h"
+#include "platform/linux/accessibility/accessibility.h"
+#include "platform/linux/applications/bundles.h"
+#include "platform/linux/applications/collation.h"
 #include "platform/linux/atspi/accessibility_bus.h"
-#include "platform/linux/linux_permissions.h"
-#include "platform/linux/linux_window_list.h"
-#include "platform/linux/linux_workspace.h"
-#include "platform/linux/no_code_signing.h"
-#include "platform/linux/x11/capture/linux_screen_capture.h"
+#include "platform/linux/code_signing.h"
+#include "platform/linux/permissions.h"
+#include "platform/linux/window_list.h"
+#include "platform/linux/workspace.h"
+#include "platform/linux/x11/capture/screen_capture.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/displays/displays.h"
+#include "platform/linux/x11/input/event_posting.h"
 #include "platform/linux/x11/input/pointer_effects.h"
-#include "platform/linux/x11/input/x11_event_posting.h"
-#include "platform/linux/x11/pasteboard/x11_pasteboard.h"
-#include "platform/linux/x11/tap/linux_event_taps.h"
+#include "platform/linux/x11/pasteboard/pasteboard.h"
+#include "platform/linux/x11/tap/event_taps.h"
 #include "platform/platform.h"
-#include "platform/posix/posix_clock.h"
-#include "platform/posix/posix_streams.h"
-#include "platform/posix/posix_threads.h"
+#include "platform/posix/clock.h"
+#include "platform/posix/streams.h"
 #include "platform/posix/termination_watch.h"
+#include "platform/posix/threads.h"
 
 namespace quil::linux_platform {
 
@@ -54,15 +54,15 @@ class LinuxPlatform : public Platform {
     PointerEffects pointerEffects_{inputDisplay_};
     LinuxWorkspace workspace_{display_, pointerEffects_};
     LinuxWindowList windowList_{display_, workspace_};
-    NoCodeSigning codeSigning_;
+    LinuxCodeSigning codeSigning_;
     LinuxAccessibility accessibility_{accessibilityBus_, display_};
-    LinuxScreenCapture screenCapture_{display_};
+    X11ScreenCapture screenCapture_{display_};
     X11EventPosting eventPosting_{inputDisplay_, pointerEffects_};
     TerminationWatch terminationWatch_{[this] { eventPosting_.abandon(); }};
     X11Pasteboard pasteboard_;
-    LinuxEventTaps eventTaps_;
-    DesktopBundles bundles_;
-    LocaleCollation collation_;
+    X11EventTaps eventTaps_;
+    LinuxBundles bundles_;
+    LinuxCollation collation_;
     PosixClock clock_;
     PosixInputStream input_;
     PosixOutputStream output_;

@@ -12,10 +12,10 @@ namespace quil::linux_platform {
 /// Pictures of windows from the pixmaps that the Composite extension keeps for them. A window is
 /// the one of the window list, without its frame and shadows. Pictures of displays from the root
 /// window. The pointer is in neither.
-class LinuxScreenCapture : public ScreenCapture {
+class X11ScreenCapture : public ScreenCapture {
   public:
     /// `display` outlives this service.
-    explicit LinuxScreenCapture(X11Display& display) : display_(display) {}
+    explicit X11ScreenCapture(X11Display& display) : display_(display) {}
 
     std::optional<ShareableContent> getShareableContent(bool excludingDesktopWindows,
                                                         bool onScreenWindowsOnly) override;

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/tap/linux_event_taps.h"
+#include "platform/linux/x11/tap/event_taps.h"
 
 #include <utility>
 
@@ -19,61 +19,61 @@ TapRunLoop& own(const RunLoopRef& runLoop) {
 
 }  // namespace
 
-EventTapRef LinuxEventTaps::createTap(std::uint32_t, std::uint32_t, std::uint32_t,
-                                      std::uint64_t mask, EventTapCallback callback) {
+EventTapRef X11EventTaps::createTap(std::uint32_t, std::uint32_t, std::uint32_t, std::uint64_t mask,
+                                    EventTapCallback callback) {
     return InputTap::open(mask, std::move(callback));
 }
 
-void LinuxEventTaps::enableTap(const EventTapRef& tap, bool enable) {
+void X11EventTaps::enableTap(const EventTapRef& tap, bool enable) {
     own(tap)->enable(enable);
 }
 
-void LinuxEventTaps::invalidateTap(const EventTapRef& tap) {
+void X11EventTaps::invalidateTap(const EventTapRef& tap) {
     own(tap)->invalidate();
     wakeLoops();
 }
 
-void LinuxEventTaps::flushTap(const EventTapRef& tap) {
+void X11EventTaps::flushTap(const EventTapRef& tap) {
     const int request = own(tap)->requestFlush();
     wakeLoops();
     own(tap)->awaitFlush(request);
 }
 
-RunLoopSourceRef LinuxEventTaps::createRunLoopSource(const EventTapRef& tap) {
+RunLoopSourceRef X11EventTaps::createRunLoopSource(const EventTapRef& tap) {
     return std::make_shared<TapSource>(own(tap));
 }
 
-RunLoopRef LinuxEventTaps::currentRunLoop() {
+RunLoopRef X11EventTaps::currentRunLoop() {
     return loopOfThread();
 }
 
-void LinuxEventTaps::addSource(const RunLoopRef& runLoop, const RunLoopSourceRef& source) {
+void X11EventTaps::addSource(const RunLoopRef& runLoop, const RunLoopSourceRef& source) {
     own(runLoop).add(own(source));
 }
 
-void LinuxEventTaps::removeSource(const RunLoopRef& runLoop, const RunLoopSourceRef& source) {
+void X11EventTaps::removeSource(const RunLoopRef& runLoop, const RunLoopSourceRef& source) {
     own(runLoop).remove(own(source));
 }
 
-void LinuxEventTaps::invalidateSource(const RunLoopSourceRef& source) {
+void X11EventTaps::invalidateSource(const RunLoopSourceRef& source) {
     own(source)->invalidate();
     wakeLoops();
 }
 
-void LinuxEventTaps::runCurrentRunLoop() {
+void X11EventTaps::runCurrentRunLoop() {
     loopOfThread()->run();
 }
 
-void LinuxEventTaps::stopRunLoop(const RunLoopRef& runLoop) {
+void X11EventTaps::stopRunLoop(const RunLoopRef& runLoop) {
     own(runLoop).stop();
 }
 
-bool LinuxEventTaps::isSecureEventInputEnabled() {
+bool X11EventTaps::isSecureEventInputEnabled() {
     const InputTap* tap = loopOfThread()->current();
     return tap && tap->isSecureEventInputEnabled();
 }
 
-std::shared_ptr<TapRunLoop> LinuxEventTaps::loopOfThread() {
+std::shared_ptr<TapRunLoop> X11EventTaps::loopOfThread() {
     const std::lock_guard guard(lock_);
     std::erase_if(loops_, [](const auto& entry) { return entry.second.expired(); });
     auto& entry = loops_[std::this_thread::get_id()];
@@ -82,7 +82,7 @@ std::shared_ptr<TapRunLoop> LinuxEventTaps::loopOfThread() {
     return loop;
 }
 
-void LinuxEventTaps::wakeLoops() {
+void X11EventTaps::wakeLoops() {
     const std::lock_guard guard(lock_);
     for (const auto& [thread, entry] : loops_) {
         if (const auto loop = entry.lock()) loop->wake();

@@ -10,9 +10,9 @@
 namespace quil::linux_platform {
 
 /// The order of the locale that the environment names, without touching the process's own locale.
-class LocaleCollation : public Collation {
+class LinuxCollation : public Collation {
   public:
-    LocaleCollation();
+    LinuxCollation();
     int localizedCaseInsensitiveCompare(std::string_view a, std::string_view b) override;
 
   private:

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/linux_workspace.h"
+#include "platform/linux/workspace.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/window_list.h"
 

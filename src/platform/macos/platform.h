@@ -15,7 +15,7 @@
 #include "platform/macos/window_list.h"
 #include "platform/macos/workspace.h"
 #include "platform/platform.h"
-#include "platform/posix/posix_streams.h"
+#include "platform/posix/streams.h"
 
 namespace quil::macos {
 

@@ -6,7 +6,7 @@ namespace quil::linux_platform {
 
 /// The installed applications, each a desktop entry. Entries that a desktop would not show (hidden,
 /// for another desktop, or without their program) are left out of the listings.
-class DesktopBundles : public Bundles {
+class LinuxBundles : public Bundles {
   public:
     std::vector<std::string> applicationFolders() override;
     std::string bundleSuffix() override;

@@ -1,4 +1,4 @@
-#include "platform/linux/linux_workspace.h"
+#include "platform/linux/workspace.h"
 
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/accessibility/linux_accessibility.h"
+#include "platform/linux/accessibility/accessibility.h"
 
 #include <chrono>
 #include <thread>

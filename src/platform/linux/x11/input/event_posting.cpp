@@ -1,4 +1,4 @@
-#include "platform/linux/x11/input/x11_event_posting.h"
+#include "platform/linux/x11/input/event_posting.h"
 #include "platform/linux/x11/input/modifier_keys.h"
 
 #include <xcb/xtest.h>

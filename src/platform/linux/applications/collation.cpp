@@ -1,4 +1,4 @@
-#include "platform/linux/applications/locale_collation.h"
+#include "platform/linux/applications/collation.h"
 
 #include <glib.h>
 #include <string.h>
@@ -16,10 +16,10 @@ GlibText caseless(std::string_view text) {
 }  // namespace
 
 // Only what an order is made of: a category that is not installed would cost the others.
-LocaleCollation::LocaleCollation()
+LinuxCollation::LinuxCollation()
     : locale_(newlocale(LC_COLLATE_MASK | LC_CTYPE_MASK, "", nullptr)) {}
 
-int LocaleCollation::localizedCaseInsensitiveCompare(std::string_view a, std::string_view b) {
+int LinuxCollation::localizedCaseInsensitiveCompare(std::string_view a, std::string_view b) {
     const GlibText first = caseless(a);
     const GlibText second = caseless(b);
     // Nothing compares with text that is not UTF-8; the rest of the system never hands any down.

@@ -5,7 +5,7 @@
 namespace quil::linux_platform {
 
 /// Programs on Linux carry no code signature: every call fails.
-class NoCodeSigning : public CodeSigning {
+class LinuxCodeSigning : public CodeSigning {
   public:
     static constexpr std::int32_t kUnimplemented = -67072;  // errSecCSUnimplemented, CSCommon.h
 

@@ -1,4 +1,4 @@
-#import "platform/macos/macos_platform.h"
+#import "platform/macos/platform.h"
 
 #import <AppKit/AppKit.h>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/linux_platform.h"
+#include "platform/linux/platform.h"
 
 #include <glib.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "platform/posix/posix_threads.h"
+#include "platform/posix/threads.h"
 
 #include <pthread.h>
 

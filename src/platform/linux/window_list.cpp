@@ -1,4 +1,4 @@
-#include "platform/linux/linux_window_list.h"
+#include "platform/linux/window_list.h"
 
 #include <algorithm>
 

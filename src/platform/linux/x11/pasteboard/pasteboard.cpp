@@ -1,4 +1,4 @@
-#include "platform/linux/x11/pasteboard/x11_pasteboard.h"
+#include "platform/linux/x11/pasteboard/pasteboard.h"
 
 #include <utility>
 

@@ -5,14 +5,14 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/event_tap.h"
+#include "platform/event_taps.h"
 #include "platform/linux/x11/tap/run_loop.h"
 
 namespace quil::linux_platform {
 
 /// Event taps on the X server's recording. Location, placement and options are as those of a tap
 /// that only listens, whatever they say.
-class LinuxEventTaps : public EventTaps {
+class X11EventTaps : public EventTaps {
   public:
     EventTapRef createTap(std::uint32_t location, std::uint32_t placement, std::uint32_t options,
                           std::uint64_t mask, EventTapCallback callback) override;

@@ -1,4 +1,4 @@
-#include "platform/posix/posix_streams.h"
+#include "platform/posix/streams.h"
 
 #include <fcntl.h>
 #include <poll.h>

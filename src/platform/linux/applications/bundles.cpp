@@ -1,4 +1,4 @@
-#include "platform/linux/applications/desktop_bundles.h"
+#include "platform/linux/applications/bundles.h"
 
 #include <algorithm>
 #include <utility>
@@ -25,15 +25,15 @@ bool isShown(const DesktopEntry& entry) {
 
 }  // namespace
 
-std::vector<std::string> DesktopBundles::applicationFolders() {
+std::vector<std::string> LinuxBundles::applicationFolders() {
     return desktopEntryFolders();
 }
 
-std::string DesktopBundles::bundleSuffix() {
+std::string LinuxBundles::bundleSuffix() {
     return std::string(kDesktopEntrySuffix);
 }
 
-std::optional<std::vector<std::string>> DesktopBundles::contentsOfDirectory(std::string_view path) {
+std::optional<std::vector<std::string>> LinuxBundles::contentsOfDirectory(std::string_view path) {
     const std::string folder(path);
     const GlibDirectory directory(g_dir_open(folder.c_str(), 0, nullptr));
     if (!directory) return {};
@@ -46,7 +46,7 @@ std::optional<std::vector<std::string>> DesktopBundles::contentsOfDirectory(std:
     return names;
 }
 
-std::optional<Bundle> DesktopBundles::openBundle(std::string_view path) {
+std::optional<Bundle> LinuxBundles::openBundle(std::string_view path) {
     const DesktopEntry entry = readDesktopEntry(std::string(path));
     if (!entry) return {};
     Bundle bundle;

@@ -1,4 +1,4 @@
-#include "platform/simulated/simulated_platform.h"
+#include "platform/simulated/platform.h"
 
 namespace quil {
 

@@ -15,7 +15,6 @@
 #include "platform/linux/platform.h"
 #include "platform/png/picture.h"
 #include "platform/png/png_rows.h"
-#include "screen/windows.h"
 #include "text/base64.h"
 
 namespace {
@@ -61,7 +60,8 @@ int main(int argc, char** argv) {
         auto& screen = platform.screenCapture();
         const auto shareable =
             content.time([&] { return screen.getShareableContent(false, true); });
-        const auto application = front.time([&] { return quil::frontmostApplication(platform); });
+        const auto application =
+            front.time([&] { return platform.workspace().frontmostApplication(); });
         if (!shareable || !application) return 1;
         const auto window = std::find_if(
             shareable->windows.begin(), shareable->windows.end(), [&](const auto& candidate) {

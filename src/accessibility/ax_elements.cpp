@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "screen/windows.h"
 
 namespace quil {
 namespace {
@@ -64,7 +63,7 @@ ResolvedElement currentAxElement(Platform& platform, LastAxSnapshot& lastAxSnaps
                                  const std::string& token) {
     const LastAxSnapshot stored = lastAxSnapshot;
     if (!stored) throw AxError::noSnapshot();
-    const auto application = frontmostApplication(platform);
+    const auto application = platform.workspace().frontmostApplication();
     if (!application) throw AxError::unsupported("no frontmost application");
     const LastAxSnapshot fresh =
         axSnapshot(platform.accessibility(), lastAxSnapshot, application->processIdentifier);

@@ -10,9 +10,7 @@ constexpr std::uint32_t kPollingMicroseconds = 10'000;
 
 }  // namespace
 
-void activateWindow(Platform& platform, std::int64_t number) {
-    WindowList& windows = platform.windowList();
-    Clock& clock = platform.clock();
+void activateWindow(WindowList& windows, Clock& clock, std::int64_t number) {
     if (!windows.activateWindow(number)) throw AxError::unsupported("window not found");
     const double end = clock.systemUptime() + kTimeoutSeconds;
     while (windows.activeWindow() != number) {

@@ -2,7 +2,8 @@
 
 #include <string>
 
-#include "platform/platform.h"
+#include "platform/bundles.h"
+#include "platform/workspace.h"
 
 namespace quil {
 
@@ -10,6 +11,6 @@ namespace quil {
 /// path of a bundle: one that ends in ".app" or as the platform's bundles do. Throws an `AxError`:
 /// `unsupported` for another path and for an identifier that no installed application has, `failed`
 /// when the application cannot be opened.
-void launchApp(Platform& platform, const std::string& appId);
+void launchApp(Workspace& workspace, Bundles& bundles, const std::string& appId);
 
 }  // namespace quil

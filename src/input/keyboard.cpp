@@ -22,10 +22,9 @@ void postText(EventPosting& events, EventSource* source, std::u16string_view chu
 
 }  // namespace
 
-void keypress(Platform& platform, std::string_view combo) {
+void keypress(EventPosting& events, std::string_view combo) {
     const auto combination = parseKeyCombination(combo);
     if (!combination) return;
-    EventPosting& events = platform.eventPosting();
     const auto source = events.createSource(kEventSourceStateHidSystemState);
     const auto down = events.createKeyboardEvent(source.get(), combination->keyCode, true);
     const auto up = events.createKeyboardEvent(source.get(), combination->keyCode, false);
@@ -37,10 +36,9 @@ void keypress(Platform& platform, std::string_view combo) {
     }
 }
 
-void typeText(Platform& platform, std::string_view text) {
+void typeText(EventPosting& events, std::string_view text) {
     const std::u16string units = toUtf16(text);
     if (units.empty()) return;
-    EventPosting& events = platform.eventPosting();
     const auto source = events.createSource(kEventSourceStateHidSystemState);
     std::u16string_view rest = units;
     while (!rest.empty()) {
@@ -54,13 +52,12 @@ void typeText(Platform& platform, std::string_view text) {
     }
 }
 
-void pasteText(Platform& platform, std::string_view text) {
-    Pasteboard& pasteboard = platform.pasteboard();
+void pasteText(EventPosting& events, Pasteboard& pasteboard, Clock& clock, std::string_view text) {
     const auto previous = pasteboard.stringForType(kPasteboardTypeString);
     pasteboard.clearContents();
     pasteboard.setString(text, kPasteboardTypeString);
-    keypress(platform, "cmd+v");
-    platform.clock().sleepMicroseconds(kPasteMicroseconds);
+    keypress(events, "cmd+v");
+    clock.sleepMicroseconds(kPasteMicroseconds);
     pasteboard.clearContents();
     if (previous) pasteboard.setString(*previous, kPasteboardTypeString);
 }

@@ -25,7 +25,7 @@ constexpr std::pair<std::uint64_t, std::uint16_t> kModifierKeys[] = {
 /// Holds modifier keys down while it lives.
 class HeldModifiers {
   public:
-    HeldModifiers(Platform& platform, std::uint64_t flags) : events_(platform.eventPosting()) {
+    HeldModifiers(EventPosting& events, std::uint64_t flags) : events_(events) {
         for (const auto& [flag, key] : kModifierKeys) {
             if ((flags & flag) == 0) continue;
             held_ |= flag;
@@ -56,9 +56,8 @@ class HeldModifiers {
     std::uint64_t held_ = 0;
 };
 
-void postButton(Platform& platform, std::uint32_t type, Point point, const MouseButton& button,
+void postButton(EventPosting& events, std::uint32_t type, Point point, const MouseButton& button,
                 std::uint64_t modifiers, int click) {
-    EventPosting& events = platform.eventPosting();
     const auto event = events.createMouseEvent(nullptr, type, point, button.number);
     if (!event) return;
     if (modifiers != 0) events.setFlags(*event, modifiers);
@@ -68,16 +67,15 @@ void postButton(Platform& platform, std::uint32_t type, Point point, const Mouse
 
 }  // namespace
 
-void postMouse(Platform& platform, std::uint32_t type, Point point, std::uint32_t button) {
-    EventPosting& events = platform.eventPosting();
+void postMouse(EventPosting& events, std::uint32_t type, Point point, std::uint32_t button) {
     const auto event = events.createMouseEvent(nullptr, type, point, button);
     if (event) events.post(kHidEventTap, *event);
 }
 
-void click(Platform& platform, Point at, int count) {
+void click(EventPosting& events, Point at, int count) {
     for (int i = 0; i < count; ++i) {
-        postMouse(platform, kEventLeftMouseDown, at);
-        postMouse(platform, kEventLeftMouseUp, at);
+        postMouse(events, kEventLeftMouseDown, at);
+        postMouse(events, kEventLeftMouseUp, at);
     }
 }
 
@@ -94,21 +92,21 @@ std::optional<MouseButton> mouseButton(std::string_view name) {
     return {};
 }
 
-void clickButton(Platform& platform, Point at, const MouseButton& button, int count,
+void clickButton(EventPosting& events, Point at, const MouseButton& button, int count,
                  std::uint64_t modifiers) {
-    platform.eventPosting().beginClicks(at, button.number, count);
-    const HeldModifiers held(platform, modifiers);
+    events.beginClicks(at, button.number, count);
+    const HeldModifiers held(events, modifiers);
     for (int click = 1; click <= count; ++click) {
-        postButton(platform, button.downType, at, button, modifiers, click);
-        postButton(platform, button.upType, at, button, modifiers, click);
+        postButton(events, button.downType, at, button, modifiers, click);
+        postButton(events, button.upType, at, button, modifiers, click);
     }
 }
 
-void dragAlong(Platform& platform, const std::vector<Point>& path, const MouseButton& button,
-               std::uint64_t modifiers, std::uint32_t milliseconds) {
-    platform.eventPosting().beginClicks(path.front(), button.number, 1);
-    const HeldModifiers held(platform, modifiers);
-    postButton(platform, button.downType, path.front(), button, modifiers, 1);
+void dragAlong(EventPosting& events, Clock& clock, const std::vector<Point>& path,
+               const MouseButton& button, std::uint64_t modifiers, std::uint32_t milliseconds) {
+    events.beginClicks(path.front(), button.number, 1);
+    const HeldModifiers held(events, modifiers);
+    postButton(events, button.downType, path.front(), button, modifiers, 1);
     const std::size_t lines = path.size() - 1;
     const std::uint64_t total = std::uint64_t{milliseconds} * 1000;
     // At least as many steps as there are lines, so that every point is visited.
@@ -121,22 +119,21 @@ void dragAlong(Platform& platform, const std::vector<Point>& path, const MouseBu
         const Point& from = path[line];
         const Point& to = path[line + 1];
         const double t = static_cast<double>(step - line * perLine) / static_cast<double>(perLine);
-        postButton(platform, button.draggedType,
+        postButton(events, button.draggedType,
                    {from.x + (to.x - from.x) * t, from.y + (to.y - from.y) * t}, button, modifiers,
                    1);
         const std::uint64_t due = total * step / steps;
         if (due > slept) {
-            platform.clock().sleepMicroseconds(static_cast<std::uint32_t>(due - slept));
+            clock.sleepMicroseconds(static_cast<std::uint32_t>(due - slept));
         }
         slept = due;
     }
-    platform.clock().sleepMicroseconds(kDropPauseMicroseconds);
-    postButton(platform, button.upType, path.back(), button, modifiers, 1);
+    clock.sleepMicroseconds(kDropPauseMicroseconds);
+    postButton(events, button.upType, path.back(), button, modifiers, 1);
 }
 
-void scroll(Platform& platform, Point at, std::int32_t amount, bool horizontal) {
-    postMouse(platform, kEventMouseMoved, at);
-    EventPosting& events = platform.eventPosting();
+void scroll(EventPosting& events, Point at, std::int32_t amount, bool horizontal) {
+    postMouse(events, kEventMouseMoved, at);
     const auto event = events.createScrollWheelEvent(
         nullptr, kScrollEventUnitLine, 2, horizontal ? 0 : amount, horizontal ? amount : 0, 0);
     if (!event) return;
@@ -144,15 +141,15 @@ void scroll(Platform& platform, Point at, std::int32_t amount, bool horizontal) 
     events.post(kHidEventTap, *event);
 }
 
-void drag(Platform& platform, Point from, Point to) {
-    postMouse(platform, kEventLeftMouseDown, from);
+void drag(EventPosting& events, Clock& clock, Point from, Point to) {
+    postMouse(events, kEventLeftMouseDown, from);
     for (int step = 1; step <= kDragSteps; ++step) {
         const double t = static_cast<double>(step) / kDragSteps;
-        postMouse(platform, kEventLeftMouseDragged,
+        postMouse(events, kEventLeftMouseDragged,
                   {from.x + (to.x - from.x) * t, from.y + (to.y - from.y) * t});
-        platform.clock().sleepMicroseconds(kDragStepMicroseconds);
+        clock.sleepMicroseconds(kDragStepMicroseconds);
     }
-    postMouse(platform, kEventLeftMouseUp, to);
+    postMouse(events, kEventLeftMouseUp, to);
 }
 
 }  // namespace quil

@@ -1,7 +1,6 @@
 #include "accessibility/ax_elements.h"
 #include "runtime/gates.h"
 #include "runtime/handlers.h"
-#include "screen/windows.h"
 #include "target/capture_target.h"
 #include "text/characters.h"
 
@@ -18,7 +17,7 @@ Json nodesJson(const std::vector<AxNode>& nodes) {
 
 void handleAxGetState(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
     if (!requireAccessibility(runtime, id)) return;
-    const auto application = frontmostApplication(runtime.platform);
+    const auto application = runtime.platform.workspace().frontmostApplication();
     if (!application || application->processIdentifier == 0) {
         runtime.responses.respond(
             id, {{"revision", ""}, {"nodes", Json::array()}, {"axText", ""}, {"truncated", false}});

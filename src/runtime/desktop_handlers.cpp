@@ -22,7 +22,9 @@ void handleTarget(Runtime& runtime, std::int64_t id, const Parameters&) {
 }
 
 void handleWindowsList(Runtime& runtime, std::int64_t id, const Parameters&) {
-    runtime.responses.respond(id, {{"windows", windowsList(runtime.platform)}});
+    runtime.responses.respond(
+        id,
+        {{"windows", windowsList(runtime.platform.windowList(), runtime.platform.workspace())}});
 }
 
 }  // namespace quil

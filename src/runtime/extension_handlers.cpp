@@ -70,8 +70,10 @@ void handleCapture(Runtime& runtime, std::int64_t id, const Parameters& paramete
         return runtime.responses.respondError(id, "scale must be above 0 and at most 2");
     }
     const auto window = parameters.integer("window");
-    auto capture = window ? captureWindow(runtime.platform, *window, scale)
-                          : captureDisplay(runtime.platform, parameters.integer("display"), scale);
+    auto capture =
+        window ? captureWindow(runtime.platform.screenCapture(), *window, scale)
+               : captureDisplay(runtime.platform.displays(), runtime.platform.screenCapture(),
+                                parameters.integer("display"), scale);
     if (!capture) throw AxError::unsupported(window ? "window not found" : "display not found");
     Json result = {{"bounds", rectJson(capture->bounds)}};
     result["screenshotDataURL"] = std::move(capture->dataUrl);
@@ -88,7 +90,8 @@ void handleMouseClick(Runtime& runtime, std::int64_t id, const Parameters& param
     if (count < 1 || count > 3) return runtime.responses.respondError(id, "count must be 1 to 3");
     const auto modifiers = readModifiers(parameters);
     if (!modifiers) return runtime.responses.respondError(id, "unknown modifier");
-    clickButton(runtime.platform, *point, *button, static_cast<int>(count), *modifiers);
+    clickButton(runtime.platform.eventPosting(), *point, *button, static_cast<int>(count),
+                *modifiers);
     runtime.responses.respond(id, okWithTarget(runtime));
 }
 
@@ -106,7 +109,8 @@ void handleMouseDrag(Runtime& runtime, std::int64_t id, const Parameters& parame
     if (duration < 0 || duration > kMaximumMs) {
         return runtime.responses.respondError(id, "durationMs must be 0 to 60000");
     }
-    dragAlong(runtime.platform, path, *button, *modifiers, static_cast<std::uint32_t>(duration));
+    dragAlong(runtime.platform.eventPosting(), runtime.platform.clock(), path, *button, *modifiers,
+              static_cast<std::uint32_t>(duration));
     runtime.responses.respond(id, {{"ok", true}});
 }
 
@@ -145,7 +149,7 @@ void handleWindowActivate(Runtime& runtime, std::int64_t id, const Parameters& p
     if (!requireAccessibility(runtime, id)) return;
     const auto window = parameters.integer("window");
     if (!window) return runtime.responses.respondError(id, "window is required");
-    activateWindow(runtime.platform, *window);
+    activateWindow(runtime.platform.windowList(), runtime.platform.clock(), *window);
     runtime.responses.respond(id, okWithTarget(runtime));
 }
 

@@ -1,7 +1,6 @@
 #include "accessibility/ax_text.h"
 #include "runtime/handlers.h"
 #include "screen/screenshot.h"
-#include "screen/windows.h"
 #include "target/capture_target.h"
 
 namespace quil {
@@ -9,7 +8,7 @@ namespace {
 
 /// The text of whichever application is frontmost now, not when the capture started.
 Json textUpdate(Platform& platform) {
-    const auto application = frontmostApplication(platform);
+    const auto application = platform.workspace().frontmostApplication();
     const std::int32_t pid = application ? application->processIdentifier : 0;
     return {{"type", "axText"},
             {"text", pid != 0 ? axText(platform.accessibility(), pid) : std::string()}};

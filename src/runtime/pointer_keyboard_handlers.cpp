@@ -27,7 +27,7 @@ void clickTimes(Runtime& runtime, std::int64_t id, const Parameters& parameters,
     if (!requireAccessibility(runtime, id)) return;
     const auto point = elementOrPoint(runtime, parameters);
     if (!point) return runtime.responses.respondError(id, "point is required");
-    click(runtime.platform, *point, count);
+    click(runtime.platform.eventPosting(), *point, count);
     respondOkWithTarget(runtime, id);
 }
 
@@ -40,7 +40,7 @@ void enterText(Runtime& runtime, std::int64_t id, const Parameters& parameters, 
     if (const auto element = parameters.string("element")) {
         performAxAction(runtime.platform, runtime.lastAxSnapshot, *element, "focus", {}, {});
     } else if (const auto point = pointMember(runtime, parameters, "point")) {
-        click(runtime.platform, *point, 1);
+        click(runtime.platform.eventPosting(), *point, 1);
     }
     enter(runtime.platform, *text);
     respondOkWithTarget(runtime, id);
@@ -67,7 +67,7 @@ void handleMove(Runtime& runtime, std::int64_t id, const Parameters& parameters)
     if (!requireAccessibility(runtime, id)) return;
     const auto point = pointMember(runtime, parameters, "point");
     if (!point) return runtime.responses.respondError(id, "point is required");
-    postMouse(runtime.platform, kEventMouseMoved, *point);
+    postMouse(runtime.platform.eventPosting(), kEventMouseMoved, *point);
     respondOk(runtime, id);
 }
 
@@ -78,23 +78,27 @@ void handleScroll(Runtime& runtime, std::int64_t id, const Parameters& parameter
     const auto point = elementOrPoint(runtime, parameters);
     if (!point) return runtime.responses.respondError(id, "point or element is required");
     const bool horizontal = parameters.string("axis") == "horizontal";
-    scroll(runtime.platform, *point, wheelAmount(*amount), horizontal);
+    scroll(runtime.platform.eventPosting(), *point, wheelAmount(*amount), horizontal);
     respondOk(runtime, id);
 }
 
 void handleType(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
-    enterText(runtime, id, parameters, typeText);
+    enterText(runtime, id, parameters, [](Platform& platform, std::string_view text) {
+        typeText(platform.eventPosting(), text);
+    });
 }
 
 void handlePaste(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
-    enterText(runtime, id, parameters, pasteText);
+    enterText(runtime, id, parameters, [](Platform& platform, std::string_view text) {
+        pasteText(platform.eventPosting(), platform.pasteboard(), platform.clock(), text);
+    });
 }
 
 void handleKeypress(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
     if (!requireAccessibility(runtime, id)) return;
     const auto combo = parameters.string("combo");
     if (!combo) return runtime.responses.respondError(id, "combo is required");
-    keypress(runtime.platform, *combo);
+    keypress(runtime.platform.eventPosting(), *combo);
     respondOk(runtime, id);
 }
 
@@ -103,7 +107,7 @@ void handleDrag(Runtime& runtime, std::int64_t id, const Parameters& parameters)
     const auto from = pointMember(runtime, parameters, "from");
     const auto to = from ? pointMember(runtime, parameters, "to") : std::nullopt;
     if (!to) return runtime.responses.respondError(id, "from and to are required");
-    drag(runtime.platform, *from, *to);
+    drag(runtime.platform.eventPosting(), runtime.platform.clock(), *from, *to);
     respondOk(runtime, id);
 }
 

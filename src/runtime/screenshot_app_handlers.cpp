@@ -22,7 +22,7 @@ void handleAppsList(Runtime& runtime, std::int64_t id, const Parameters&) {
 void handleLaunchApp(Runtime& runtime, std::int64_t id, const Parameters& parameters) {
     const auto appId = parameters.string("appId");
     if (!appId) return runtime.responses.respondError(id, "appId is required");
-    launchApp(runtime.platform, *appId);
+    launchApp(runtime.platform.workspace(), runtime.platform.bundles(), *appId);
     runtime.responses.respond(
         id, {{"ok", true}, {"target", targetDictionary(frontmostTarget(runtime.platform))}});
 }

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "screen/display_geometry.h"
-#include "screen/windows.h"
 #include "text/base64.h"
 
 namespace quil {
@@ -60,7 +59,7 @@ std::optional<std::string> screenshotDataURL(Platform& platform) {
                                                      /*onScreenWindowsOnly=*/true);
     if (!content) return {};
 
-    const auto application = frontmostApplication(platform);
+    const auto application = platform.workspace().frontmostApplication();
     const ShareableWindow* window = chooseWindow(
         *content, application ? std::optional(application->processIdentifier) : std::nullopt);
     if (!window) return {};
@@ -72,14 +71,13 @@ std::optional<std::string> screenshotDataURL(Platform& platform) {
     return url.empty() ? std::nullopt : std::optional(std::move(url));
 }
 
-std::optional<Capture> captureDisplay(Platform& platform, std::optional<std::int64_t> display,
-                                      double scale) {
-    const auto active = activeDisplays(platform.displays());
+std::optional<Capture> captureDisplay(Displays& displays, ScreenCapture& capture,
+                                      std::optional<std::int64_t> display, double scale) {
+    const auto active = activeDisplays(displays);
     const auto found = std::ranges::find_if(
         active, [&](const DisplayGeometry& entry) { return !display || entry.id == *display; });
     if (found == active.end()) return {};
     Capture result{.dataUrl = {}, .bounds = found->bounds};
-    ScreenCapture& capture = platform.screenCapture();
     const auto content = capture.getShareableContent(/*excludingDesktopWindows=*/false,
                                                      /*onScreenWindowsOnly=*/true);
     if (!content) return result;
@@ -92,8 +90,7 @@ std::optional<Capture> captureDisplay(Platform& platform, std::optional<std::int
     return result;
 }
 
-std::optional<Capture> captureWindow(Platform& platform, std::int64_t window, double scale) {
-    ScreenCapture& capture = platform.screenCapture();
+std::optional<Capture> captureWindow(ScreenCapture& capture, std::int64_t window, double scale) {
     const auto content = capture.getShareableContent(/*excludingDesktopWindows=*/false,
                                                      /*onScreenWindowsOnly=*/true);
     if (!content) return {};

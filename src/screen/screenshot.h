@@ -23,11 +23,11 @@ struct Capture {
 
 /// A picture of what a display shows, menus and all but the pointer, at `scale` pixels per point.
 /// Absent when there is no such display; without an id, the main one is taken.
-std::optional<Capture> captureDisplay(Platform& platform, std::optional<std::int64_t> display,
-                                      double scale);
+std::optional<Capture> captureDisplay(Displays& displays, ScreenCapture& capture,
+                                      std::optional<std::int64_t> display, double scale);
 
 /// A picture of the window with that number alone, at `scale` pixels per point. Absent when no
 /// window on screen has it.
-std::optional<Capture> captureWindow(Platform& platform, std::int64_t window, double scale);
+std::optional<Capture> captureWindow(ScreenCapture& capture, std::int64_t window, double scale);
 
 }  // namespace quil

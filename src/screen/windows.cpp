@@ -1,6 +1,7 @@
 #include "screen/windows.h"
 
 #include <limits>
+#include <optional>
 
 namespace quil {
 namespace {
@@ -38,9 +39,9 @@ Json windowEntry(Workspace& workspace, const Value::Dictionary& window) {
 
 }  // namespace
 
-Json windowsList(Platform& platform) {
+Json windowsList(WindowList& windowList, Workspace& workspace) {
     Json entries = Json::array();
-    const auto windows = platform.windowList().copyWindowInfo(
+    const auto windows = windowList.copyWindowInfo(
         kWindowListOptionOnScreenOnly | kWindowListExcludeDesktopElements, 0);
     if (!windows || !windows->list()) return entries;
     const Value::List& list = *windows->list();
@@ -50,13 +51,9 @@ Json windowsList(Platform& platform) {
     for (const Value& window : list) {
         const Value::Dictionary& members = *window.dictionary();
         if (integerMember(members, kWindowLayer).value_or(0) != 0) continue;
-        entries.push_back(windowEntry(platform.workspace(), members));
+        entries.push_back(windowEntry(workspace, members));
     }
     return entries;
-}
-
-std::optional<RunningApplication> frontmostApplication(Platform& platform) {
-    return platform.workspace().frontmostApplication();
 }
 
 }  // namespace quil

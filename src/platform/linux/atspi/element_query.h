@@ -12,7 +12,7 @@ namespace quil::linux_platform {
 /// The children among which a text field is looked for.
 inline constexpr std::size_t kEditableChildPlaces = 8;
 
-/// Whom to ask, and for how much.
+/// The element to ask, and for how much.
 struct QueryTarget {
     AtspiProgram& program;
     /// The element's path there.
@@ -25,6 +25,7 @@ struct QueryTarget {
 /// when all of them are there. Some facts lean on others that have to be known before: children on
 /// childCount, extents on states, and so on; what an attribute `needs` comes in that order. Both
 /// `facts` and the path live until then.
-void queryFacts(const QueryTarget& whom, FactSet wanted, Facts& facts, std::function<void()> done);
+void queryFacts(const QueryTarget& target, FactSet wanted, Facts& facts,
+                std::function<void()> done);
 
 }  // namespace quil::linux_platform

@@ -9,17 +9,10 @@
 #include <thread>
 
 #include "platform/linux/x11/input/crash_recovery.h"
+#include "platform/linux/x11/pointer_buttons.h"
 
 namespace quil::linux_platform {
 namespace {
-
-constexpr std::uint8_t kLeftButton = 1;
-constexpr std::uint8_t kMiddleButton = 2;
-constexpr std::uint8_t kRightButton = 3;
-constexpr std::uint8_t kWheelUp = 4;
-constexpr std::uint8_t kWheelDown = 5;
-constexpr std::uint8_t kWheelLeft = 6;
-constexpr std::uint8_t kWheelRight = 7;
 
 /// Two presses of the same millisecond are one to Chromium, and no double click.
 constexpr std::uint32_t kPressDelay = 2;

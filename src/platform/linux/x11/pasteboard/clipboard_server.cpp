@@ -1,8 +1,5 @@
 #include "platform/linux/x11/pasteboard/clipboard_server.h"
 
-#include <sys/eventfd.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <future>
 #include <utility>
@@ -31,7 +28,6 @@ ClipboardServer::ClipboardServer(std::shared_ptr<X11Connection> connection)
       clipboard_(connection_->atom("CLIPBOARD")),
       window_(connection_, [this](const xcb_generic_event_t& event) { handle(event); }),
       responder_(window_, contents_),
-      wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       thread_([this] { run(); }) {}
 
 ClipboardServer::~ClipboardServer() {
@@ -39,9 +35,8 @@ ClipboardServer::~ClipboardServer() {
         const std::lock_guard guard(lock_);
         isEnding_ = true;
     }
-    wakeThread();
+    wake_.set();
     thread_.join();
-    close(wakeDescriptor_);
 }
 
 template <typename Result>
@@ -52,7 +47,7 @@ Result ClipboardServer::onThread(std::function<Result()> task) {
         const std::lock_guard guard(lock_);
         tasks_.push_back([&packaged] { packaged(); });
     }
-    wakeThread();
+    wake_.set();
     return result.get();
 }
 
@@ -173,20 +168,15 @@ void ClipboardServer::run() {
         if (clearsAt_ && *clearsAt_ <= Clock::now()) clearNow();
         responder_.giveUpStalled();
         window_.sleepUntil(std::min(responder_.nextDeadline(), clearsAt_.value_or(kNever)),
-                           wakeDescriptor_);
+                           wake_.descriptor());
     }
 }
 
 std::vector<std::function<void()>> ClipboardServer::takeTasks(bool& isEnding) {
-    eventfd_t count = 0;
-    eventfd_read(wakeDescriptor_, &count);
+    wake_.clear();
     const std::lock_guard guard(lock_);
     isEnding = isEnding_;
     return std::exchange(tasks_, {});
-}
-
-void ClipboardServer::wakeThread() {
-    eventfd_write(wakeDescriptor_, 1);
 }
 
 }  // namespace quil::linux_platform

@@ -11,6 +11,7 @@
 #include "platform/linux/x11/pasteboard/selection_contents.h"
 #include "platform/linux/x11/pasteboard/selection_responder.h"
 #include "platform/linux/x11/pasteboard/selection_window.h"
+#include "platform/linux/x11/wake_event.h"
 
 namespace quil::linux_platform {
 
@@ -49,7 +50,6 @@ class ClipboardServer {
     /// Runs the task on the thread and waits for it.
     template <typename Result>
     Result onThread(std::function<Result()> task);
-    void wakeThread();
     std::vector<std::function<void()>> takeTasks(bool& isEnding);
 
     std::shared_ptr<X11Connection> connection_;
@@ -63,7 +63,7 @@ class ClipboardServer {
     /// The server time of that `clear`.
     xcb_timestamp_t clearTime_ = 0;
 
-    int wakeDescriptor_;
+    WakeEvent wake_;
     std::mutex lock_;
     std::vector<std::function<void()>> tasks_;
     bool isEnding_ = false;

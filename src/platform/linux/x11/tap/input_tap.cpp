@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/event_posting.h"
+#include "platform/linux/x11/pointer_buttons.h"
 #include "platform/virtual_keys.h"
 
 namespace quil::linux_platform {
@@ -13,10 +14,6 @@ namespace {
 /// For so long a flush waits: as long as it takes to know where keys went, unless a program is
 /// stuck.
 constexpr std::chrono::milliseconds kFlushTimeout{500};
-constexpr std::uint8_t kLeftButton = 1;
-constexpr std::uint8_t kWheelUp = 4;
-constexpr std::uint8_t kWheelDown = 5;
-constexpr std::uint8_t kWheelRight = 7;
 
 std::int64_t wheelLines(std::uint8_t button) {
     if (button == kWheelUp) return 1;

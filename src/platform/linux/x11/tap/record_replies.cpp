@@ -3,8 +3,6 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sched.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 #include <xcb/xcbext.h>
 
 #include <system_error>
@@ -14,19 +12,14 @@ namespace quil::linux_platform {
 namespace {
 
 /// What follows within this time is taken in at once: in a flood, waking up is what costs.
-constexpr int kGatheringMilliseconds = 1;
-
-int makeEventDescriptor() {
-    return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-}
+constexpr std::chrono::milliseconds kGathering{1};
 
 }  // namespace
 
 std::unique_ptr<RecordReplies> RecordReplies::open(std::shared_ptr<X11Connection> connection,
                                                    xcb_record_context_t context) {
-    std::unique_ptr<RecordReplies> replies(
-        new RecordReplies(std::move(connection), makeEventDescriptor(), makeEventDescriptor()));
-    if (replies->arrivedDescriptor_ < 0 || replies->endDescriptor_ < 0) return nullptr;
+    std::unique_ptr<RecordReplies> replies(new RecordReplies(std::move(connection)));
+    if (!replies->arrived_.isValid() || !replies->end_.isValid()) return nullptr;
     xcb_connection_t* const server = replies->connection_->get();
     replies->sequence_ = xcb_record_enable_context(server, context).sequence;
     xcb_flush(server);
@@ -38,19 +31,11 @@ std::unique_ptr<RecordReplies> RecordReplies::open(std::shared_ptr<X11Connection
     return replies;
 }
 
-RecordReplies::RecordReplies(std::shared_ptr<X11Connection> connection, int arrivedDescriptor,
-                             int endDescriptor)
-    : connection_(std::move(connection)),
-      arrivedDescriptor_(arrivedDescriptor),
-      endDescriptor_(endDescriptor) {}
-
 RecordReplies::~RecordReplies() {
     if (thread_.joinable()) {
-        eventfd_write(endDescriptor_, 1);
+        end_.set();
         thread_.join();
     }
-    if (arrivedDescriptor_ >= 0) close(arrivedDescriptor_);
-    if (endDescriptor_ >= 0) close(endDescriptor_);
 }
 
 void RecordReplies::run() {
@@ -59,19 +44,14 @@ void RecordReplies::run() {
     const sched_param priority{.sched_priority = 1};
     pthread_setschedparam(pthread_self(), SCHED_RR, &priority);
     pollfd descriptors[] = {{xcb_get_file_descriptor(connection_->get()), POLLIN, 0},
-                            {endDescriptor_, POLLIN, 0}};
+                            {end_.descriptor(), POLLIN, 0}};
     for (;;) {
         // First what has arrived already, of which the connection's descriptor does not tell.
         receive();
         if (!isAlive()) return;
         poll(descriptors, 2, -1);
-        if (isEnded(kGatheringMilliseconds)) return;
+        if (end_.wait(kGathering)) return;
     }
-}
-
-bool RecordReplies::isEnded(int milliseconds) const {
-    pollfd descriptor{endDescriptor_, POLLIN, 0};
-    return poll(&descriptor, 1, milliseconds) > 0;
 }
 
 bool RecordReplies::isAlive() const {
@@ -82,8 +62,7 @@ bool RecordReplies::isAlive() const {
 RecordReplies::Reply RecordReplies::next() {
     const std::lock_guard guard(lock_);
     if (replies_.empty()) {
-        eventfd_t count = 0;
-        if (isAlive_) eventfd_read(arrivedDescriptor_, &count);
+        if (isAlive_) arrived_.clear();
         return nullptr;
     }
     Reply reply = std::move(replies_.front());
@@ -96,7 +75,7 @@ void RecordReplies::receive() {
     const std::size_t before = replies_.size();
     while (isAlive_ && receiveOne()) {
     }
-    if (replies_.size() > before || !isAlive_) eventfd_write(arrivedDescriptor_, 1);
+    if (replies_.size() > before || !isAlive_) arrived_.set();
 }
 
 /// Whether there was another reply. The request is over with an error, or when the

@@ -7,8 +7,10 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 #include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/wake_event.h"
 
 namespace quil::linux_platform {
 
@@ -31,7 +33,7 @@ class RecordReplies {
     RecordReplies& operator=(const RecordReplies&) = delete;
 
     /// Readable while `next` has something, and once there will never be more.
-    int descriptor() const { return arrivedDescriptor_; }
+    int descriptor() const { return arrived_.descriptor(); }
     /// False when there will never be more: the server has gone or has ended the recording.
     bool isAlive() const;
     /// The first reply that has not been handed out; null when there is none.
@@ -40,15 +42,14 @@ class RecordReplies {
     void receive();
 
   private:
-    RecordReplies(std::shared_ptr<X11Connection> connection, int arrivedDescriptor,
-                  int endDescriptor);
+    explicit RecordReplies(std::shared_ptr<X11Connection> connection)
+        : connection_(std::move(connection)) {}
     void run();
-    bool isEnded(int milliseconds) const;
     bool receiveOne();
 
     const std::shared_ptr<X11Connection> connection_;
-    const int arrivedDescriptor_;
-    const int endDescriptor_;
+    const WakeEvent arrived_;
+    const WakeEvent end_;
     unsigned sequence_ = 0;
     mutable std::mutex lock_;
     std::deque<Reply> replies_;

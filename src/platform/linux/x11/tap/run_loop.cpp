@@ -1,8 +1,5 @@
 #include "platform/linux/x11/tap/run_loop.h"
 
-#include <sys/eventfd.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 
@@ -15,12 +12,6 @@ constexpr std::chrono::milliseconds kWakePollInterval{50};
 constexpr std::chrono::milliseconds kGathering{10};
 
 }  // namespace
-
-TapRunLoop::TapRunLoop() : wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-
-TapRunLoop::~TapRunLoop() {
-    if (wakeDescriptor_ >= 0) close(wakeDescriptor_);
-}
 
 void TapRunLoop::add(const std::shared_ptr<TapSource>& source) {
     {
@@ -46,11 +37,6 @@ void TapRunLoop::stop() {
     wake();
 }
 
-void TapRunLoop::wake() {
-    const std::uint64_t one = 1;
-    if (wakeDescriptor_ >= 0) (void)!write(wakeDescriptor_, &one, sizeof one);
-}
-
 void TapRunLoop::run() {
     {
         const std::lock_guard guard(lock_);
@@ -66,7 +52,11 @@ void TapRunLoop::run() {
         }
         const auto sources = validSources();
         if (sources.empty()) break;
-        if (!isWoken(kGathering)) wait(sources);
+        if (wake_.wait(kGathering)) {
+            wake_.clear();
+        } else {
+            wait(sources);
+        }
     }
     const std::lock_guard guard(lock_);
     isRunning_ = isStopped_ = false;
@@ -86,28 +76,15 @@ void TapRunLoop::wait(const std::vector<std::shared_ptr<TapSource>>& sources) co
     for (const auto& source : sources) {
         timeout = std::min(timeout, source->tap().prepareToWait(descriptors));
     }
-    if (wakeDescriptor_ >= 0) {
-        descriptors.push_back({wakeDescriptor_, POLLIN, 0});
+    if (wake_.isValid()) {
+        descriptors.push_back({wake_.descriptor(), POLLIN, 0});
     } else {
         timeout = std::min(timeout, kWakePollInterval);
     }
     const bool isLimited = timeout != std::chrono::milliseconds::max();
     poll(descriptors.data(), descriptors.size(),
          isLimited ? static_cast<int>(timeout.count()) : -1);
-    clearWaking();
-}
-
-/// Whether somebody wakes the loop within that time.
-bool TapRunLoop::isWoken(std::chrono::milliseconds timeout) const {
-    pollfd descriptor{wakeDescriptor_, POLLIN, 0};
-    const bool isWoken = poll(&descriptor, 1, static_cast<int>(timeout.count())) > 0;
-    if (isWoken) clearWaking();
-    return isWoken;
-}
-
-void TapRunLoop::clearWaking() const {
-    std::uint64_t times = 0;
-    if (wakeDescriptor_ >= 0) (void)!read(wakeDescriptor_, &times, sizeof times);
+    wake_.clear();
 }
 
 }  // namespace quil::linux_platform

@@ -10,6 +10,7 @@
 
 #include "platform/event_taps.h"
 #include "platform/linux/x11/tap/input_tap.h"
+#include "platform/linux/x11/wake_event.h"
 
 namespace quil::linux_platform {
 
@@ -31,11 +32,6 @@ class TapSource : public RunLoopSource {
 /// `current` are for the loop's own thread, everything else for any.
 class TapRunLoop : public RunLoop {
   public:
-    TapRunLoop();
-    ~TapRunLoop() override;
-    TapRunLoop(const TapRunLoop&) = delete;
-    TapRunLoop& operator=(const TapRunLoop&) = delete;
-
     void add(const std::shared_ptr<TapSource>& source);
     void remove(const std::shared_ptr<TapSource>& source);
     /// Runs until it is stopped or none of its sources is valid.
@@ -43,17 +39,15 @@ class TapRunLoop : public RunLoop {
     /// Makes `run` return if it runs now.
     void stop();
     /// Makes `run` look at its sources again.
-    void wake();
+    void wake() { wake_.set(); }
     /// The tap whose callback may be running now; null outside of `run`.
     const InputTap* current() const { return current_; }
 
   private:
     std::vector<std::shared_ptr<TapSource>> validSources();
-    bool isWoken(std::chrono::milliseconds timeout) const;
-    void clearWaking() const;
     void wait(const std::vector<std::shared_ptr<TapSource>>& sources) const;
 
-    const int wakeDescriptor_;
+    WakeEvent wake_;
     const InputTap* current_ = nullptr;
     std::mutex lock_;
     std::vector<std::shared_ptr<TapSource>> sources_;

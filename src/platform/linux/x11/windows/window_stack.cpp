@@ -117,7 +117,7 @@ std::optional<xcb_window_t> windowUnderPointer(X11Connection& connection, bool i
     return applicationWindowOf(connection, pointer->child, isManagedRoot);
 }
 
-std::optional<xcb_window_t> focusedWindow(X11Connection& connection) {
+std::optional<xcb_window_t> windowWithInputFocus(X11Connection& connection) {
     const auto focus =
         connection.reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection.get()));
     if (!focus || focus->focus == XCB_INPUT_FOCUS_NONE) return {};
@@ -145,7 +145,7 @@ std::optional<X11Window> activeWindow(X11Connection& connection) {
     const auto manager = readWindowManager(connection);
     const auto window = manager && manager->active != XCB_WINDOW_NONE
                             ? std::optional(manager->active)
-                            : focusedWindow(connection);
+                            : windowWithInputFocus(connection);
     if (!window) return {};
     auto described = describeWindows(connection, {*window});
     return described.empty() ? std::nullopt : std::optional(std::move(described.front()));

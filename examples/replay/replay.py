@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Records what a user does with mouse and keyboard, and does it again.
+"""Records what the user does with mouse and keyboard, and does it again.
 
 usage: replay.py record QUIL FILE [--seconds N]
        replay.py play QUIL FILE [--pauses FACTOR]

@@ -4,7 +4,7 @@
 usage: tour.py QUIL FOLDER    (with clients/python on PYTHONPATH, or installed)
 
 QUIL is the runtime's executable, FOLDER where the pictures go. The applications are galculator (GTK)
-and mousepad (GTK). Every line that goes over the pipe is shown: "→" is a request, "←" its answer; long
+and mousepad (GTK). Every line that goes over the pipe is shown: "→" is a request, "←" its response; long
 ones are cut in the middle, where it is said how much is missing. The exit status is 0 when everything
 came out as it should.
 """

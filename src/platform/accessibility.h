@@ -37,8 +37,8 @@ struct ObservationPlan {
     int maximumDepth = 0;
 };
 
-/// While it lives, reads of elements below its root may be answered from what the backend fetched
-/// when it began, and child lists may end one entry after the plan's node limit. Calls answer just
+/// While it lives, reads of elements below its root may be served from what the backend fetched
+/// when it began, and child lists may end one entry after the plan's node limit. Calls return just
 /// as they would without it, only sooner; nothing that was fetched outlives it.
 class Observation {
   public:
@@ -65,7 +65,7 @@ class Accessibility {
     virtual ~Accessibility() = default;
 
     /// The element of the application with that process id. Never fails: the element of a process
-    /// that is no application answers every later call with an error.
+    /// that is no application fails every later call.
     virtual ElementRef createApplication(std::int32_t pid) = 0;
     /// Reads one attribute. Returns 0, or an error code.
     virtual std::int32_t copyAttributeValue(const ElementRef& element, std::string_view attribute,

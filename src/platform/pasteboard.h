@@ -14,7 +14,7 @@ class Pasteboard {
   public:
     virtual ~Pasteboard() = default;
 
-    /// The contents in that type; nothing when there are none, or their owner does not answer
+    /// The contents in that type; nothing when there are none, or their owner does not respond
     /// within the backend's bound.
     virtual std::optional<std::string> stringForType(std::string_view type) = 0;
     /// Empties the pasteboard and takes ownership of it.

@@ -2,7 +2,7 @@
 
 namespace quil {
 
-/// The privacy permissions of this process. The queries never ask the user and are answered
+/// The privacy permissions of this process. The queries never ask the user and are evaluated
 /// afresh every time.
 class Permissions {
   public:

@@ -20,7 +20,7 @@ class OutputStream {
   public:
     virtual ~OutputStream() = default;
 
-    /// Writes all bytes, unbuffered, waiting for a slow reader. Bytes that nobody can receive any
+    /// Writes all bytes, unbuffered, waiting for a slow reader. Bytes that cannot be received any
     /// more are lost without a report.
     virtual void write(std::string_view bytes) = 0;
 };

@@ -34,7 +34,7 @@ class WindowList {
 
     /// Asks for the window with that number (`kWindowNumber`) to come to the front with the focus,
     /// from another workspace or minimised as it may be, without waiting for it. False when there
-    /// is no such window, or nobody to ask.
+    /// is no such window, or no window system to ask.
     virtual bool activateWindow(std::int64_t number) = 0;
     /// The number of the window that has the focus, in front of its application's others; nothing
     /// when no window has it.

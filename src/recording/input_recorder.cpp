@@ -78,7 +78,7 @@ InputRecorderStart InputRecorder::start() {
         "quil.input-tap", QualityOfService::standard,
         [&taps, self, recording, tap] { serve(taps, self, recording, tap); });
     if (!thread) {
-        // Nobody would ever take the tap's events. Unless a stop has come first, all is undone.
+        // The tap would never be served. Unless a stop has come first, all is undone.
         end(recording);
         return InputRecorderStart::tapUnavailable;
     }

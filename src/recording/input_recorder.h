@@ -79,7 +79,7 @@ class InputRecorder : public std::enable_shared_from_this<InputRecorder> {
 
 /// Whether this process may listen to the user's input.
 bool listenAccessGranted(Permissions& permissions);
-/// The same, asking the user when it may not. Returns what they answered.
+/// The same, asking the user when it may not. Returns what the user decided.
 bool requestListenAccess(Permissions& permissions);
 
 }  // namespace quil

@@ -60,7 +60,7 @@ void dispatch(Runtime& runtime, const Request& request) {
         runtime.responses.respondError(request.id, "unknown method: " + request.method);
         return;
     }
-    // Operations throw before anything has been written, so this is the only answer.
+    // Operations throw before anything has been written, so this is the only response.
     try {
         method->handler(runtime, request.id, request.parameters);
     } catch (const std::exception& error) {

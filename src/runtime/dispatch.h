@@ -5,7 +5,7 @@
 
 namespace quil {
 
-/// Runs the handler of the request's method, or answers that the method is unknown. Writes exactly
+/// Runs the handler of the request's method, or responds that the method is unknown. Writes exactly
 /// one response.
 void dispatch(Runtime& runtime, const Request& request);
 

@@ -11,7 +11,7 @@ namespace quil {
 bool accessibilityGranted(Runtime& runtime);
 bool screenRecordingGranted(Runtime& runtime);
 
-/// True when the permission is granted. Otherwise the request has been answered and the handler
+/// True when the permission is granted. Otherwise the response has been written and the handler
 /// stops.
 bool requireAccessibility(Runtime& runtime, std::int64_t id);
 bool requireScreenRecording(Runtime& runtime, std::int64_t id);

@@ -7,7 +7,7 @@
 
 /// The handlers of all methods, in the order of the dispatch table. Each applies its permission
 /// gate, reads its parameters, and writes exactly one response for `id`, unless it throws: then the
-/// dispatcher answers what was thrown.
+/// dispatcher responds with what was thrown.
 namespace quil {
 
 // What the runtime may do, what is in front, and what it looks like.
@@ -32,7 +32,7 @@ void handleReadValue(Runtime& runtime, std::int64_t id, const Parameters& parame
 void handleAxAction(Runtime& runtime, std::int64_t id, const Parameters& parameters);
 
 // Synthetic input. All need the Accessibility permission, check their parameters before anything is
-// posted, and answer a result once the checks pass.
+// posted, and respond with a result once the checks pass.
 
 /// `desktop_click`: one click on "element" or at "point".
 void handleClick(Runtime& runtime, std::int64_t id, const Parameters& parameters);
@@ -51,7 +51,7 @@ void handlePaste(Runtime& runtime, std::int64_t id, const Parameters& parameters
 
 /// `desktop_apps_list`: the catalogue of running and installed applications.
 void handleAppsList(Runtime& runtime, std::int64_t id, const Parameters& parameters);
-/// `desktop_launch_app`: opens the application named "appId". The answer's target is that of the
+/// `desktop_launch_app`: opens the application named "appId". The response's target is that of the
 /// moment, which the new application may not have become yet.
 void handleLaunchApp(Runtime& runtime, std::int64_t id, const Parameters& parameters);
 
@@ -79,7 +79,7 @@ void handleCancelGlimpseCapture(Runtime& runtime, std::int64_t id, const Paramet
 void handleStartInputRecording(Runtime& runtime, std::int64_t id, const Parameters& parameters);
 /// `nextInputEvent`: the oldest record, null when none came within "timeoutMs" (1000 by default).
 void handleNextInputEvent(Runtime& runtime, std::int64_t id, const Parameters& parameters);
-/// `stopInputRecording`: ends the recording and answers the records still to be taken.
+/// `stopInputRecording`: ends the recording and returns the records still to be taken.
 void handleStopInputRecording(Runtime& runtime, std::int64_t id, const Parameters& parameters);
 
 // Extensions: what came to the protocol later, under the same rules.

@@ -7,8 +7,8 @@
 namespace quil {
 namespace {
 
-/// Answers the requests on standard input one at a time, in order, and returns when it ends. A line
-/// that is no request is dropped without an answer.
+/// Serves the requests on standard input one at a time, in order, and returns when it ends. A line
+/// that is no request is dropped without a response.
 void runRuntimeLoop(Runtime& runtime) {
     LineReader lines(runtime.platform.standardInput());
     while (const auto line = lines.next()) {

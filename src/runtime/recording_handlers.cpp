@@ -16,7 +16,7 @@ void respondPermissionRequired(Runtime& runtime, std::int64_t id, const char* me
 void handleStartInputRecording(Runtime& runtime, std::int64_t id, const Parameters&) {
     constexpr const char* kListenAccessRequired = "input monitoring permission required";
     if (!listenAccessGranted(runtime.platform.permissions())) {
-        // The answer comes from a user and may take long; the host asks again.
+        // The user decides, which may take long; the host asks again.
         requestListenAccess(runtime.platform.permissions());
         return respondPermissionRequired(runtime, id, kListenAccessRequired);
     }

@@ -10,7 +10,8 @@
 namespace quil {
 
 /// Writes every response of the process, one line each. Used from the request loop's thread alone.
-/// An answer that cannot be encoded (text that is not UTF-8) or delivered is dropped without trace.
+/// A response that cannot be encoded (text that is not UTF-8) or delivered is dropped without
+/// trace.
 class Responses {
   public:
     /// `output` outlives the responses.

@@ -27,7 +27,7 @@ struct Runtime {
     std::shared_ptr<InputRecorder> sharedInputRecorder;
 };
 
-/// Answers one request: writes exactly one response for `id`.
+/// Handles one request: writes exactly one response for `id`.
 using Handler = void (*)(Runtime& runtime, std::int64_t id, const Parameters& parameters);
 
 }  // namespace quil

@@ -14,7 +14,7 @@ namespace {
 
 constexpr double kPixelsPerPoint = 2;
 
-/// Two absent owners are equal: without a frontmost application, a window that nobody owns is the
+/// Two absent owners are equal: without a frontmost application, a window without an owner is the
 /// one to take.
 const ShareableWindow* chooseWindow(const ShareableContent& content,
                                     std::optional<std::int32_t> frontmostProcessId) {

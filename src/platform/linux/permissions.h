@@ -20,7 +20,7 @@ class LinuxPermissions : public Permissions {
     bool preflightScreenCaptureAccess() override;
     /// Whether the server records input (Record).
     bool preflightListenEventAccess() override;
-    /// There is nobody to ask; the same as the query.
+    /// There is no such dialog; the same as the query.
     bool requestListenEventAccess() override { return preflightListenEventAccess(); }
 
   private:

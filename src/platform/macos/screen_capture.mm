@@ -9,7 +9,7 @@
 namespace quil::macos {
 namespace {
 
-/// How long one answer of the system's capture service is waited for; it usually takes a fraction
+/// How long one response of the system's capture service is waited for; it usually takes a fraction
 /// of a second.
 constexpr std::chrono::seconds kCaptureTimeout{10};
 

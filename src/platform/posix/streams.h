@@ -15,7 +15,7 @@ class PosixInputStream : public InputStream {
 };
 
 /// A stream over a file descriptor, standard output unless given, which stays the caller's. Once
-/// nobody can receive the bytes any more they are lost silently. Every byte is handed to the system
+/// the bytes cannot be received any more they are lost silently. Every byte is handed to the system
 /// at once; a descriptor in non-blocking mode is waited for.
 class PosixOutputStream : public OutputStream {
   public:
@@ -28,7 +28,7 @@ class PosixOutputStream : public OutputStream {
 
 /// Makes this process safe whatever its host has done to the standard streams; to be called before
 /// it opens anything. A stream that the host has closed becomes the null device, so that no other
-/// connection of ours gets its number and receives our responses. A write to a pipe that nobody
+/// connection of ours gets its number and receives our responses. A write to a pipe that no process
 /// reads any more no longer ends the process; programs that this process starts begin with the
 /// default again.
 void secureStandardStreams();

@@ -52,7 +52,7 @@ class SimulatedDesktop {
         bool accessibility = true;
         bool screenRecording = true;
         bool inputMonitoring = true;
-        /// What the user answers when asked for Input Monitoring.
+        /// What the user decides when asked for Input Monitoring.
         bool grantsInputMonitoring = false;
     };
     PermissionState permissions;

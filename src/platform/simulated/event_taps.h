@@ -57,10 +57,10 @@ class SimulatedEventTaps : public EventTaps {
     /// Disables every tap and tells it so: by time-out, or by user input.
     void disableTaps(bool byTimeout);
     /// Within a callback, `isSecureEventInputEnabled` tells how it was when the event happened, so
-    /// that the answer does not depend on how fast the callbacks are.
+    /// that the result does not depend on how fast the callbacks are.
     void setSecureEventInput(bool enabled);
     /// Waits until the taps' callbacks have returned from everything that was delivered. Gives up
-    /// on taps that nobody serves after two seconds, and drops what waits there.
+    /// on taps that are not served for two seconds, and drops what waits there.
     void settle();
 
     /// The numbers of taps that have been made and not invalidated, and of run loops that run now.

@@ -36,7 +36,7 @@ class Rule {
     Rule& fails(std::optional<std::int32_t> code = {});
     /// The call takes that many seconds on the desktop's clock.
     Rule& takes(double seconds);
-    /// The desktop changes just before the call is answered.
+    /// The desktop changes just before the call returns.
     Rule& changes(Change change);
 
     /// Counts a call that was made. Whether the rule applies to it.

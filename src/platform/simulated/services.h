@@ -6,7 +6,8 @@
 #include "platform/simulated/desktop.h"
 
 /// The platform services of a simulated desktop, but for event taps, streams and threads. Each call
-/// takes the desktop's lock, applies the rules about it, and answers from the desktop's state.
+/// takes the desktop's lock, applies the rules about it, and returns what is in the desktop's
+/// state.
 namespace quil::simulated {
 
 /// What every service holds. The desktop outlives it.
@@ -142,7 +143,7 @@ class SimulatedClock : public Clock, Service {
     double systemUptime() override;
     void sleepMicroseconds(std::uint32_t microseconds) override { sleep(microseconds); }
     void sleepStep(std::uint32_t microseconds, double end) override;
-    /// Counts up, so that answers are repeatable.
+    /// Counts up, so that results are repeatable.
     std::string uuidString() override;
 
   private:

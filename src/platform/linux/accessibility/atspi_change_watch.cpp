@@ -15,7 +15,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// Toolkits send no events that nobody has registered for. A class stands for all of its events.
+/// Toolkits send only events that a client has registered for. A class stands for all of its
+/// events.
 constexpr const char* kEventClasses[] = {"object:", "window:", "document:"};
 constexpr const char* kEventInterfaces[] = {
     "org.a11y.atspi.Event.Object", "org.a11y.atspi.Event.Window", "org.a11y.atspi.Event.Document"};

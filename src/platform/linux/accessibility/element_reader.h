@@ -20,7 +20,7 @@ struct ReadingLimits {
 };
 
 /// Asks one element until nothing more is needed, or until nothing can be known of it. Returns 0,
-/// or the code of an element that cannot be read. Who stays silent is not waited for.
+/// or the code of an element that cannot be read. Unresponsive applications are abandoned.
 std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Needs& needs,
                        Facts& facts, const ReadingLimits& limits = {});
 

@@ -12,7 +12,7 @@
 namespace quil::linux_platform {
 namespace {
 
-/// However steadily an application replies, nobody waits longer for its tree.
+/// The longest that the tree of an application is read, however steadily it replies.
 constexpr std::chrono::seconds kLongestObservation{20};
 
 /// Browsers send their documents only to those who ask, and not at once: this long an empty

@@ -10,7 +10,7 @@
 namespace quil::linux_platform {
 
 /// Scrolls what an element shows up or down by about its height: by its scroll bar, which some
-/// toolkits let nobody but the mouse wheel move; without one, as in pages of Firefox, by asking for
+/// toolkits let only the mouse wheel move; without one, as in pages of Firefox, by asking for
 /// the content to be elsewhere. Returns 0 when it has moved or is at its end, else an error code.
 /// Bounded.
 std::int32_t scrollByPage(AccessibilityBus& bus, X11Display& display, WindowOrigins& origins,

@@ -36,7 +36,8 @@ struct Attempt {
 };
 
 /// The entry, to be started as a program of its own wherever it names one. Asked through the
-/// session bus instead, an application would come up on the display of whoever started the bus.
+/// session bus instead, an application would come up on the display of the process that started the
+/// bus.
 DesktopEntry readForLaunch(const std::string& path) {
     const GlibKeyFile keyFile = readKeysOfDesktopEntry(path);
     if (!keyFile) return nullptr;

@@ -8,7 +8,7 @@
 #include <vector>
 
 /// What the kernel says of a running process (/proc). Everything is empty or absent when the
-/// process is gone or belongs to somebody else. Text is valid UTF-8.
+/// process is gone or belongs to another user. Text is valid UTF-8.
 namespace quil::linux_platform {
 
 /// The path of its executable.

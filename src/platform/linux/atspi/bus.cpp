@@ -44,9 +44,9 @@ constexpr int kAtOnce = 64;
 struct Bus::Pending {
     Bus* bus = nullptr;
     Peer* peer = nullptr;
-    /// Empty when nobody waits for the reply any more: it only shows that the peer is alive.
+    /// Empty when the reply is not waited for any more: it only shows that the peer is alive.
     ReplyHandler handler;
-    /// Asks a peer that hangs whether it is back; nobody waits for the reply.
+    /// Asks a peer that hangs whether it is back; the reply is not waited for.
     bool isProbe = false;
     sd_bus_slot* slot = nullptr;
     std::list<Pending>::iterator self;

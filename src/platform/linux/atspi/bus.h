@@ -18,8 +18,9 @@ namespace quil::linux_platform {
 using BusClock = std::chrono::steady_clock;
 using BusDeadline = BusClock::time_point;
 
-/// How long an application or a bus that was asked may stay silent, and how long the session bus.
-/// Whoever stays silent for longer hangs, and is not waited for again until they say something.
+/// How long a reply of an application or of a bus is waited for, and how long one of the session
+/// bus. A peer that takes longer counts as unresponsive and is not waited for again until it sends
+/// something.
 inline constexpr std::chrono::milliseconds kReplyTimeout{1700};
 inline constexpr std::chrono::milliseconds kSessionReplyTimeout{1000};
 
@@ -40,7 +41,7 @@ using SignalHandler = std::function<void(sd_bus_message*)>;
 
 class Bus;
 
-/// Somebody to call on a bus: the owner of a name, or whoever is at the other end of a socket.
+/// A program to call on a bus: the owner of a name, or the other end of a socket.
 class Peer {
   public:
     Peer(Bus& bus, std::string name) : bus_(bus), name_(std::move(name)) {}
@@ -54,7 +55,7 @@ class Peer {
     /// up.
     void giveUp();
 
-    /// Sends a call; the handler gets the reply while somebody waits on the bus. The signature and
+    /// Sends a call; the handler gets the reply during a wait on the bus. The signature and
     /// the values after it are those of sd_bus_message_append.
     template <typename... Values>
     void call(const char* path, const char* interface, const char* member, ReplyHandler handler,
@@ -90,14 +91,14 @@ class Bus {
     enum class Kind { session, bus, socket };
 
     /// Begins to connect: to the session bus, to the bus at that address, or to the program that
-    /// listens there. Null when there is nobody.
+    /// listens there. Null when there is none.
     static std::unique_ptr<Bus> open(Kind kind, const std::string& address = {});
     ~Bus();
     Bus(const Bus&) = delete;
     Bus& operator=(const Bus&) = delete;
 
     /// Whether the connection stands and can be used. Waits for the other end's greeting, the first
-    /// time only: after that, one that has stayed silent costs nothing more.
+    /// time only: after that, one that has not replied costs nothing more.
     bool isReady();
     /// Deals with what has arrived. False once the connection is lost; it then never works again.
     bool isAlive();
@@ -106,7 +107,8 @@ class Bus {
     /// The other end of a socket between two, or of a message bus: the bus itself.
     Peer& otherEnd();
 
-    /// Handles every signal that fits the match rule, as `isAlive` and `waitForReplies` come to it.
+    /// Handles every signal that fits the match rule, within calls of `isAlive` and
+    /// `waitForReplies`.
     void listen(const std::string& rule, SignalHandler handler);
     /// What to poll for: then there is something for `isAlive` to deal with.
     pollfd waiting() const;
@@ -129,7 +131,7 @@ class Bus {
     Pending& addPending(Peer& peer);
     bool process();
     bool isAwaited() const;
-    /// Gives up on peers that were silent for too long; the time of the next look at them.
+    /// Abandons peers whose replies are overdue; the time of the next check.
     BusDeadline giveUpOnSilent();
     /// Fails the calls to that peer, or to all: there will be no reply.
     void failCalls(const Peer* peer);

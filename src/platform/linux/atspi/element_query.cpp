@@ -122,7 +122,7 @@ class ElementQuery : public RelationQuery {
         });
     }
 
-    /// GTK 4 tells a password field by nothing but the name that it has when nobody named it.
+    /// GTK 4 tells a password field by nothing but the name that it has by default.
     void tellPassword() {
         const bool isField = facts_.role == AtspiRole::entry || facts_.role == AtspiRole::text;
         if (program_.placesWithinWindow() && isField && facts_.name == "GtkPasswordEntry") {
@@ -131,7 +131,7 @@ class ElementQuery : public RelationQuery {
     }
 
     /// GTK 4 gives the place of a spinner's corner as it turns, half a diagonal around the middle,
-    /// and tells by nothing but the size that it is the same spinner: nobody knows where it is.
+    /// and tells by nothing but the size that it is the same spinner: its position cannot be known.
     void tellSpinner() {
         const bool isSpinner = program_.placesWithinWindow() && facts_.name == "GtkSpinner";
         if (isSpinner && facts_.knows(Fact::extents)) facts_.extents = {};

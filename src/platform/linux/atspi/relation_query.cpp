@@ -23,7 +23,7 @@ void RelationQuery::askChildren() {
                            count > kShortList && maximumChildren_ > kShortList;
     if (isCounted && isEndless) return askShowingChildren();
     // GTK 3 goes through the whole list for every child of it: who tells of a long list at once
-    // stays silent for long. For others a list costs half of what its entries cost one by one.
+    // does not reply for long. For others a list costs half of what its entries cost one by one.
     const auto most =
         program_.tellsEverything() ? kShortList : 2 * std::max(maximumChildren_, kShortList);
     if (isCounted && count > most) return askFirstChildren();

@@ -36,7 +36,7 @@ class SecretInput {
     void windowGotFocus(TapTime time);
     /// Deals with what has arrived.
     void process();
-    /// Whether a key of that time must not be recorded, pressed while these clients of the X server
+    /// Whether a key pressed then must not be recorded, pressed while these clients of the X server
     /// had grabbed a keyboard; nothing while that is not known.
     std::optional<bool> isSecret(TapTime key, std::span<const ClientId> grabbers);
     /// When there is more to do though nothing arrives, as of the latest call of the two above.

@@ -36,7 +36,7 @@ class ServerClock {
         return (uptimeMs - static_cast<std::uint64_t>(std::int64_t{age})) * 1'000'000;
     }
 
-    /// The uptime at that time, now being now.
+    /// The uptime at that time, relative to the current time.
     TapTime timeOf(std::uint32_t serverTime) const {
         return TapTime(
             std::chrono::nanoseconds(uptimeNanoseconds(serverTime, uptimeMilliseconds())));

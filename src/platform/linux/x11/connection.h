@@ -39,7 +39,7 @@ class X11Connection {
     xcb_window_t root() const { return screen_->root; }
     /// False once the server has gone; the connection then never works again.
     bool isAlive() const { return !hasTimedOut_ && xcb_connection_has_error(connection_) == 0; }
-    /// Whether the server counts as gone because it kept us waiting.
+    /// Whether the server counts as gone because a reply was overdue.
     bool hasTimedOut() const { return hasTimedOut_; }
     /// The atom of that name, asked for once per connection.
     xcb_atom_t atom(std::string_view name);

@@ -19,7 +19,7 @@ PostedEvent& contentOf(PostableEvent& event) {
 }  // namespace
 
 X11EventPosting::~X11EventPosting() {
-    // A program that did not reply may have kept us from doing so at once.
+    // An unresponsive program may have prevented this before.
     const auto server = cleared_.lock();
     if (server && server->isAlive()) clearSpareKeys(*server);
 }

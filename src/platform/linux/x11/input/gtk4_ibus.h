@@ -15,8 +15,9 @@ class Gtk4Ibus {
     /// Nothing when the process is no such program, or IBus does not run.
     static std::optional<Gtk4Ibus> find(std::int32_t pid);
 
-    /// Waits until neither the program nor IBus has anything to do, as nobody tells when IBus has
-    /// dealt with a key. For a program that always has, 1 s at the first time and then 20 ms.
+    /// Waits until neither the program nor IBus has anything to do, as there is no notice of when
+    /// IBus has dealt with a key. For a program that always has, 1 s at the first time and then 20
+    /// ms.
     void waitForRest();
 
   private:

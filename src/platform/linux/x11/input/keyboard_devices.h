@@ -16,7 +16,7 @@ using KeySet = std::bitset<256>;
 /// The keys that are down on the keyboard that programs listen to.
 KeySet keysDown(X11Connection& connection);
 
-/// A real keyboard and the keys that somebody holds on it.
+/// A real keyboard and the keys that are held on it.
 struct HeldKeys {
     std::uint8_t device = 0;
     KeySet keys;

@@ -10,7 +10,7 @@ namespace quil::linux_platform {
 /// waits for it. It ends with the process, too, and is lost by one that shows no sign of life.
 class KeyboardLock {
   public:
-    /// Waits until the keyboard is free or its user has been silent for some seconds.
+    /// Waits until the keyboard is free or its owner has given no sign of life for some seconds.
     explicit KeyboardLock(X11Connection& connection);
     ~KeyboardLock();
     KeyboardLock(const KeyboardLock&) = delete;

@@ -7,7 +7,7 @@
 namespace quil::linux_platform {
 
 /// Use of the keyboard's spare keys, by the runtime that holds the keyboard lock. Should this
-/// process be ended meanwhile, the keys keep what they mean, which harms nobody as no keyboard has
+/// process be ended meanwhile, the keys keep what they mean, which is harmless as no keyboard has
 /// them, and the next one that uses them clears them away.
 class SpareKeyUse {
   public:

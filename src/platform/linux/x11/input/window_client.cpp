@@ -16,7 +16,7 @@ using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
 constexpr int kMostAncestors = 32;
-/// Keys may close the window that they go to; then nobody replies.
+/// Keys may close the window that they go to; then there is no reply.
 constexpr milliseconds kWindowLookInterval{100};
 constexpr milliseconds kLifelessTimeout{5000};
 constexpr milliseconds kBusyTimeout{30'000};
@@ -97,7 +97,7 @@ void WindowClient::noteReplied(std::uint32_t last) {
 }
 
 void WindowClient::sendPing() {
-    if (lastReplied_ == lastPing_) noteReplied(lastPing_);  // nothing has kept us waiting yet
+    if (lastReplied_ == lastPing_) noteReplied(lastPing_);  // no wait has begun yet
     ++lastPing_;
     if (!repliesToPings_) return;
     xcb_client_message_event_t ping{};

@@ -14,8 +14,8 @@ namespace quil::linux_platform {
 /// all that came before. One that does not is judged by its process (`ProcessRest`).
 class WindowClient {
   public:
-    /// While this lives, the connection's events are ours. Nobody receives events for
-    /// `XCB_WINDOW_NONE`.
+    /// While this lives, the connection's events are ours. `XCB_WINDOW_NONE` stands for no
+    /// program.
     WindowClient(X11Connection& connection, xcb_window_t window);
     ~WindowClient();
     WindowClient(const WindowClient&) = delete;
@@ -27,7 +27,7 @@ class WindowClient {
     /// Waits until the program has replied to all pings but the last `open` ones, for `timeout` at
     /// the most: whether it has.
     bool waitForPings(std::uint32_t open, std::chrono::milliseconds timeout);
-    /// Whether a program that has kept us waiting has shown no sign of life for 5 s (it has neither
+    /// Whether a program whose reply is overdue has shown no sign of life for 5 s (it has neither
     /// replied to a ping nor run nor wanted to), or has replied to none for 30 s.
     bool isHanging() const;
 

@@ -28,7 +28,7 @@ class Reading {
           property_(connection_.atom("QUIL_SELECTION")),
           end_(Clock::now() + kLongestTransfer) {}
 
-    /// The text in that form. `refused` tells an owner that refuses from one that is silent.
+    /// The text in that form. `refused` tells an owner that refuses from one that does not reply.
     std::optional<std::string> in(std::string_view target, bool& refused) {
         refused = false;
         const xcb_timestamp_t time = window_.serverTime();

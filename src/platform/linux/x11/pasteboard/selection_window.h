@@ -17,7 +17,7 @@ class SelectionWindow {
     using Clock = std::chrono::steady_clock;
     using EventHandler = std::function<void(const xcb_generic_event_t& event)>;
 
-    /// `handler` gets every event that nobody waits for.
+    /// `handler` gets every event that `waitFor` does not take.
     SelectionWindow(std::shared_ptr<X11Connection> connection, EventHandler handler);
     ~SelectionWindow();
     SelectionWindow(const SelectionWindow&) = delete;
@@ -43,7 +43,7 @@ class SelectionWindow {
     std::shared_ptr<X11Connection> connection_;
     EventHandler handler_;
     xcb_window_t window_;
-    /// Found by a sleep, for whoever looks for events next.
+    /// Found by a sleep, for the next look at events.
     XcbEvent setAside_;
 };
 

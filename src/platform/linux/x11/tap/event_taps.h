@@ -34,7 +34,7 @@ class X11EventTaps : public EventTaps {
     void wakeLoops();
 
     std::mutex lock_;
-    /// Loops live as long as somebody holds them or they run.
+    /// Loops live as long as they are referred to or run.
     std::map<std::thread::id, std::weak_ptr<TapRunLoop>> loops_;
 };
 

@@ -78,7 +78,7 @@ using StreamItem = std::variant<DeviceEvent, KeysymsChange, KeyboardChange, Focu
                                 GrabRequest, GrabReply, UnreadRequest, ClientEnd>;
 
 /// What the X server records (its Record extension) of the devices, and of what changes the meaning
-/// of keys and where they go, all in the order in which it happened. Nobody notices but the server.
+/// of keys and where they go, all in the order in which it happened. Only the server notices.
 class RecordStream {
   public:
     /// Begins to record; null when the server cannot. `withMotion` asks for the pointer's ways,

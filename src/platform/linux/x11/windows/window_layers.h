@@ -14,7 +14,7 @@ inline constexpr std::int64_t kDesktopLayer = -2147483623;
 inline constexpr std::int64_t kMenuLayer = 101;
 
 /// The layer of a window of these types (the atoms of its "_NET_WM_WINDOW_TYPE", the best first):
-/// 0 for ordinary windows, dialogs and palettes and for types that nobody knows.
+/// 0 for ordinary windows, dialogs and palettes and for unknown types.
 std::int64_t windowLayer(X11Connection& connection, const std::vector<std::uint32_t>& types);
 
 }  // namespace quil::linux_platform

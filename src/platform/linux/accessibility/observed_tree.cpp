@@ -40,28 +40,6 @@ FactSet needsForEditing(const Facts& facts) {
 /// What comes from an element's place in the tree, and is not asked for.
 const FactSet kFromTree{Fact::parent, Fact::parentRole, Fact::editableChild};
 
-/// Goes through a tree as the walk will, as far as it is known: `visit` gets each element with its
-/// position, and says whether to go on.
-template <typename Visit>
-void forEachInOrder(ObservedElement& root, int maximumDepth, Visit visit) {
-    struct Level {
-        const std::vector<ObservedElement*>* siblings;
-        std::size_t next;
-    };
-    const std::vector<ObservedElement*> top{&root};
-    std::vector<Level> path{{&top, 0}};
-    for (std::int64_t position = 0; !path.empty();) {
-        Level& level = path.back();
-        if (level.next == level.siblings->size()) {
-            path.pop_back();
-            continue;
-        }
-        ObservedElement& element = *(*level.siblings)[level.next++];
-        if (!visit(element, position++)) return;
-        if (static_cast<int>(path.size()) < maximumDepth) path.push_back({&element.children, 0});
-    }
-}
-
 }  // namespace
 
 ObservedTree::ObservedTree(AccessibilityBus& bus, WindowOrigins& origins, const Reference& root,
@@ -149,6 +127,7 @@ void ObservedTree::fetch(const Reference& root) {
 
 void ObservedTree::fetchUpTo(std::int64_t maximumElements) {
     reach_ = maximumElements;
+    finished_ = WalkPosition(*root_, maximumDepth_);
     for (schedule(); active_ > 0; schedule()) bus_.waitForReplies(end_);
 }
 
@@ -204,22 +183,31 @@ void ObservedTree::awaitDocuments() {
 
 /// Asks the elements that the walk will come to, in its order, as far as their number is known.
 void ObservedTree::schedule() {
-    // Looking costs as much as the tree has elements.
+    // Looking costs as much as there are elements that are not finished.
     if (isScheduling_ || repliesSinceLook_ * kLooks < active_ || isOverdue()) return;
     isScheduling_ = true;
     repliesSinceLook_ = 0;
+    passFinished();
     const std::int64_t longest = isCounting_ ? std::max(kSmallTree, reach_) : reach_;
     // The walk comes to the children that are being asked for, too.
     std::int64_t coming = 0;
-    forEachInOrder(*root_, maximumDepth_, [&](ObservedElement& element, std::int64_t position) {
-        if (position + coming >= reach_ || active_ >= kMostActive) return false;
+    for (WalkPosition at = finished_; at.element() && active_ < kMostActive; at.advance()) {
+        if (at.index() + coming >= reach_) break;
+        ObservedElement& element = *at.element();
         if (!element.isBegun) begin(element);
         // Of a list, the walk looks at one more to see that it was cut.
-        if (needs(element).has(Fact::children)) ask(element, {Fact::children}, longest - position);
+        if (needs(element).has(Fact::children))
+            ask(element, {Fact::children}, longest - at.index());
         if (element.pending.has(Fact::children)) coming += std::max(element.facts.childCount, 0);
-        return true;
-    });
+    }
     isScheduling_ = false;
+}
+
+void ObservedTree::passFinished() {
+    for (; finished_.element() && finished_.index() < reach_; finished_.advance()) {
+        const ObservedElement& element = *finished_.element();
+        if (!element.isComplete || needs(element).has(Fact::children)) return;
+    }
 }
 
 void ObservedTree::begin(ObservedElement& element) {
@@ -283,8 +271,9 @@ void ObservedTree::takeChildren(ObservedElement& element) {
 
 /// Notes what elements are to each other.
 void ObservedTree::connect() {
-    forEachInOrder(*root_, maximumDepth_, [&](ObservedElement& element, std::int64_t position) {
-        if (position >= maximumElements_) return false;
+    WalkPosition at(*root_, maximumDepth_);
+    for (; at.element() && at.index() < maximumElements_; at.advance()) {
+        ObservedElement& element = *at.element();
         const Facts& facts = element.facts;
         for (ObservedElement* child : element.children) {
             if (child == root_ || child->parent) continue;
@@ -293,8 +282,7 @@ void ObservedTree::connect() {
             child->facts.received(Fact::parentRole, facts.code(Fact::role));
         }
         if (facts.role == AtspiRole::comboBox) findEditableChild(element);
-        return true;
-    });
+    }
 }
 
 void ObservedTree::findEditableChild(ObservedElement& element) {

@@ -10,26 +10,12 @@
 #include "platform/linux/accessibility/attributes.h"
 #include "platform/linux/accessibility/cached_tree.h"
 #include "platform/linux/accessibility/element_reader.h"
+#include "platform/linux/accessibility/observed_element.h"
 #include "platform/linux/accessibility/window_origins.h"
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/atspi/facts.h"
 
 namespace quil::linux_platform {
-
-/// One element of an observed tree.
-struct ObservedElement {
-    Reference reference;
-    Facts facts;
-    /// Facts that were asked for and have had no reply.
-    FactSet pending;
-    /// As many as were wanted; belong to the tree. An element may be listed more than once.
-    std::vector<ObservedElement*> children;
-    /// The first one, in the order of the walk, that lists the element. Null for the root.
-    ObservedElement* parent = nullptr;
-
-    bool isBegun = false;
-    bool isComplete = false;
-};
 
 /// What a walk is about to read, fetched with many calls under way at a time: of the elements that
 /// come first, depth first, as many as the walk may visit, and hardly more.
@@ -58,6 +44,7 @@ class ObservedTree {
     /// Looks again at documents that are empty because their browser has only just been asked.
     void awaitDocuments();
     void schedule();
+    void passFinished();
     void begin(ObservedElement& element);
     void proceed(ObservedElement& element);
     FactSet withName(const ObservedElement& element, FactSet wanted);
@@ -88,6 +75,9 @@ class ObservedTree {
     ObservedElement* root_ = nullptr;
     /// So many elements are fetched, in the order of the walk.
     std::int64_t reach_ = 0;
+    /// All elements before this one are finished: nothing more is asked of them, and what they list
+    /// stays as it is.
+    WalkPosition finished_;
     /// Questions to elements that are under way.
     int active_ = 0;
     int repliesSinceLook_ = 0;

@@ -11,7 +11,6 @@ import os
 import statistics
 import subprocess
 import sys
-import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 BUILD = os.path.abspath(sys.argv[1] if len(sys.argv) > 1 else os.path.join(HERE, "../build/release"))
@@ -24,12 +23,6 @@ SIZES = (250, 1000, 4000)
 RUNS = 5
 PINGS = 2000
 TICKS = os.sysconf("SC_CLK_TCK")
-
-
-def timed(action):
-    begin = time.perf_counter()
-    result = action()
-    return time.perf_counter() - begin, result
 
 
 def processor_seconds(pid):
@@ -54,8 +47,9 @@ def measure(host, shape, size):
         observed, walked, application, runtime = [], [], [], []
         for _ in range(RUNS):
             before = [processor_seconds(pid) for pid in (program.pid, host.process.pid)]
-            seconds, state = timed(lambda: host.result("desktop_ax_get_state"))
+            seconds, result = host.timed("desktop_ax_get_state")
             after = [processor_seconds(pid) for pid in (program.pid, host.process.pid)]
+            nodes = result()["nodes"]
             observed.append(seconds)
             application.append(after[0] - before[0])
             runtime.append(after[1] - before[1])
@@ -63,7 +57,7 @@ def measure(host, shape, size):
         count = int(walked[0][0])
         ours = statistics.median(observed)
         theirs = statistics.median(float(seconds) for _, seconds in walked)
-        print(f"{title:12} {count:5} elements, {len(state['nodes']):5} recorded: {ours:6.3f} s"
+        print(f"{title:12} {count:5} elements, {len(nodes):5} recorded: {ours:6.3f} s"
               f" (application {statistics.median(application):5.2f} s, runtime"
               f" {statistics.median(runtime):5.2f} s of processor);"
               f" one call at a time {theirs:6.3f} s: {theirs / ours:5.1f} times faster", flush=True)
@@ -76,7 +70,11 @@ def main():
     print(f"load average {os.getloadavg()[0]:.1f} on {os.cpu_count()} processors")
     with Host() as host:
         host.result("ping")
-        seconds, _ = timed(lambda: [host.result("ping") for _ in range(PINGS)])
+        seconds = 0.0
+        for _ in range(PINGS):
+            elapsed, result = host.timed("ping")
+            seconds += elapsed
+            result()
         print(f"ping: {PINGS / seconds:.0f} requests per second")
         for shape in ("flat", "nested"):
             for size in SIZES:

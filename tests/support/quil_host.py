@@ -93,7 +93,9 @@ class Host:
     def answer(self, request_id, seconds=ANSWER_SECONDS):
         """The whole answer to the request that was sent with that id, which must be as the
         protocol's schema says."""
-        line = self.read_line(seconds)
+        return self._checked(request_id, self.read_line(seconds))
+
+    def _checked(self, request_id, line):
         if line is None:
             raise Failure(f"the runtime ended: {self.process.stderr.read().decode()!r}")
         answer = json.loads(line)
@@ -112,6 +114,15 @@ class Host:
         if "error" in answer:
             raise Failure(answer["error"])
         return answer["result"]
+
+    def timed(self, method, seconds=ANSWER_SECONDS, **params):
+        """Sends a request; returns the seconds until its whole answer had arrived, and what gives
+        its result when called: parsing and checking a large tree takes long."""
+        begin = time.perf_counter()
+        request_id = self.send(method, params or None)
+        line = self.read_line(seconds)
+        elapsed = time.perf_counter() - begin
+        return elapsed, lambda: self._checked(request_id, line)["result"]
 
     def error(self, method, **params):
         """Sends a request that must fail; returns the error object."""

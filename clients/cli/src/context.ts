@@ -1,4 +1,4 @@
-import { Desktop } from "quil";
+import type { Desktop } from "quil";
 import { Policy, Redaction, Session, commandOf } from "quil-mcp";
 
 export interface GlobalOptions {
@@ -15,16 +15,10 @@ export class Context {
     /** Whether several commands share the desktop. */
     isShell = false;
     #global: GlobalOptions = {};
-    #desktop: Desktop | undefined;
 
     constructor(signal: AbortSignal) {
         this.signal = signal;
-        this.session = new Session(() => this.#connect(), new Policy(), new Redaction());
-    }
-
-    #connect(): Desktop {
-        this.#desktop = new Desktop({ runtime: commandOf(this.#global.runtime) });
-        return this.#desktop;
+        this.session = new Session(() => commandOf(this.#global.runtime), new Policy(), new Redaction());
     }
 
     set global(options: GlobalOptions) {
@@ -51,6 +45,6 @@ export class Context {
     }
 
     async close(): Promise<void> {
-        await this.#desktop?.close();
+        await this.session.close();
     }
 }

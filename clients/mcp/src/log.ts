@@ -6,7 +6,7 @@ export interface Entry {
     readonly arguments: unknown;
     /** The application that was in front at that moment; absent when unknown or none. */
     readonly app?: string | undefined;
-    /** "ok", or the first line of what went wrong. */
+    /** "ok", or the first line of what went wrong, without what it quotes. */
     readonly outcome: string;
     readonly milliseconds: number;
 }
@@ -31,8 +31,15 @@ export class Log {
 /** What the user's or the model's words may be in. */
 const TEXTS = new Set(["text"]);
 
+/** A key that types: what is typed key by key is a text, too. */
+const CHARACTER = /^(?:shift\+)?(?:.|space|keycode-\d+)$/iu;
+
 function withoutTexts(value: unknown): unknown {
-    if (value === null || typeof value !== "object" || Array.isArray(value)) return value;
-    return Object.fromEntries(Object.entries(value).map(([key, one]) => [
-        key, TEXTS.has(key) && typeof one === "string" ? `${[...one].length} characters` : withoutTexts(one)]));
+    if (Array.isArray(value)) return value.map(withoutTexts);
+    if (value === null || typeof value !== "object") return value;
+    return Object.fromEntries(Object.entries(value).map(([key, one]) => {
+        if (TEXTS.has(key) && typeof one === "string") return [key, `${[...one].length} characters`];
+        if (key === "keys") return [key, [one].flat().map((combo) => CHARACTER.test(String(combo)) ? "a character" : combo)];
+        return [key, withoutTexts(one)];
+    }));
 }

@@ -4,6 +4,10 @@ const HIDDEN = "[redacted]";
 /** What toolkits show for a password; its length says something of it, so that it is not told either. */
 const BULLETS = /^[•●∙⬤*]+$/u;
 const BULLETS_SHOWN = "••••";
+const QUOTED_BULLETS = /"[•●∙⬤*]+"/gu;
+/** What a line of an outline has of an element's value, and a text that it cuts. */
+const VALUE = / = "(?:[^"\\]|\\.)*"(?: \+\d+)?/gu;
+const CUT = /"(?:[^"\\]|\\.)*…" \+\d+/gu;
 
 /** The members of a node that hold text of the application. */
 const FIELDS = ["name", "description", "value"] as const;
@@ -24,6 +28,13 @@ export class Redaction {
 
     text(text: string): string {
         return this.#patterns.reduce((rest, pattern) => rest.replace(pattern, HIDDEN), text);
+    }
+
+    /** A message that quotes elements: without their values and, where anything is to be hidden, without texts that were cut, of which a
+     *  pattern would see a part only. */
+    message(text: string): string {
+        const plain = text.replace(VALUE, "").replace(QUOTED_BULLETS, `"${BULLETS_SHOWN}"`);
+        return this.text(this.#patterns.length > 0 ? plain.replace(CUT, `"${HIDDEN}"`) : plain);
     }
 
     /** A node as it may be shown. Its texts are looked at whole, before an outline cuts them. */

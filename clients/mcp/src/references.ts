@@ -5,7 +5,7 @@
  *  taken for another. */
 
 import { createHash } from "node:crypto";
-import { type Element, Observation, type State, isSameWindow, squeezed } from "quil";
+import { type Element, Observation, type State, body, isSameWindow, squeezed } from "quil";
 
 interface Window {
     readonly number: number;
@@ -17,6 +17,7 @@ const MOST_WINDOWS = 50;
 
 export class References {
     readonly #elements = new Map<number, Element>();
+    readonly #shown = new Map<number, Element>();
     readonly #numbers = new Map<string, number>();
     #windows: Window[] = [];
     #next = 0;
@@ -43,6 +44,17 @@ export class References {
         return this.#elements.get(ref);
     }
 
+    /** Remembers the elements of a numbered observation as they may be shown. */
+    show(observation: Observation): void {
+        for (const element of observation.elements) this.#shown.set(element.ref, element);
+    }
+
+    /** What an element was like when it was last seen, as it may be shown. */
+    described(ref: number): string | undefined {
+        const element = this.#shown.get(ref);
+        return element && body(element);
+    }
+
     /** The window that an observation shows: one that was seen before, the latest first, or a new one. */
     #windowOf(observation: Observation): Window {
         const known = this.#windows.find((window) => isSameWindow(window.last, observation));
@@ -58,6 +70,7 @@ export class References {
             if (!name.startsWith(`${window.number}/`)) continue;
             this.#numbers.delete(name);
             this.#elements.delete(ref);
+            this.#shown.delete(ref);
         }
     }
 }

@@ -3,7 +3,7 @@
 import { type CallToolResult, type InputRequiredResult, McpServer, type ServerContext, inputRequired, inputResponse } from "@modelcontextprotocol/server";
 import { readFileSync } from "node:fs";
 import type { z } from "zod";
-import { explained } from "./errors.js";
+import { explained, inShort } from "./errors.js";
 import { brief } from "./listing.js";
 import type { Log } from "./log.js";
 import { Forbidden } from "./policy.js";
@@ -50,31 +50,37 @@ async function call(tool: Tool, input: unknown, context: ServerContext, server: 
     const begin = performance.now();
     let app: string | undefined;
     const finish = (outcome: string): void => log.add({
-        tool: tool.name, arguments: session.redaction.value(input), app, outcome: session.redaction.text(outcome), milliseconds: Math.round(performance.now() - begin),
+        tool: tool.name, arguments: session.redaction.value(input), app, outcome, milliseconds: Math.round(performance.now() - begin),
     });
     const progress = new Progress(context, tool.title);
     try {
-        const asked = acts ? question(tool, input, context, server, session) : undefined;
-        if (asked) return asked;
-        const outcome = await session.inTurn(async () => {
-            signal.throwIfAborted();
-            if (acts && session.policy.readOnly) throw new Forbidden("This server only reads; it does not act.");
-            const { target } = await session.desktop.runtime.desktopTarget({ signal });
-            app = target.bundleIdentifier ?? target.executablePath ?? target.name;
-            if (acts && tool.subject === undefined) session.policy.demand(target);
-            const done = await tool.run(input, { session, signal });
-            return acts && tool.subject !== "none" ? { ...done, ...await changed(tool, session, signal) } : done;
+        return await session.inTurn(async () => {
+            try {
+                signal.throwIfAborted();
+                if (acts && session.policy.readOnly) throw new Forbidden("This server only reads; it does not act.");
+                const { target } = await session.desktop.runtime.desktopTarget({ signal });
+                app = target.bundleIdentifier ?? target.executablePath ?? target.name;
+                if (acts && tool.subject === undefined) session.policy.demand(target);
+                const asked = acts ? await question(tool, input, context, server, session) : undefined;
+                if (asked) {
+                    if (asked.isError === true) finish("not allowed");
+                    return asked;
+                }
+                const done = await tool.run(input, { session, signal });
+                const outcome = acts && tool.subject !== "none" ? { ...done, ...await changed(tool, session, signal) } : done;
+                finish("ok");
+                return result(outcome, session);
+            } catch (error) {
+                if (signal.aborted) {
+                    finish("cancelled");
+                    throw error;
+                }
+                // In its turn, too: it looks at the window, and so becomes what the model has seen.
+                const text = await explained(error, session);
+                finish(inShort(text));
+                return { isError: true, content: [{ type: "text", text }] };
+            }
         });
-        finish("ok");
-        return result(outcome, session);
-    } catch (error) {
-        if (signal.aborted) {
-            finish("cancelled");
-            throw error;
-        }
-        const text = await explained(error, session);
-        finish(text.split("\n", 1)[0] ?? "");
-        return { isError: true, content: [{ type: "text", text: session.redaction.text(text) }] };
     } finally {
         progress.end();
     }
@@ -95,20 +101,29 @@ async function changed(tool: Tool, session: Session, signal: AbortSignal): Promi
 }
 
 /** Asks the user where the policy says so: nothing when the action may be done now, else what is to be answered. */
-function question(tool: Tool, input: unknown, context: ServerContext, server: McpServer, session: Session): CallToolResult | InputRequiredResult | undefined {
+async function question(tool: Tool, input: unknown, context: ServerContext, server: McpServer, session: Session): Promise<CallToolResult | InputRequiredResult | undefined> {
     if (!session.policy.confirm) return undefined;
     const refused = (text: string): CallToolResult => ({ isError: true, content: [{ type: "text", text }] });
     const envelope = context.mcpReq.envelope as Record<string, { elicitation?: unknown } | undefined> | undefined;
     const capabilities = envelope?.[CAPABILITIES] ?? server.server.getClientCapabilities();
     if (!capabilities?.elicitation) return refused("Actions have to be confirmed by the user, and this client cannot ask. Tell the user; the server was started with --confirm.");
+    const isInFront = tool.subject === undefined;
+    const key = JSON.stringify([tool.name, input]);
     const reply = inputResponse(context.mcpReq.inputResponses, "confirm");
     if (reply.kind === "missing") {
+        const front = isInFront ? await session.front() : undefined;
+        if (front) session.askedFor.set(key, front);
+        const where = front ? ` in ${JSON.stringify(front.name || front.owner)}` : "";
         return inputRequired({ inputRequests: { confirm: inputRequired.elicit({
-            message: session.redaction.text(`May Quil ${tool.question(input)}?`),
+            message: session.redaction.text(`May Quil ${tool.question(input, session)}${where}?`),
             requestedSchema: { type: "object", properties: { allow: { type: "boolean", title: "Allow", default: true } }, required: ["allow"] },
         }) } });
     }
+    const asked = session.askedFor.get(key);
+    session.askedFor.delete(key);
     const isAllowed = reply.kind === "elicit" && reply.action === "accept" && reply.content?.["allow"] === true;
+    // The user has answered in the client's window, which may be in front by that.
+    if (isAllowed && asked && (await session.front())?.id !== asked.id) await session.opening(() => session.desktop.activate(asked));
     return isAllowed ? undefined : refused("The user did not allow this. Do not try it in another way; ask what to do instead.");
 }
 

@@ -1,7 +1,8 @@
 /** The desktop as a model sees it: what it was shown last, and what an action changed. */
 
-import { type Desktop, type Element, type Locator, Observation, type OutlineOptions, type Target, UnknownMethod, type Waiting } from "quil";
+import { Desktop, type Element, type Locator, Observation, type OutlineOptions, type Rectangle, UnknownMethod, type Waiting, type Window } from "quil";
 import { fillIn, checkKeys } from "./doing.js";
+import { GuardedRuntime } from "./guarded.js";
 import { UnknownReference } from "./mistakes.js";
 import { Forbidden, type Policy } from "./policy.js";
 import type { Redaction } from "./redaction.js";
@@ -15,7 +16,10 @@ const LONGEST_UNREST_MS = 1500;
 /** Characters of an answer about a window, where the caller does not say. */
 export const MOST_CHARACTERS = 5000;
 
-/** The last picture that was shown; a place in it is a place on the desktop as long as the same window is in front. */
+/** A change is waited for in pieces, so that a wait that was given up holds nobody up. */
+const WAIT_MS = 500;
+
+/** The last picture that was shown; a place in it is a place on the desktop as long as the same window is in front, where it was. */
 export interface Shown {
     /** Global screen coordinates of its left top corner. */
     readonly x: number;
@@ -23,26 +27,40 @@ export interface Shown {
     readonly pixelsPerPoint: number;
     readonly width: number;
     readonly height: number;
-    readonly target: Target;
+    /** The window in front then; undefined when there was none. */
+    readonly front: Window | undefined;
+    /** A window behind was pictured: what is in front of it would be clicked. */
+    readonly isBehind: boolean;
 }
 
 export class Session {
     readonly references = new References();
     /** The last picture that the model got. */
     shown: Shown | undefined;
+    /** By the call: the window in front when the user was asked whether it may be done. */
+    readonly askedFor = new Map<string, Window>();
     #desktop: Desktop | undefined;
+    #runtime: GuardedRuntime | undefined;
+    #isClosed = false;
     #last: Observation | undefined;
     #queue: Promise<unknown> = Promise.resolve();
 
-    /** connect: makes a desktop; called again after a runtime has ended. */
-    constructor(readonly connect: () => Desktop, readonly policy: Policy, readonly redaction: Redaction) {}
+    /** command: starts a runtime; undefined for the one that is found by itself. Asked again after a runtime has ended. */
+    constructor(readonly command: () => string[] | undefined, readonly policy: Policy, readonly redaction: Redaction) {}
 
+    /** The desktop, by a runtime that is started when there is none. */
     get desktop(): Desktop {
-        if (!this.#desktop?.runtime.isRunning) this.#desktop = this.connect();
+        if (this.#isClosed) throw new Error("the session is over");
+        if (!this.#desktop?.runtime.isRunning) {
+            this.#runtime = new GuardedRuntime(this.command(), this.policy);
+            this.#desktop = new Desktop({ runtime: this.#runtime });
+        }
         return this.#desktop;
     }
 
+    /** Ends the runtime; none is started any more. */
     async close(): Promise<void> {
+        this.#isClosed = true;
         await this.#desktop?.close();
     }
 
@@ -56,13 +74,11 @@ export class Session {
     /** What is in front now, numbered and without what must not be shown: all of it, and `shown` without what is not to be seen, such as
      *  the items of closed menus. Throws Forbidden for an application that the policy leaves out. */
     async look(signal?: AbortSignal): Promise<{ all: Observation; shown: Observation }> {
-        // The tree's target is told after the tree was read, when another application may have come to the front.
-        if (this.policy.namesApplications) await this.demandFront(signal);
         const state = await this.desktop.runtime.desktopAxGetState({}, { signal });
-        this.policy.demand(state.target ?? {});
         const { elements } = this.references.number(state);
         const nodes = state.nodes.map((node) => this.redaction.node(node));
         const all = new Observation({ ...state, nodes }, elements.map((element) => element.ref));
+        this.references.show(all);
         const visible = visibleOf(elements);
         const isVisible = (_: unknown, index: number): boolean => visible.has(elements[index]!);
         return { all, shown: new Observation({ ...state, nodes: nodes.filter(isVisible) }, elements.filter(isVisible).map((element) => element.ref)) };
@@ -73,12 +89,12 @@ export class Session {
     async observe(options: OutlineOptions & { within?: number; hidden?: boolean }, signal?: AbortSignal): Promise<{ text: string; observation: Observation }> {
         const { all, shown } = await this.look(signal);
         const { within, hidden } = options;
-        if (within !== undefined && !all.byRef(within)) throw new UnknownReference(within, this.references.find(within));
+        if (within !== undefined && !all.byRef(within)) throw new UnknownReference(within, this.references.described(within));
         this.#last = shown;
         const isWhole = (hidden ?? false) || within !== undefined;
         const left = isWhole ? 0 : all.elements.length - shown.elements.length;
         const note = left > 0 ? `\n… ${left} elements that are not to be seen are left out (closed menus, other tabs): open what holds them, or use hidden or within` : "";
-        return { text: outlined(isWhole ? all : shown, options) + note, observation: all };
+        return { text: outlined(isWhole ? all : shown, options) + note + hint(all), observation: all };
     }
 
     /** The locator of an element that was shown under a reference. It looks the element up anew each time it looks. */
@@ -97,13 +113,19 @@ export class Session {
         let text = before ? observation.diff(before) : outlined(observation);
         const changed = text !== "";
         if (text.length > MOST_CHARACTERS) text = shortened(text, observation);
+        if (changed) text += hint(observation);
         return { text: text || "Nothing that observe shows has changed.", changed, observation };
     }
 
     /** Waits until the tree is another than the one that the model saw last, or the time is over. */
     async awaitChange(timeoutMs: number, signal?: AbortSignal): Promise<void> {
         const revision = this.#last?.revision ?? (await this.look(signal)).all.revision;
-        await this.desktop.runtime.desktopAxWait({ revision, timeoutMs }, { signal });
+        const end = performance.now() + timeoutMs;
+        for (;;) {
+            const rest = Math.max(0, Math.round(end - performance.now()));
+            const { changed } = await this.desktop.runtime.desktopAxWait({ revision, timeoutMs: Math.min(rest, WAIT_MS) }, { signal });
+            if (changed || rest <= WAIT_MS) return;
+        }
     }
 
     /** Waits until the tree has changed and come to rest, or has not changed for a moment. */
@@ -125,26 +147,36 @@ export class Session {
         return fillIn(locator, text, options);
     }
 
+    /** Brings something to the front. */
+    opening<T>(open: () => Promise<T>): Promise<T> {
+        return this.#runtime ? this.#runtime.opening(open) : open();
+    }
+
     /** Presses key combinations, one after the other. None is pressed when one of them is none. */
     async press(combos: readonly string[], signal?: AbortSignal): Promise<void> {
         combos.forEach(checkKeys);
-        for (const combo of combos) {
-            await this.demandFront(signal);
-            await this.desktop.keyboard.press(combo, { signal });
-        }
+        for (const combo of combos) await this.desktop.keyboard.press(combo, { signal });
     }
 
-    /** Refuses to act on an application that the policy leaves out. Asked right before each action. */
-    async demandFront(signal?: AbortSignal): Promise<Target> {
-        const { target } = await this.desktop.runtime.desktopTarget({ signal });
-        this.policy.demand(target);
-        return target;
+    /** The window in front; undefined when it is none of those on the screen. */
+    async front(signal?: AbortSignal): Promise<Window | undefined> {
+        const { pid, windowTitle } = await this.desktop.target({ signal });
+        const windows = await this.desktop.windows({ signal });
+        const own = windows.filter((one) => one.pid === pid);
+        return own.find((one) => one.name === windowTitle) ?? own[0] ?? windows.find((one) => windowTitle !== undefined && one.name === windowTitle);
+    }
+
+    /** Refuses what the pointer would do to a window that the policy leaves out, whatever is in front. */
+    async demandAt(x: number, y: number, signal?: AbortSignal): Promise<void> {
+        if (!this.policy.namesApplications) return;
+        const hit = (await this.desktop.windows({ signal })).find(({ bounds }) => bounds !== undefined && isInside(bounds, x, y));
+        if (hit) this.policy.demand(hit);
     }
 
     /** Refuses what shows the whole screen while a window of an application that the policy leaves out is on it. */
-    async demandAllWindows(): Promise<void> {
+    async demandAllWindows(signal?: AbortSignal): Promise<void> {
         if (!this.policy.namesApplications) return;
-        for (const window of await this.desktop.windows()) {
+        for (const window of await this.desktop.windows({ signal })) {
             if (!this.policy.permits(window)) throw new Forbidden("A window that this server may not show is on the screen. Take a picture of one window instead.");
         }
     }
@@ -159,6 +191,16 @@ function visibleOf(elements: readonly Element[]): Set<Element> {
         for (let one: Element | undefined = element; one && !visible.has(one); one = one.parent) visible.add(one);
     }
     return visible;
+}
+
+function isInside({ x, y, width, height }: Rectangle, atX: number, atY: number): boolean {
+    return atX >= x && atX < x + width && atY >= y && atY < y + height;
+}
+
+/** What to do with a window whose program does not tell what is in it. */
+function hint(observation: Observation): string {
+    return observation.elements.length === 1
+        ? "\n(This window tells of nothing in it: take a screenshot and use its pixels, or type. If it has just opened, use wait_for with changed.)" : "";
 }
 
 /** An outline; its notes name the options as the tool has them. */

@@ -1,5 +1,4 @@
 import { serveStdio } from "@modelcontextprotocol/server/stdio";
-import { Desktop } from "quil";
 import { Log } from "./log.js";
 import { type ServerOptions, commandOf } from "./options.js";
 import { Policy } from "./policy.js";
@@ -12,7 +11,7 @@ export function start(options: ServerOptions): void {
     const policy = new Policy({ readOnly: options.readOnly, allowApps: options.allowApp, denyApps: options.denyApp, confirm: options.confirm });
     const redaction = new Redaction(options.redact);
     const log = new Log(options.log);
-    const session = new Session(() => new Desktop({ runtime: commandOf(options.runtime) }), policy, redaction);
+    const session = new Session(() => commandOf(options.runtime), policy, redaction);
     serveStdio(() => makeServer(session, log), { onerror: (error) => process.stderr.write(`quil-mcp: ${error.message}\n`) });
     // Without this a runtime that still works for an aborted call would keep the process.
     process.stdin.once("close", () => void session.close());

@@ -37,8 +37,11 @@ export interface Glimpse {
 
 /** How a desktop is reached. */
 export interface DesktopOptions {
-    /** The runtime's executable, or a command with arguments; else the one inside this package, else `quil` on PATH. */
-    runtime?: Command;
+    /**
+     * The runtime's executable, or a command with arguments; else the one inside this package, else `quil` on PATH. A Runtime, which may be
+     * of a class of one's own, is used as it is, and ends with the desktop.
+     */
+    runtime?: Command | Runtime;
     /** How many seconds locators and expectations wait when they are not told; 5 when not said. */
     timeout?: number;
     /** How many seconds the runtime has for one answer; after that it is ended and RuntimeGone thrown. 30 when not said. */
@@ -63,7 +66,7 @@ export class Desktop extends Locators {
     /** @throws {@link RuntimeNotFound} */
     constructor({ runtime, timeout = 5, answerSeconds = ANSWER_SECONDS }: DesktopOptions = {}) {
         super();
-        this.runtime = new Runtime(runtime, answerSeconds);
+        this.runtime = runtime instanceof Runtime ? runtime : new Runtime(runtime, answerSeconds);
         this.timeout = timeout;
     }
 

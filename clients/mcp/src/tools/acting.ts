@@ -5,6 +5,8 @@ import { BadArguments } from "../mistakes.js";
 import { type Context, described, element, locate, namesElement, pixel, place, tool } from "./tool.js";
 
 const always = () => true;
+/** A text for a question. */
+const quoted = (text: string): string => JSON.stringify(text.length > 200 ? `${text.slice(0, 200)}…` : text);
 const modifiers = z.string().optional().describe("held down, e.g. ctrl+shift");
 /** For so many seconds an action waits for an element that is not there or not enabled yet. */
 const READY = 3;
@@ -23,7 +25,7 @@ export const click = tool({
     acts: always,
     onlyActs: true,
     annotations: { destructiveHint: true },
-    question: (input) => `${input.button === undefined || input.button === "left" ? "click" : `${input.button}-click`} ${described(input)}`,
+    question: (input, session) => `${input.button === undefined || input.button === "left" ? "click" : `${input.button}-click`} ${described(input, session)}`,
     async run(input, { session, signal }) {
         const { button = "left", count = 1 } = input;
         const options = { timeout: READY, signal };
@@ -48,7 +50,7 @@ export const fill = tool({
     acts: always,
     onlyActs: true,
     annotations: { destructiveHint: true, idempotentHint: true },
-    question: (input) => `change ${described(input)}`,
+    question: (input, session) => `change ${described(input, session)} to ${quoted(input.text)}`,
     async run(input, { session, signal }) {
         await session.fill(locate(session, input), input.text, { timeout: READY, signal });
         return { text: "" };
@@ -67,7 +69,9 @@ export const type = tool({
     acts: always,
     onlyActs: true,
     annotations: { destructiveHint: true },
-    question: (input) => `${input.text === undefined ? `press ${String(input.keys)}` : "type a text"}${namesElement(input) ? ` into ${described(input)}` : ""}`,
+    question: ({ text, keys, ...input }, session) => [
+        text === undefined ? "" : `type ${quoted(text)}`, keys === undefined ? "" : `press ${[keys].flat().join(", ")}`,
+    ].filter(Boolean).join(" and ") + (namesElement(input) ? ` in ${described(input, session)}` : ""),
     async run(input, { session, signal }) {
         const keys = input.keys === undefined ? [] : [input.keys].flat();
         if (input.text === undefined && keys.length === 0) throw new BadArguments("Give text, keys or both.");
@@ -96,7 +100,7 @@ export const scroll = tool({
     acts: always,
     onlyActs: true,
     annotations: { destructiveHint: false },
-    question: (input) => `scroll ${described(input)}`,
+    question: (input, session) => `scroll ${described(input, session)}`,
     async run(input, { session, signal }) {
         const at = await place(session, input, signal);
         // The runtime counts up and left as positive.
@@ -118,7 +122,7 @@ export const drag = tool({
     acts: always,
     onlyActs: true,
     annotations: { destructiveHint: true },
-    question: (input) => `drag ${described(input.from)} to ${described(input.to)}`,
+    question: (input, session) => `drag ${described(input.from, session)} to ${described(input.to, session)}`,
     async run(input, context) {
         const { session, signal } = context;
         await session.desktop.mouse.drag([await middle(input.from, context), await middle(input.to, context)], { modifiers: input.modifiers, seconds: input.duration_ms === undefined ? undefined : input.duration_ms / 1000, signal });
@@ -150,10 +154,10 @@ export const open = tool({
             const window = (await desktop.windows({ signal })).find((one) => one.id === input.window);
             if (!window && policy.namesApplications) throw new BadArguments(`There is no window ${input.window} on the screen; call list.`);
             if (window) policy.demand(window);
-            await desktop.activate(input.window, { signal });
+            await session.opening(() => desktop.activate(input.window ?? 0, { signal }));
         } else if (input.app !== undefined) {
             policy.demand({ bundleIdentifier: input.app, executablePath: input.app });
-            await desktop.launch(input.app, { signal });
+            await session.opening(() => desktop.launch(input.app ?? "", { signal }));
         }
         return { text: "" };
     },

@@ -1,6 +1,7 @@
 import { z } from "zod";
-import type { RecordedAction, Recording } from "quil";
+import type { Desktop, RecordedAction, Recording } from "quil";
 import { BadArguments } from "../mistakes.js";
+import { Forbidden } from "../policy.js";
 import { tool } from "./tool.js";
 
 const MOST_TEXT = 20_000;
@@ -28,8 +29,8 @@ export const clipboard = tool({
     },
 });
 
-/** Recordings go on between calls; one for each session. */
-const running = new WeakMap<object, Recording>();
+/** Recordings go on between calls; they end with their runtime. */
+const running = new WeakMap<Desktop, Recording>();
 
 export const record = tool({
     name: "record",
@@ -43,14 +44,16 @@ export const record = tool({
     subject: "none",
     question: (input) => `${input.action} recording what you do`,
     async run(input, { session }) {
-        const recording = running.get(session);
+        const { desktop, policy } = session;
+        const recording = running.get(desktop);
         if (input.action === "start") {
+            if (policy.namesApplications) throw new Forbidden("This server may not record: what is recorded does not tell which application it was done in.");
             if (recording) throw new BadArguments("A recording runs already; stop it first.");
-            running.set(session, await session.desktop.record());
+            running.set(desktop, await desktop.record());
             return { text: "Recording. Ask the user to show what is to be done, then call record with stop." };
         }
         if (!recording) throw new BadArguments("No recording runs; start one first.");
-        running.delete(session);
+        running.delete(desktop);
         await recording.stop();
         const steps: readonly RecordedAction[] = recording.actions;
         return { text: steps.length === 0 ? "Nothing was recorded." : steps.map((step) => JSON.stringify(step)).join("\n"), structured: { steps: steps.length } };

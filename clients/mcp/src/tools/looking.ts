@@ -38,7 +38,7 @@ export const waitFor = tool({
     description: "Waits until an element is visible, gone or enabled, or until anything in the front window changed, and answers with what changed.",
     input: z.strictObject({
         ...element,
-        text: z.string().optional().describe("text that an element shows"),
+        text: z.string().min(1).optional().describe("text that an element shows"),
         state: z.enum(STATES).optional().describe("default visible; changed needs no element"),
         timeout_ms: z.int().min(0).max(60_000).optional().describe("default 10000"),
     }).meta({ examples: [{ role: "dialog", name: "Saved" }, { text: "Done", timeout_ms: 30000 }, { state: "changed" }] }),
@@ -78,23 +78,20 @@ export const screenshot = tool({
     async run(input, { session, signal }) {
         if (input.window !== undefined && input.display !== undefined) throw new BadArguments("Give window or display, not both.");
         const { desktop } = session;
-        const target = await desktop.target({ signal });
+        const front = await session.front(signal);
         let part: { window?: number; display?: number };
         let what: string;
         let bounds: { x: number; y: number; width: number; height: number } | undefined;
         if (input.display === undefined) {
-            const windows = await desktop.windows({ signal });
-            const own = windows.filter((one) => one.pid === target.pid);
-            const window = input.window === undefined
-                ? own.find((one) => one.name === target.windowTitle) ?? own[0]
-                : windows.find((one) => one.id === input.window);
+            const window = input.window === undefined ? front : (await desktop.windows({ signal })).find((one) => one.id === input.window);
             if (!window) throw new BadArguments(input.window === undefined ? "No window is in front; take a picture of display \"main\"." : `There is no window ${input.window}; call list.`);
             session.policy.demand(window);
+            if (input.boxes && window.id !== front?.id) throw new BadArguments("Only the window in front has boxes. Bring this one there with open.");
             part = { window: window.id };
             what = `window ${JSON.stringify(window.name)} of ${window.owner}`;
             bounds = window.bounds ?? undefined;
         } else {
-            await session.demandAllWindows();
+            await session.demandAllWindows(signal);
             const { displays } = await desktop.runtime.desktopDisplaysList({ signal });
             const display = input.display === "main" ? displays[0] : displays.find((one) => one.id === input.display);
             if (!display) throw new BadArguments(`There is no display ${input.display}; there are ${displays.map((one) => one.id).join(", ") || "none"}.`);
@@ -104,11 +101,13 @@ export const screenshot = tool({
         }
         const longest = Math.max(1, bounds?.width ?? 1, bounds?.height ?? 1);
         const picture = await desktop.capture({ ...part, scale: Math.min(1, (input.max_size ?? MOST_PIXELS) / longest), signal });
+        // Another window may have come up while the picture was taken.
+        if (part.display !== undefined) await session.demandAllWindows(signal);
         const shows = picture.bounds ?? bounds;
         if (!shows) throw new Error("The runtime does not tell what the picture shows.");
         const { width, height } = picture.size;
         const pixelsPerPoint = width / shows.width;
-        session.shown = { x: shows.x, y: shows.y, pixelsPerPoint, width, height, target };
+        session.shown = { x: shows.x, y: shows.y, pixelsPerPoint, width, height, front, isBehind: part.window !== undefined && part.window !== front?.id };
         let png = picture.bytes;
         let legend = "";
         if (input.boxes) {

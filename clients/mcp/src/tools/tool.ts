@@ -1,5 +1,5 @@
 import { z } from "zod";
-import type { Locator } from "quil";
+import type { Locator, Rectangle } from "quil";
 import { BadArguments } from "../mistakes.js";
 import type { Session } from "../session.js";
 
@@ -31,7 +31,7 @@ export interface Tool<Shape extends z.ZodType = z.ZodType> {
     /** The application that it will act on where that is not the one in front. */
     readonly subject?: "none" | "own";
     /** What is done, in the user's words, for the question whether it may be done. */
-    readonly question: (input: z.infer<Shape>) => string;
+    readonly question: (input: z.infer<Shape>, session: Session) => string;
     readonly run: (input: z.infer<Shape>, context: Context) => Promise<Outcome>;
 }
 
@@ -78,16 +78,22 @@ export async function place(session: Session, input: PointInput, signal: AbortSi
     const { shown } = session;
     if (!shown) throw new BadArguments("x and y are pixels of the last screenshot; take one first.");
     if (input.x >= shown.width || input.y >= shown.height) throw new BadArguments(`The last screenshot has ${shown.width} × ${shown.height} pixels.`);
-    const target = await session.demandFront(signal);
-    if (target.pid !== shown.target.pid || target.windowTitle !== shown.target.windowTitle) {
-        throw new BadArguments("Another window is in front than when the last screenshot was taken; take a new one.");
-    }
-    return [shown.x + input.x / shown.pixelsPerPoint, shown.y + input.y / shown.pixelsPerPoint];
+    if (shown.isBehind) throw new BadArguments("The last screenshot is of a window that is not in front. Bring it there with open, then take a new one.");
+    const front = await session.front(signal);
+    if (front?.id !== shown.front?.id) throw new BadArguments("Another window is in front than when the last screenshot was taken; take a new one.");
+    if (!isSamePlace(front?.bounds, shown.front?.bounds)) throw new BadArguments("The window has moved since the last screenshot was taken; take a new one.");
+    const [x, y] = [shown.x + input.x / shown.pixelsPerPoint, shown.y + input.y / shown.pixelsPerPoint];
+    await session.demandAt(x, y, signal);
+    return [x, y];
+}
+
+function isSamePlace(one?: Rectangle, other?: Rectangle): boolean {
+    return one?.x === other?.x && one?.y === other?.y && one?.width === other?.width && one?.height === other?.height;
 }
 
 /** How the arguments name an element, for a question to the user. */
-export function described(input: PointInput): string {
-    if (input.ref !== undefined) return `element ${input.ref}`;
+export function described(input: PointInput, session: Session): string {
+    if (input.ref !== undefined) return session.references.described(input.ref) ?? `element ${input.ref}`;
     if (namesElement(input)) return [input.role ?? "element", input.name === undefined ? "" : JSON.stringify(input.name)].join(" ").trim();
     return input.x === undefined ? "what has the focus" : `(${input.x}, ${input.y}) of the screenshot`;
 }

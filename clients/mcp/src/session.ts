@@ -13,6 +13,10 @@ const FIRST_CHANGE_MS = 400;
 const QUIET_MS = 50;
 /** A window that does not come to rest is shown after so long. */
 const LONGEST_UNREST_MS = 1500;
+/** What a key combination commands may come after the next key: a paste, a dialog. For so long nothing has to change before that is pressed. */
+const COMMAND = /^(?!shift\+[^+]*$).+\+/iu;
+const COMMAND_QUIET_MS = 250;
+const LONGEST_COMMAND_MS = 1000;
 /** Characters of an answer about a window, where the caller does not say. */
 export const MOST_CHARACTERS = 5000;
 
@@ -135,8 +139,17 @@ export class Session {
         try {
             const { changed } = await runtime.desktopAxWait({ revision, timeoutMs: FIRST_CHANGE_MS, quietMs: QUIET_MS }, { signal });
             if (!changed || performance.now() - begin < FIRST_CHANGE_MS) return;
+            await this.#quiet(QUIET_MS, LONGEST_UNREST_MS - FIRST_CHANGE_MS, signal);
+        } catch (error) {
+            if (!(error instanceof UnknownMethod)) throw error;
+        }
+    }
+
+    /** Waits until the tree has not changed for so long. */
+    async #quiet(quietMs: number, timeoutMs: number, signal?: AbortSignal): Promise<void> {
+        try {
             // A revision that no tree has: only the rest is waited for.
-            await runtime.desktopAxWait({ revision: "none", timeoutMs: LONGEST_UNREST_MS - FIRST_CHANGE_MS, quietMs: QUIET_MS }, { signal });
+            await this.desktop.runtime.desktopAxWait({ revision: "none", timeoutMs, quietMs }, { signal });
         } catch (error) {
             if (!(error instanceof UnknownMethod)) throw error;
         }
@@ -155,7 +168,10 @@ export class Session {
     /** Presses key combinations, one after the other. None is pressed when one of them is none. */
     async press(combos: readonly string[], signal?: AbortSignal): Promise<void> {
         combos.forEach(checkKeys);
-        for (const combo of combos) await this.desktop.keyboard.press(combo, { signal });
+        for (const [index, combo] of combos.entries()) {
+            await this.desktop.keyboard.press(combo, { signal });
+            if (index + 1 < combos.length && COMMAND.test(combo)) await this.#quiet(COMMAND_QUIET_MS, LONGEST_COMMAND_MS, signal);
+        }
     }
 
     /** The window in front; undefined when it is none of those on the screen. */

@@ -1,6 +1,7 @@
 /** Conversations with the real server over its standard streams, through the protocol's own client package. */
 import assert from "node:assert/strict";
-import { mkdtempSync, readFileSync } from "node:fs";
+import { execFileSync } from "node:child_process";
+import { mkdtempSync, readFileSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { type TestContext, test } from "node:test";
@@ -21,7 +22,9 @@ async function connect(t: TestContext, { scenario = "form.json", args = [], clie
     const client = new Client({ name: "test", version: "1" }, options);
     prepare?.(client);
     const path = scenario.startsWith("/") ? scenario : join(SCENARIOS, scenario);
-    await client.connect(new StdioClientTransport({ command: process.execPath, args: [SERVER, ...args, "--runtime", JSON.stringify(QUIL_SIM) + " " + JSON.stringify(path)] }));
+    const transport = new StdioClientTransport({ command: process.execPath, args: [SERVER, ...args, "--runtime", JSON.stringify(QUIL_SIM) + " " + JSON.stringify(path)] });
+    await client.connect(transport);
+    const pid = transport.pid;
     t.after(() => client.close());
     const call = async (name: string, input: Record<string, unknown> = {}, request: object = {}): Promise<Answer> => {
         const { content, isError, structuredContent } = await client.callTool({ name, arguments: input }, request);
@@ -31,7 +34,27 @@ async function connect(t: TestContext, { scenario = "form.json", args = [], clie
             images: content.flatMap((one) => (one.type === "image" ? [Buffer.from(one.data, "base64")] : [])),
         };
     };
-    return { client, call };
+    /** The runtimes that the server has started and that run. */
+    const runtimes = (): number[] => children(pid);
+    return { client, call, runtimes };
+}
+
+function children(parent: number | null): number[] {
+    const lines = execFileSync("ps", ["-A", "-o", "ppid=,pid=,stat="], { encoding: "utf8" }).trim().split("\n").map((line) => line.trim().split(/\s+/));
+    return lines.filter(([ppid, , state]) => Number(ppid) === parent && !state?.startsWith("Z")).map(([, pid]) => Number(pid));
+}
+
+/** A file with a scenario: a shop in front, a bank behind it, with a button each. */
+function shopAndBank(changes: object = {}): string {
+    const path = join(mkdtempSync(join(tmpdir(), "quil-mcp-")), "scenario.json");
+    const app = (id: string, pid: number, button: string) => ({
+        id, pid, name: id, bundleIdentifier: `com.example.${id}`, windows: [{
+            id: `${id}-window`, title: `The ${id}`, bounds: [0, 0, 400, 300], children: [
+                { id: button, role: "AXButton", title: button, enabled: true, bounds: [10, 10, 80, 24], actions: [{ name: "AXPress", does: { update: button, title: `${button} done` } }] },
+                { id: `${id}-card`, role: "AXTextField", title: `Card ${"x".repeat(70)} 1234-5678`, value: "•••••••", enabled: false, bounds: [10, 40, 80, 24] }] }],
+    });
+    writeFileSync(path, JSON.stringify({ applications: [app("shop", 10, "Order"), app("bank", 11, "Pay")], ...changes }));
+    return path;
 }
 
 test("the listing is small, strict and says what acts", async (t) => {
@@ -118,9 +141,51 @@ test("the policy is kept", async (t) => {
             assert.doesNotMatch(answer.text, /Ring twice/);
         }
         assert.doesNotMatch((await call("list")).text, /New Order/);
+        assert.ok((await call("record", { action: "start" })).isError);
         assert.match((await call("open", { app: "com.example.mail" })).text, /Inbox/);
     }
 });
+
+test("an application that comes to the front while something is waited for is left alone", async (t) => {
+    const scenario = shopAndBank({ rules: [{ call: "beginObservation", nth: 3, does: { frontmost: "bank" } }] });
+    for (const [tool, input] of [["click", { role: "button", name: "Pay" }], ["wait_for", { text: "Pay" }]] as const) {
+        const { call } = await connect(t, { scenario, args: ["--deny-app", "com.example.bank"] });
+        await call("observe");
+        const answer = await call(tool, input);
+        assert.ok(answer.isError && /may not read or control com.example.bank/.test(answer.text), answer.text);
+        assert.doesNotMatch((await call("open", { app: "com.example.bank" })).text, /Pay/);
+    }
+});
+
+test("a runtime that ended is replaced, and none outlives its client", async (t) => {
+    const { client, call, runtimes } = await connect(t);
+    const { text } = await call("observe");
+    const ref = Number(/(\d+) checkbox/.exec(text)?.[1]);
+    const [first] = runtimes();
+    /** A call that waits, as soon as it does. */
+    const waiting = () => new Promise<{ answer: Promise<Answer> }>((resolve) => {
+        const answer = call("wait_for", { text: "Never", timeout_ms: 30_000 }, { onprogress: () => resolve({ answer }) });
+        answer.catch(() => undefined);
+    });
+    const interrupted = await waiting();
+    process.kill(first as number, "SIGKILL");
+    assert.match((await interrupted.answer).text, /SIGKILL[^]*observe before/);
+    assert.match((await call("click", { ref })).text, /\[x\] "Express"/);
+    const [second] = runtimes();
+    assert.ok(second !== undefined && second !== first);
+    await waiting();
+    await client.close();
+    for (let tries = 0; tries < 100 && isRunning(second); tries += 1) await new Promise((resolve) => setTimeout(resolve, 50));
+    assert.ok(!isRunning(second));
+});
+
+function isRunning(pid: number): boolean {
+    try {
+        return readFileSync(`/proc/${pid}/stat`, "utf8").split(") ")[1]?.[0] !== "Z";
+    } catch {
+        return false;
+    }
+}
 
 test("confirmation is asked for, and its lack refuses", async (t) => {
     const mute = await connect(t, { args: ["--confirm"] });
@@ -154,6 +219,16 @@ test("secrets stay, and the log has no texts", async (t) => {
     assert.deepEqual(lines.map((line) => line["tool"]), ["observe", "fill", "click", "clipboard", "clipboard"]);
     assert.doesNotMatch(readFileSync(log, "utf8"), /1234|1111|Ring/);
     assert.deepEqual([lines[1]?.["app"], lines[1]?.["outcome"]], ["com.example.orders", "ok"]);
+
+    // Errors quote elements, whose texts are cut there: a pattern no longer matches what is left of 1234-5678.
+    const bank = await connect(t, { scenario: shopAndBank(), args: ["--redact", "\\d{4}-\\d{4}", "--log", log] });
+    const ref = Number(/(\d+) textbox/.exec((await bank.call("observe")).text)?.[1]);
+    for (const [tool, input] of [["fill", { ref, text: "hunter2" }], ["click", { role: "textbox", name: "card" }], ["type", { keys: ["h", "shift+2", "ctrl+ä"] }]] as const) {
+        const answer = await bank.call(tool, input);
+        assert.ok(answer.isError);
+        assert.doesNotMatch(answer.text, /123|•{5}/);
+    }
+    assert.doesNotMatch(readFileSync(log, "utf8"), /123|hunter|shift\+2|•/);
 });
 
 test("long waits tell their progress and can be cancelled", async (t) => {
@@ -169,4 +244,10 @@ test("long waits tell their progress and can be cancelled", async (t) => {
     await assert.rejects(waiting);
     assert.deepEqual(told, [1, 2]);
     assert.match((await call("observe")).text, /New Order/);
+    // A wait for any change is one of the runtime's, which would hold the next call up.
+    const changing = call("wait_for", { state: "changed", timeout_ms: 60_000 }, { signal: AbortSignal.timeout(100) });
+    await assert.rejects(changing);
+    const begin = performance.now();
+    await call("observe");
+    assert.ok(performance.now() - begin < 10_000);
 });

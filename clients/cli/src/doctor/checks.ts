@@ -20,6 +20,7 @@ type Report = (finding: Finding) => void;
 
 const WINDOW_SECONDS = 10;
 const RECORDED_SECONDS = 2;
+const KEPT_MS = 2000;
 /** Letters, digits, what is on no key of most keyboards. */
 const TYPED = "Quil 42 äß €";
 
@@ -46,11 +47,14 @@ export async function examine(desktop: Desktop, report: Report, signal: AbortSig
     for (const [name, what] of [["accessibility", "Accessibility"], ["screenRecording", "Screen Recording"], ["inputMonitoring", "Input Monitoring"]] as const) {
         await check(name, `permission ${what}`, async () => granted[name] ? ["granted", true] : fail("not granted"));
     }
-    await check("displays", "displays", async () => {
+    const hasDisplays = await check("displays", "displays", async () => {
         const { displays } = await desktop.runtime.desktopDisplaysList({ signal });
         if (displays.length === 0) fail("there is none");
         return [displays.map(({ name, bounds }) => `${name} ${bounds.width}×${bounds.height}`).join(", "), true];
     });
+
+    // Without one nothing else can work, and an empty clipboard would seem to.
+    if (!hasDisplays) return;
 
     const before = await desktop.target({ signal });
     const own = isSimulated(desktop) ? undefined : openWindow();
@@ -103,6 +107,7 @@ async function findField(desktop: Desktop, own: ReturnType<typeof openWindow>, s
             return [`opened by ${own.program}, in front, with its field`, desktop.again(await appeared())];
         } catch (error) {
             if (signal.aborted || !(error instanceof QuilError || error instanceof Fault)) throw error;
+            if (own.process.exitCode !== null) fail(`${own.program} could not show a window, and ended with status ${own.process.exitCode}`);
             if (performance.now() > end) fail(`the window of ${own.program} did not come to the front with its field within ${WINDOW_SECONDS} s (${error.message.split("\n", 1)[0]})`);
         }
     }
@@ -191,7 +196,10 @@ async function tryClipboard(desktop: Desktop, signal: AbortSignal): Promise<[str
         if (keeper) keeper(before);
         else await desktop.clipboard.write(before);
     }
-    if (await desktop.clipboard.read({ signal }) !== before) fail("the text that was there could not be put back");
+    // What keeps it takes the clipboard over after it has returned.
+    for (const end = performance.now() + KEPT_MS; await desktop.clipboard.read({ signal }) !== before;) {
+        if (performance.now() > end) fail("the text that was there could not be put back");
+    }
     return ["written, read, and put back as it was", true];
 }
 

@@ -8,7 +8,9 @@ export const TITLE = "Quil doctor";
 const GTK = `
 import gi
 gi.require_version("Gtk", "3.0")
-from gi.repository import Gtk
+from gi.repository import GLib, Gtk
+# The window goes when whoever opened it does, however that ends.
+GLib.io_add_watch(0, GLib.PRIORITY_DEFAULT, GLib.IO_HUP, Gtk.main_quit)
 window = Gtk.Window(title=${JSON.stringify(TITLE)})
 box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=12, margin=24)
 box.add(Gtk.Label(label="Quil tries out what it can do. This window closes by itself."))
@@ -48,7 +50,7 @@ export const NO_PROGRAM = "install zenity, or python3-gi and gir1.2-gtk-3.0";
 export function openWindow(): { process: ChildProcess; program: string } | undefined {
     const program = PROGRAMS[process.platform]?.find(({ command, probe }) => spawnSync(command, probe, { stdio: "ignore" }).status === 0);
     if (!program) return undefined;
-    const child = spawn(program.command, program.args, { stdio: "ignore" });
+    const child = spawn(program.command, program.args, { stdio: ["pipe", "ignore", "ignore"] });
     child.on("error", () => undefined);
     return { process: child, program: program.command };
 }

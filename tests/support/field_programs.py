@@ -59,22 +59,26 @@ class FieldProgram:
 
     def arrange(self, windows, width=None):
         """Puts the windows beside each other, unless the window manager does so."""
-        for i, window in enumerate(windows):
-            if width:
-                output("xdotool", "windowsize", str(window), str(width), "500", check=False)
-            output("xdotool", "windowmove", str(window), str(20 + i * ((width or 480) + 20)), "60",
-                   check=False)
-        sizes = lambda: [geometry(window) for window in windows]
-        until(lambda: all(size[2] > 100 for size in sizes()), "the size")
+        for window in windows if width else ():
+            output("xdotool", "windowsize", str(window), str(width), "500", check=False)
         before = None
 
-        def rests():
+        def rest():
+            """Whether they lie beside each other, and have not moved for a while."""
             nonlocal before
             time.sleep(0.5)
-            last, before = before, sizes()
-            return last == before
+            last, before = before, [geometry(window) for window in windows]
+            ends = [(x, x + width) for x, _, width, _ in sorted(before)]
+            is_apart = all(end <= begin for (_, end), (begin, _) in zip(ends, ends[1:]))
+            if is_apart and last == before and all(size[2] > 100 for size in before):
+                return True
+            if not is_apart or last is None:  # or moved before a window manager had taken them
+                for i, window in enumerate(windows):
+                    output("xdotool", "windowmove", str(window), str(20 + i * ((width or 480) + 20)), "60",
+                           check=False)
+            return False
 
-        until(rests, "the windows at rest")
+        until(rest, "the windows at rest beside each other")
         self.places = before
 
     def middle(self, index):

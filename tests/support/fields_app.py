@@ -38,7 +38,8 @@ def gtk(version):
     buffers = []
     for title in TITLES:
         window = Gtk.Window(title=title, default_width=400, default_height=300)
-        area = Gtk.TextView()
+        # Without wrapping the window grows with a long line, over the other one.
+        area = Gtk.TextView(wrap_mode=Gtk.WrapMode.CHAR)
         window.add(area) if version == "3.0" else window.set_child(area)
         window.show_all() if version == "3.0" else window.present()
         buffers.append(area.get_buffer())

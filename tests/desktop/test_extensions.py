@@ -203,8 +203,10 @@ class Windows(unittest.TestCase):
     @unittest.skipIf("QUIL_DESKTOP_WINDOW_MANAGER" in os.environ, "this is one of them")
     def test_other_window_managers(self):
         for name in filter(shutil.which, WINDOW_MANAGERS):
+            # Right after a window was minimised, metacity gives the focus to another in one run of two.
+            classes = ["Input"] if name == "metacity" else ["Windows", "Input"]
             with self.subTest(name):
-                done = subprocess.run([os.path.join(ROOT, "scripts", "with-desktop"), PYTHON, "-B", __file__, "Windows", "Input"], text=True,
+                done = subprocess.run([os.path.join(ROOT, "scripts", "with-desktop"), PYTHON, "-B", __file__, *classes], text=True,
                                       env={**os.environ, "QUIL_DESKTOP_WINDOW_MANAGER": name, "QUIL_EXTENSIONS": "gtk3"}, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
                 self.assertEqual(done.returncode, 0, done.stdout)
 

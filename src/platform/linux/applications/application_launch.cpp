@@ -94,7 +94,7 @@ bool canBeStarted(const DesktopEntry& entry) {
     return canBeRun(words, folder && *folder.get() ? folder.get() : "/");
 }
 
-/// Starts the service of an application that has no command (Desktop Entry Specification, "D-Bus
+/// Starts the service of an application that has no command (freedesktop.org, desktop files, "D-Bus
 /// Activation"): it is called as its desktop file, and has an object of that path.
 bool startService(const BusConnection& bus, const Attempt& attempt) {
     std::string name(fileName(attempt.path));

@@ -27,10 +27,10 @@ std::int32_t setValue(const ActionRequest& request) {
 }
 
 std::int32_t scroll(const ActionRequest& request) {
-    constexpr std::int64_t kMostPages = 10;
+    constexpr std::int64_t kMaximumPages = 10;
     const std::int64_t amount = request.amount.value_or(1);
     // Limited before the sign is dropped: the most negative integer has no magnitude.
-    const std::int64_t limited = std::clamp(amount, -kMostPages, kMostPages);
+    const std::int64_t limited = std::clamp(amount, -kMaximumPages, kMaximumPages);
     const std::int64_t pages = std::max<std::int64_t>(limited < 0 ? -limited : limited, 1);
     const std::string_view action = amount < 0 ? "AXScrollUpByPage" : "AXScrollDownByPage";
     std::int32_t code = kAxSuccess;

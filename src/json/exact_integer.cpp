@@ -8,7 +8,7 @@ namespace quil {
 namespace {
 
 /// The digits of 2^63.
-constexpr std::int64_t kMostDigits = 19;
+constexpr std::int64_t kMaximumDigits = 19;
 
 /// The exponent as written; one too large to hold is as good as one that no number makes up for.
 std::int64_t readExponent(std::string_view text) {
@@ -42,7 +42,7 @@ std::optional<std::int64_t> exactInteger(std::string_view number) {
     exponent += static_cast<std::int64_t>(digits.size() - kept);
     digits.resize(kept);
     if (exponent < 0) return {};
-    if (exponent > kMostDigits - static_cast<std::int64_t>(kept)) return {};
+    if (exponent > kMaximumDigits - static_cast<std::int64_t>(kept)) return {};
     digits.append(static_cast<std::size_t>(exponent), '0');
     if (isNegative) digits.insert(0, 1, '-');
 

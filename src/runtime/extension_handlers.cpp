@@ -10,7 +10,7 @@
 #include "input/pointer.h"
 #include "runtime/gates.h"
 #include "runtime/handlers.h"
-#include "runtime/places.h"
+#include "runtime/request_points.h"
 #include "screen/cached_displays.h"
 #include "screen/display_geometry.h"
 #include "screen/screenshot.h"

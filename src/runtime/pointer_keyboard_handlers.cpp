@@ -7,7 +7,7 @@
 #include "input/pointer.h"
 #include "runtime/gates.h"
 #include "runtime/handlers.h"
-#include "runtime/places.h"
+#include "runtime/request_points.h"
 #include "screen/display_geometry.h"
 #include "target/capture_target.h"
 

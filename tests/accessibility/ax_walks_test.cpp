@@ -75,7 +75,7 @@ TEST_F(AxWalks, LeaveOutPlacesThatAreNoNumbers) {
     }
 }
 
-TEST_F(AxWalks, SeeOneUnknownElementWithoutPermission) {
+TEST_F(AxWalks, SeeOneNobodyWithoutPermission) {
     desktop.permissions.accessibility = false;
     const AxSnapshot snapshot = observe(100);
     ASSERT_EQ(snapshot.nodes.size(), 1u);

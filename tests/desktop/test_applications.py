@@ -143,7 +143,7 @@ Gtk.main()""")
                 self.assertEqual({record["bundleIdentifier"] for record in known()},
                                  {entry + ".desktop"})
                 self.assertEqual({window["owner"] for window in listed()}, {entry.title()})
-        # The one with the focus need not be the foremost.
+        # The one with the focus need not be the topmost.
         output("wmctrl", "-r", "writer", "-b", "add,above")
         output("xdotool", "search", "--name", "^table$", "windowactivate", "--sync")
         until(lambda: listed()[0]["name"] == "writer", "kept above")

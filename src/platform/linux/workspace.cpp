@@ -39,8 +39,8 @@ std::string startupIdOf(X11Connection& connection, unsigned launch) {
 }
 
 /// The window by which its process is known.
-const X11Window& foremost(const std::vector<const X11Window*>& windows,
-                          const std::optional<X11Window>& active) {
+const X11Window& topmost(const std::vector<const X11Window*>& windows,
+                         const std::optional<X11Window>& active) {
     const auto find = [&](auto isMeant) {
         const auto found = std::ranges::find_if(windows, isMeant);
         return found == windows.end() ? nullptr : *found;
@@ -70,7 +70,7 @@ std::optional<MatchedEntry> LinuxWorkspace::entryOfOwner(X11Connection& connecti
         if (described.empty()) return {};
         auto entry = entryOf(connection, described.front());
         // What a process runs says nothing of another process, nor more than the window has said.
-        if (isBasedOn(Evidence::likeName, entry)) return entry;
+        if (isBasedOn(Evidence::similarName, entry)) return entry;
         owner = described.front().transientFor;
     }
     return {};
@@ -82,7 +82,7 @@ std::optional<MatchedEntry> LinuxWorkspace::entryOfOthers(X11Connection& connect
     for (const X11Window& other : all) {
         if (other.pid != window.pid) continue;
         auto entry = entryOf(connection, other);
-        if (isBasedOn(Evidence::likeName, entry)) return entry;
+        if (isBasedOn(Evidence::similarName, entry)) return entry;
     }
     return {};
 }
@@ -92,7 +92,7 @@ std::optional<RunningApplication> LinuxWorkspace::applicationOf(X11Connection& c
                                                                 const Windows* all) {
     if (!window.pid) return {};
     auto entry = entryOf(connection, window);
-    if (!isBasedOn(Evidence::likeName, entry)) {
+    if (!isBasedOn(Evidence::similarName, entry)) {
         auto other = entryOfOwner(connection, window);
         if (!other) {
             other = entryOfOthers(connection, window, all ? *all : topLevelWindows(connection));
@@ -156,7 +156,7 @@ std::map<std::int32_t, RunningApplication> LinuxWorkspace::ownersOf(const Window
     const auto active = activeWindow(*connection);
     std::map<std::int32_t, RunningApplication> owners;
     for (const auto& [pid, its] : windowsByProcess) {
-        auto owner = applicationOf(*connection, foremost(its, active), &windows);
+        auto owner = applicationOf(*connection, topmost(its, active), &windows);
         if (owner) owners.emplace(pid, std::move(*owner));
     }
     return owners;

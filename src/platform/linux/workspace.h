@@ -28,7 +28,7 @@ class LinuxWorkspace : public Workspace {
     std::optional<RunningApplication> runningApplicationWithProcessIdentifier(
         std::int32_t pid) override;
     /// Those with ordinary windows, wherever these are, front to back. An application that shows
-    /// windows of several desktop entries is known by the active one of them, else the foremost
+    /// windows of several desktop entries is known by the active one of them, else the topmost
     /// ordinary one.
     std::vector<RunningApplication> runningApplications() override;
     std::optional<std::string> urlForApplicationWithBundleIdentifier(
@@ -50,7 +50,7 @@ class LinuxWorkspace : public Workspace {
     std::optional<MatchedEntry> entryOf(X11Connection& connection, const X11Window& window);
     /// The entry of the nearest owner that has one, upward.
     std::optional<MatchedEntry> entryOfOwner(X11Connection& connection, const X11Window& window);
-    /// The foremost entry that a window of the same process leads to itself.
+    /// The topmost entry that a window of the same process leads to itself.
     std::optional<MatchedEntry> entryOfOthers(X11Connection& connection, const X11Window& window,
                                               const Windows& all);
 

@@ -15,18 +15,18 @@ ElementRef MacAccessibility::createApplication(std::int32_t pid) {
 std::int32_t MacAccessibility::copyAttributeValue(const ElementRef& element,
                                                   std::string_view attribute,
                                                   std::optional<Value>& value) {
-    AxAnswer answer = observation_ ? observation_->copyAttributeValue(element, attribute)
+    AxResult result = observation_ ? observation_->copyAttributeValue(element, attribute)
                                    : calls_.copyAttributeValue(element, attribute);
-    if (answer.code == kAxSuccess) value = std::move(answer.value);
-    return answer.code;
+    if (result.code == kAxSuccess) value = std::move(result.value);
+    return result.code;
 }
 
 std::int32_t MacAccessibility::copyActionNames(const ElementRef& element,
                                                std::optional<Value>& names) {
-    AxAnswer answer =
+    AxResult result =
         observation_ ? observation_->copyActionNames(element) : calls_.copyActionNames(element);
-    if (answer.code == kAxSuccess) names = std::move(answer.value);
-    return answer.code;
+    if (result.code == kAxSuccess) names = std::move(result.value);
+    return result.code;
 }
 
 std::int32_t MacAccessibility::performAction(const ElementRef& element, std::string_view action) {

@@ -7,11 +7,11 @@ namespace quil::macos {
 /// The reading calls of the accessibility client interface, one round trip to the application each.
 class AxCalls : public AxReads {
   public:
-    AxAnswer copyAttributeValue(const ElementRef& element, std::string_view attribute) override;
-    AxAnswer copyActionNames(const ElementRef& element) override;
+    AxResult copyAttributeValue(const ElementRef& element, std::string_view attribute) override;
+    AxResult copyActionNames(const ElementRef& element) override;
     std::int32_t copyMultipleAttributeValues(const ElementRef& element,
                                              const std::vector<std::string>& attributes,
-                                             std::vector<AxAnswer>& answers) override;
+                                             std::vector<AxResult>& results) override;
     std::int32_t processOf(const ElementRef& element) override;
     double uptime() override;
 };

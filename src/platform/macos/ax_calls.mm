@@ -8,13 +8,13 @@
 namespace quil::macos {
 namespace {
 
-AxAnswer answered(AXError code, CFTypeRef value) {
+AxResult resultOf(AXError code, CFTypeRef value) {
     if (code != kAXErrorSuccess) return {.code = code};
     return {.value = valueOf(value)};
 }
 
 /// In place of a value that it could not read, the combined call puts the error, or a null.
-AxAnswer answerAt(CFArrayRef values, CFIndex index) {
+AxResult resultAt(CFArrayRef values, CFIndex index) {
     CFTypeRef entry = CFArrayGetValueAtIndex(values, index);
     if (!entry || CFGetTypeID(entry) == CFNullGetTypeID()) return {.code = kAxNoValue};
     if (CFGetTypeID(entry) == AXValueGetTypeID()) {
@@ -28,28 +28,28 @@ AxAnswer answerAt(CFArrayRef values, CFIndex index) {
 
 }  // namespace
 
-AxAnswer AxCalls::copyAttributeValue(const ElementRef& element, std::string_view attribute) {
+AxResult AxCalls::copyAttributeValue(const ElementRef& element, std::string_view attribute) {
     AXUIElementRef handle = handleOf(element);
     if (!handle) return {.code = kAxInvalidUIElement};
     NSString* name = nsString(attribute);
     CFTypeRef copied = nullptr;
     const AXError code = AXUIElementCopyAttributeValue(handle, (__bridge CFStringRef)name, &copied);
     const auto value = CfRef<CFTypeRef>::adopt(copied);
-    return answered(code, value.get());
+    return resultOf(code, value.get());
 }
 
-AxAnswer AxCalls::copyActionNames(const ElementRef& element) {
+AxResult AxCalls::copyActionNames(const ElementRef& element) {
     AXUIElementRef handle = handleOf(element);
     if (!handle) return {.code = kAxInvalidUIElement};
     CFArrayRef copied = nullptr;
     const AXError code = AXUIElementCopyActionNames(handle, &copied);
     const auto names = CfRef<CFArrayRef>::adopt(copied);
-    return answered(code, names.get());
+    return resultOf(code, names.get());
 }
 
 std::int32_t AxCalls::copyMultipleAttributeValues(const ElementRef& element,
                                                   const std::vector<std::string>& attributes,
-                                                  std::vector<AxAnswer>& answers) {
+                                                  std::vector<AxResult>& results) {
     AXUIElementRef handle = handleOf(element);
     if (!handle) return kAxInvalidUIElement;
     NSMutableArray* names = [NSMutableArray array];
@@ -61,7 +61,7 @@ std::int32_t AxCalls::copyMultipleAttributeValues(const ElementRef& element,
     if (code != kAXErrorSuccess || !values) return code;
     const CFIndex count = CFArrayGetCount(values.get());
     for (CFIndex index = 0; index < count; ++index) {
-        answers.push_back(answerAt(values.get(), index));
+        results.push_back(resultAt(values.get(), index));
     }
     return code;
 }

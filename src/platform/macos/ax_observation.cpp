@@ -16,40 +16,40 @@ AxObservation::AxObservation(AxReads& reads, const ObservationPlan& plan, AxObse
     slot_ = this;
 }
 
-AxAnswer AxObservation::copyAttributeValue(const ElementRef& element, std::string_view attribute) {
+AxResult AxObservation::copyAttributeValue(const ElementRef& element, std::string_view attribute) {
     const auto known = std::find(attributes_.begin(), attributes_.end(), attribute);
     if (known != attributes_.end() && element != element_) readAhead(element);
     if (hangs(element)) return {.code = kAxCannotComplete};
-    if (known != attributes_.end() && !answers_.empty()) {
-        return answers_[static_cast<std::size_t>(known - attributes_.begin())];
+    if (known != attributes_.end() && !results_.empty()) {
+        return results_[static_cast<std::size_t>(known - attributes_.begin())];
     }
-    AxAnswer answer;
+    AxResult result;
     watched(element, [&] {
-        answer = reads_.copyAttributeValue(element, attribute);
-        return answer.code;
+        result = reads_.copyAttributeValue(element, attribute);
+        return result.code;
     });
-    return answer;
+    return result;
 }
 
-AxAnswer AxObservation::copyActionNames(const ElementRef& element) {
+AxResult AxObservation::copyActionNames(const ElementRef& element) {
     if (hangs(element)) return {.code = kAxCannotComplete};
-    AxAnswer answer;
+    AxResult result;
     watched(element, [&] {
-        answer = reads_.copyActionNames(element);
-        return answer.code;
+        result = reads_.copyActionNames(element);
+        return result.code;
     });
-    return answer;
+    return result;
 }
 
 void AxObservation::readAhead(const ElementRef& element) {
     element_ = element;
-    answers_.clear();
+    results_.clear();
     if (hangs(element)) return;
     watched(element, [&] {
-        std::vector<AxAnswer> answers;
-        const std::int32_t code = reads_.copyMultipleAttributeValues(element, attributes_, answers);
-        if (code == kAxSuccess && answers.size() == attributes_.size()) {
-            answers_ = std::move(answers);
+        std::vector<AxResult> results;
+        const std::int32_t code = reads_.copyMultipleAttributeValues(element, attributes_, results);
+        if (code == kAxSuccess && results.size() == attributes_.size()) {
+            results_ = std::move(results);
         }
         return code;
     });

@@ -10,7 +10,7 @@
 namespace quil {
 
 /// What reading one attribute or list of names gives: a result code and, when that is 0, the value.
-struct AxAnswer {
+struct AxResult {
     std::int32_t code = kAxSuccess;
     std::optional<Value> value = {};
 };
@@ -20,13 +20,13 @@ class AxReads {
   public:
     virtual ~AxReads() = default;
 
-    virtual AxAnswer copyAttributeValue(const ElementRef& element, std::string_view attribute) = 0;
-    virtual AxAnswer copyActionNames(const ElementRef& element) = 0;
-    /// Reads all of the attributes in one round trip and sets `answers` to what single reads would
+    virtual AxResult copyAttributeValue(const ElementRef& element, std::string_view attribute) = 0;
+    virtual AxResult copyActionNames(const ElementRef& element) = 0;
+    /// Reads all of the attributes in one round trip and sets `results` to what single reads would
     /// give, in their order. Returns 0, or an error code: then the call gave nothing.
     virtual std::int32_t copyMultipleAttributeValues(const ElementRef& element,
                                                      const std::vector<std::string>& attributes,
-                                                     std::vector<AxAnswer>& answers) = 0;
+                                                     std::vector<AxResult>& results) = 0;
     /// The process that answers for the element, which need not be that of its parent; 0 when
     /// unknown. No round trip.
     virtual std::int32_t processOf(const ElementRef& element) = 0;
@@ -37,7 +37,7 @@ class AxReads {
 /// An observation whose walk looks at one element after the other: the first of the plan's
 /// attributes that it asks of an element brings all of them. An element that refuses the combined
 /// read is read attribute by attribute. A process hangs when a read of its elements has ended with
-/// "cannot complete" and has taken long, as when the system's time for an answer has passed; a
+/// "cannot complete" and has taken long, as when the system's time for a reply has passed; a
 /// quick "cannot complete" is about one element. The rest of a process that hangs is answered with
 /// "cannot complete" at once: it costs one wait.
 class AxObservation : public Observation {
@@ -48,8 +48,8 @@ class AxObservation : public Observation {
     AxObservation(const AxObservation&) = delete;
     AxObservation& operator=(const AxObservation&) = delete;
 
-    AxAnswer copyAttributeValue(const ElementRef& element, std::string_view attribute);
-    AxAnswer copyActionNames(const ElementRef& element);
+    AxResult copyAttributeValue(const ElementRef& element, std::string_view attribute);
+    AxResult copyActionNames(const ElementRef& element);
 
   private:
     void readAhead(const ElementRef& element);
@@ -61,8 +61,8 @@ class AxObservation : public Observation {
     AxReads& reads_;
     AxObservation*& slot_;
     std::vector<std::string> attributes_;
-    ElementRef element_;              // whose answers these are
-    std::vector<AxAnswer> answers_;   // one for each attribute, or none: it is read singly
+    ElementRef element_;              // whose results these are
+    std::vector<AxResult> results_;   // one for each attribute, or none: it is read singly
     std::set<std::int32_t> hanging_;  // processes
 };
 

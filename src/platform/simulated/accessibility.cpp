@@ -4,9 +4,9 @@ namespace quil::simulated {
 namespace {
 
 /// The element of a process that is no application.
-class Nobody : public AccessibilityElement {};
+class UnknownElement : public AccessibilityElement {};
 
-/// The simulated element behind a handle; null for `Nobody`.
+/// The simulated element behind a handle; null for `UnknownElement`.
 Element* own(const ElementRef& element) {
     return const_cast<Element*>(dynamic_cast<const Element*>(element.get()));
 }
@@ -25,7 +25,7 @@ std::string idOf(const Element* element) {
 ElementRef SimulatedAccessibility::createApplication(std::int32_t pid) {
     const auto guard = desktop_.lock();
     if (Application* application = desktop_.findApplication(pid)) return application->ref();
-    return std::make_shared<Nobody>();
+    return std::make_shared<UnknownElement>();
 }
 
 std::int32_t SimulatedAccessibility::copyAttributeValue(const ElementRef& element,

@@ -63,7 +63,7 @@ std::string describeValue(const Value& value) {
     return "value";
 }
 
-std::string describePlace(const PostedEvent& event) {
+std::string describeLocation(const PostedEvent& event) {
     return ' ' + decimal(event.location.x) + ',' + decimal(event.location.y);
 }
 
@@ -109,7 +109,7 @@ struct Describe {
         if (event.type == kEventKeyDown || event.type == kEventKeyUp) {
             line += describeKey(event);
         } else {
-            line += describePlace(event);
+            line += describeLocation(event);
             if (event.type == kEventScrollWheel) line += describeWheels(event);
             if (event.clickState) line += " click " + std::to_string(*event.clickState);
             if (event.flags) line += " flags " + hexadecimal(*event.flags);

@@ -16,7 +16,7 @@ class CombinedReads : public Accessibility, public AxReads {
 
     int combined = 0;
     int single = 0;
-    /// The answer to the combined read of an element; the length of its list is cut by one when
+    /// The result of the combined read of an element; the length of its list is cut by one when
     /// `incomplete`.
     std::function<std::int32_t(const ElementRef&)> refusal = [](const auto&) { return kAxSuccess; };
     bool incomplete = false;
@@ -26,24 +26,24 @@ class CombinedReads : public Accessibility, public AxReads {
     double seconds = 6;
 
     // As reads.
-    AxAnswer copyAttributeValue(const ElementRef& element, std::string_view attribute) override {
+    AxResult copyAttributeValue(const ElementRef& element, std::string_view attribute) override {
         ++single;
-        return hangs() ? AxAnswer{.code = kAxCannotComplete} : readSingly(element, attribute);
+        return hangs() ? AxResult{.code = kAxCannotComplete} : readSingly(element, attribute);
     }
-    AxAnswer copyActionNames(const ElementRef& element) override {
+    AxResult copyActionNames(const ElementRef& element) override {
         ++single;
         if (hangs()) return {.code = kAxCannotComplete};
-        AxAnswer answer;
-        answer.code = elements_.copyActionNames(element, answer.value);
-        return answer;
+        AxResult result;
+        result.code = elements_.copyActionNames(element, result.value);
+        return result;
     }
     std::int32_t copyMultipleAttributeValues(const ElementRef& element,
                                              const std::vector<std::string>& attributes,
-                                             std::vector<AxAnswer>& answers) override {
+                                             std::vector<AxResult>& results) override {
         ++combined;
         if (hangs()) return kAxCannotComplete;
-        for (const auto& attribute : attributes) answers.push_back(readSingly(element, attribute));
-        if (incomplete) answers.pop_back();
+        for (const auto& attribute : attributes) results.push_back(readSingly(element, attribute));
+        if (incomplete) results.pop_back();
         return refusal(element);
     }
 
@@ -60,14 +60,14 @@ class CombinedReads : public Accessibility, public AxReads {
     std::int32_t copyAttributeValue(const ElementRef& element, std::string_view attribute,
                                     std::optional<Value>& value) override {
         if (!observation_) return elements_.copyAttributeValue(element, attribute, value);
-        AxAnswer answer = observation_->copyAttributeValue(element, attribute);
-        value = answer.value;
-        return answer.code;
+        AxResult result = observation_->copyAttributeValue(element, attribute);
+        value = result.value;
+        return result.code;
     }
     std::int32_t copyActionNames(const ElementRef& element, std::optional<Value>& names) override {
-        AxAnswer answer = observation_->copyActionNames(element);
-        names = answer.value;
-        return answer.code;
+        AxResult result = observation_->copyActionNames(element);
+        names = result.value;
+        return result.code;
     }
     std::int32_t performAction(const ElementRef&, std::string_view) override { return kAxFailure; }
     std::int32_t setAttributeValue(const ElementRef&, std::string_view, const Value&) override {
@@ -84,10 +84,10 @@ class CombinedReads : public Accessibility, public AxReads {
         if (now) uptime_ += seconds;
         return now;
     }
-    AxAnswer readSingly(const ElementRef& element, std::string_view attribute) {
-        AxAnswer answer;
-        answer.code = elements_.copyAttributeValue(element, attribute, answer.value);
-        return answer;
+    AxResult readSingly(const ElementRef& element, std::string_view attribute) {
+        AxResult result;
+        result.code = elements_.copyAttributeValue(element, attribute, result.value);
+        return result;
     }
 
     Accessibility& elements_;

@@ -71,12 +71,12 @@ ObservedElement* LinuxAccessibility::observed(const ElementRef& element) {
 
 std::int32_t LinuxAccessibility::readAnew(const Reference& element, const Needs& needs,
                                           bool wantsScrollBar, Facts& facts) {
-    const bool wasPlaced = facts.asked.has(Fact::extents);
+    const bool wasLocated = facts.asked.has(Fact::extents);
     ReadingLimits limits;
     if (tree_) limits.maximumChildren = tree_->maximumElements() + 1;
     const std::int32_t code = readFacts(bus_, element, needs, facts, limits);
     if (code == 0 && wantsScrollBar) readScrollBar(bus_, element, facts);
-    if (!wasPlaced && facts.knows(Fact::extents)) origins_.place(element, facts);
+    if (!wasLocated && facts.knows(Fact::extents)) origins_.locate(element, facts);
     return code;
 }
 

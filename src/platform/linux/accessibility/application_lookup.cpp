@@ -20,14 +20,14 @@ using std::chrono::milliseconds;
 constexpr milliseconds kJoiningTime{1500};
 constexpr milliseconds kPause{20};
 
-constexpr int kMostGenerations = 16;
+constexpr int kMaximumGenerations = 16;
 
 /// Libraries of the toolkits that join it; processes without them never do.
 constexpr std::string_view kToolkits[] = {"/libatk-bridge-2.0.", "/libgtk-4.", "/libQt5Gui.",
                                           "/libQt6Gui."};
 
 bool usesToolkit(std::int32_t pid) {
-    return hasMapped(pid, [](std::string_view path) {
+    return hasMappedFile(pid, [](std::string_view path) {
         return std::any_of(std::begin(kToolkits), std::end(kToolkits),
                            [&](std::string_view name) { return path.find(name) != path.npos; });
     });
@@ -42,7 +42,7 @@ milliseconds ageOf(std::uint64_t startTime) {
 
 bool isAncestor(std::int32_t ancestor, std::int32_t pid) {
     std::optional<std::int32_t> current = pid;
-    for (int generation = 0; current && generation < kMostGenerations; ++generation) {
+    for (int generation = 0; current && generation < kMaximumGenerations; ++generation) {
         current = parentOf(*current);
         if (current == ancestor) return true;
     }
@@ -91,7 +91,7 @@ std::vector<std::string> ApplicationLookup::busNamesOf(std::int32_t pid) {
     auto names = linux_platform::busNamesOf(bus_, pid);
     if (names.empty()) names = relativesOf(pid);
     const auto startTime = names.empty() ? startTimeOf(pid) : std::nullopt;
-    if (!startTime || givenUp_.contains({pid, *startTime})) return names;
+    if (!startTime || unreachable_.contains({pid, *startTime})) return names;
     const auto now = BusClock::now();
     const auto end = std::max(now - ageOf(*startTime), bus_.connectedSince()) + kJoiningTime;
     if (now < end && usesToolkit(pid)) {
@@ -100,7 +100,7 @@ std::vector<std::string> ApplicationLookup::busNamesOf(std::int32_t pid) {
             names = linux_platform::busNamesOf(bus_, pid);
         }
     }
-    if (names.empty() && BusClock::now() >= end) givenUp_.insert({pid, *startTime});
+    if (names.empty() && BusClock::now() >= end) unreachable_.insert({pid, *startTime});
     return names;
 }
 

@@ -34,7 +34,7 @@ class ApplicationLookup {
     AccessibilityBus& bus_;
     X11Display& display_;
     /// Those that never came.
-    std::set<Process> givenUp_;
+    std::set<Process> unreachable_;
 };
 
 }  // namespace quil::linux_platform

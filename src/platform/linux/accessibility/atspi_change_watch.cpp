@@ -20,11 +20,11 @@ using std::chrono::milliseconds;
 constexpr const char* kEventClasses[] = {"object:", "window:", "document:"};
 constexpr const char* kEventInterfaces[] = {
     "org.a11y.atspi.Event.Object", "org.a11y.atspi.Event.Window", "org.a11y.atspi.Event.Document"};
-constexpr int kMostGenerations = 16;
+constexpr int kMaximumGenerations = 16;
 
 bool isDescendantOf(std::int32_t pid, std::int32_t ancestor) {
     std::optional<std::int32_t> at = pid;
-    for (int i = 0; i < kMostGenerations && at && *at != ancestor; ++i) at = parentOf(*at);
+    for (int i = 0; i < kMaximumGenerations && at && *at != ancestor; ++i) at = parentOf(*at);
     return at == ancestor;
 }
 

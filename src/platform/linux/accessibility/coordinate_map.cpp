@@ -15,7 +15,7 @@ constexpr double kScaleStep = 0.25;
 constexpr double kTolerance = 1;
 
 /// Less alike than this, two sizes are not those of the same window.
-constexpr double kLeastLikeness = 0.5;
+constexpr double kMinimumSimilarity = 0.5;
 
 Size sizeOf(const Rect& rect) {
     return {rect.width, rect.height};
@@ -27,7 +27,7 @@ bool isScaled(Size units, Size pixels, double scale) {
 }
 
 /// 1 for equal sizes; what both cover, compared with what either covers.
-double likeness(Size a, Size b) {
+double similarity(Size a, Size b) {
     return std::min(a.width, b.width) * std::min(a.height, b.height) /
            (std::max(a.width, b.width) * std::max(a.height, b.height));
 }
@@ -35,14 +35,14 @@ double likeness(Size a, Size b) {
 /// The scale at which the sizes are most alike.
 std::optional<double> likelyScale(Size units, Size pixels, bool isWhole) {
     double best = 0;
-    double mostAlike = kLeastLikeness;
+    double bestSimilarity = kMinimumSimilarity;
     const double step = isWhole ? 1 : kScaleStep;
     const int steps = static_cast<int>((kLargestScale - 1) / step);
     for (int i = 0; i <= steps; ++i) {
         const double scale = 1 + i * step;
-        const double alike = likeness({units.width * scale, units.height * scale}, pixels);
-        if (alike <= mostAlike) continue;
-        mostAlike = alike;
+        const double alike = similarity({units.width * scale, units.height * scale}, pixels);
+        if (alike <= bestSimilarity) continue;
+        bestSimilarity = alike;
         best = scale;
     }
     return best > 0 ? std::optional(best) : std::nullopt;
@@ -117,7 +117,7 @@ std::optional<WindowFit> fitWindow(const ToolkitWindow& window, const X11Window&
         if (!scale) continue;
         WindowFit fit{
             {{window.extents.x, window.extents.y}, {rect.x, rect.y}, *scale}, true, false};
-        fit.hasPlace = isAt(fit.map, window.extents);
+        fit.hasPosition = isAt(fit.map, window.extents);
         return fit;
     }
     const auto scale = likelyScale(units, sizeOf(outer), window.hasWholeScales);

@@ -41,7 +41,7 @@ struct WindowFit {
     /// The sizes agree. Otherwise the toolkit counts the decorations in, or something of the kind.
     bool hasSize = false;
     /// The places agree, too: who counts from the corner of the screen has the X window there.
-    bool hasPlace = false;
+    bool hasPosition = false;
 };
 /// Nothing when the two cannot be the same window, or when it cannot be known where the toolkit's
 /// coordinates begin.

@@ -51,7 +51,7 @@ std::int32_t setText(AccessibilityBus& bus, const Reference& element, const std:
         command(bus, element, atspi::kEditableText, "SetTextContents", "s", text.c_str());
     if (code != 0 || !before || *before == text) return code;
     // Some programs say that they have done it and do nothing (Firefox in pages).
-    const bool hasChanged = comesTrue([&] { return textOf(bus, element) != before; });
+    const bool hasChanged = becomesTrue([&] { return textOf(bus, element) != before; });
     return hasChanged ? 0 : kAxFailure;
 }
 

@@ -9,7 +9,7 @@ constexpr std::chrono::milliseconds kLookInterval{10};
 
 }  // namespace
 
-bool comesTrue(const std::function<bool()>& condition) {
+bool becomesTrue(const std::function<bool()>& condition) {
     const auto deadline = BusClock::now() + kChangeTimeout;
     while (!condition()) {
         if (BusClock::now() >= deadline) return false;

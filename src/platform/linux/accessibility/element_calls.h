@@ -14,7 +14,7 @@ namespace quil::linux_platform {
 inline constexpr std::chrono::milliseconds kChangeTimeout{500};
 
 /// Looks until it is so, or until the time for a change is over. Whether it was.
-bool comesTrue(const std::function<bool()>& condition);
+bool becomesTrue(const std::function<bool()>& condition);
 
 /// The code of the reply to a command: a boolean, or nothing.
 std::int32_t commandCode(const Reply& reply);

@@ -23,7 +23,7 @@ std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Ne
 
 void readScrollBar(AccessibilityBus& bus, const Reference& element, Facts& facts) {
     if (facts.asked.has(Fact::scrollBar)) return;
-    const ReadingLimits limits{.maximumChildren = kScrollBarPlaces};
+    const ReadingLimits limits{.maximumChildren = kScrollBarCandidates};
     const std::int32_t code = readFacts(bus, element, needsForScrollBarSearch, facts, limits);
     facts.received(Fact::scrollBar, code);
     if (code != 0) return;

@@ -22,7 +22,7 @@ constexpr std::chrono::milliseconds kDocumentPollInterval{40};
 
 /// Elements that are asked at a time: enough for the application never to wait for us, few enough
 /// that little is asked in vain when the elements before them turn out to fill the walk.
-constexpr int kMostActive = 128;
+constexpr int kMaximumActive = 128;
 
 /// While all of these are replied to, so many times further elements are looked for.
 constexpr int kLooks = 4;
@@ -64,14 +64,14 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, WindowOrigins& origins, const 
     for (auto& [reference, element] : elements_) {
         if (element.parent || &element == root_) elements.push_back(&element);
     }
-    origins.placeTree(elements);
+    origins.locateTree(elements);
 }
 
 /// Has everything that a program tells of all elements at once told at once, where that is no
 /// burden.
 void ObservedTree::useCache(const Reference& root) {
     AtspiProgram& program = bus_.introducedProgram(root.busName);
-    if (!program.tellsEverything()) return;
+    if (!program.hasBoundedCache()) return;
     const auto children = [](const Facts& facts) {
         return findAttribute("AXChildren")->needs(facts);
     };
@@ -122,7 +122,7 @@ void ObservedTree::fetch(const Reference& root) {
     elements_.clear();
     root_ = &element(root);
     fetchUpTo(maximumElements_);
-    if (isOverdue()) bus_.program(root.busName).peer().giveUp();
+    if (isOverdue()) bus_.program(root.busName).peer().abandon();
 }
 
 void ObservedTree::fetchUpTo(std::int64_t maximumElements) {
@@ -191,7 +191,7 @@ void ObservedTree::schedule() {
     const std::int64_t longest = isCounting_ ? std::max(kSmallTree, reach_) : reach_;
     // The walk comes to the children that are being asked for, too.
     std::int64_t coming = 0;
-    for (WalkPosition at = finished_; at.element() && active_ < kMostActive; at.advance()) {
+    for (WalkPosition at = finished_; at.element() && active_ < kMaximumActive; at.advance()) {
         if (at.index() + coming >= reach_) break;
         ObservedElement& element = *at.element();
         if (!element.isBegun) begin(element);
@@ -242,7 +242,7 @@ FactSet ObservedTree::withName(const ObservedElement& element, FactSet wanted) {
     const FactSet leaning{Fact::role, Fact::extents};
     const bool leans = wanted.has(Fact::role) || wanted.has(Fact::extents);
     if (!leans || element.facts.asked.has(Fact::name)) return wanted;
-    if (!bus_.program(element.reference.busName).placesWithinWindow()) return wanted;
+    if (!bus_.program(element.reference.busName).hasWindowCoordinates()) return wanted;
     if (element.pending.has(Fact::name)) return wanted.without(leaning);
     wanted.add(Fact::name);
     return wanted;
@@ -287,7 +287,7 @@ void ObservedTree::connect() {
 
 void ObservedTree::findEditableChild(ObservedElement& element) {
     element.facts.received(Fact::editableChild, 0);
-    const std::size_t count = std::min(element.children.size(), kEditableChildPlaces);
+    const std::size_t count = std::min(element.children.size(), kEditableChildCandidates);
     for (std::size_t i = 0; i < count; ++i) {
         const ObservedElement& child = *element.children[i];
         const Facts* facts =
@@ -324,8 +324,8 @@ void ObservedTree::findScrollBar(ObservedElement& element) {
 const Facts* ObservedTree::readBeyond(const Reference& reference, const Needs& needs) {
     if (isOverdue()) return nullptr;
     Facts& facts = beyond_[reference];
-    return readFacts(bus_, reference, needs, facts, {kScrollBarPlaces, end_}) == 0 ? &facts
-                                                                                   : nullptr;
+    return readFacts(bus_, reference, needs, facts, {kScrollBarCandidates, end_}) == 0 ? &facts
+                                                                                       : nullptr;
 }
 
 }  // namespace quil::linux_platform

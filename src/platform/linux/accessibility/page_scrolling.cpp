@@ -17,7 +17,7 @@ namespace {
 constexpr double kLineHeight = 18;
 
 /// Clicks of the wheel that make a page.
-constexpr int kMostWheelTurns = 60;
+constexpr int kMaximumWheelTurns = 60;
 
 /// The first children are looked at for one that is somewhere.
 constexpr std::size_t kContentParts = 8;
@@ -70,7 +70,7 @@ std::int32_t scrollByWheel(AccessibilityBus& bus, X11Display& display, const Fac
     const auto position = [&] { return rangeProperty(bus, pane.scrollBar, "CurrentValue"); };
     const auto begin = position();
     auto now = begin;
-    for (int i = 0; i < kMostWheelTurns && now && std::abs(*now - *begin) < page; ++i) {
+    for (int i = 0; i < kMaximumWheelTurns && now && std::abs(*now - *begin) < page; ++i) {
         wheel.turn(isDown);
         if (!numberChanges(bus, pane.scrollBar, *now)) break;
         now = position();
@@ -96,9 +96,9 @@ std::int32_t scrollByBar(AccessibilityBus& bus, X11Display& display, WindowOrigi
     const std::int32_t code = command(bus, bar, atspi::kProperties, "Set", "ssv", atspi::kValue,
                                       "CurrentValue", "d", wanted);
     if (code == 0 && numberChanges(bus, bar, *position)) return 0;
-    Facts placed = pane;
-    origins.place(element, placed);
-    return scrollByWheel(bus, display, pane, placed.extents, page, isDown);
+    Facts located = pane;
+    origins.locate(element, located);
+    return scrollByWheel(bus, display, pane, located.extents, page, isDown);
 }
 
 /// Browsers put a part of a page where it is asked for.
@@ -119,7 +119,7 @@ std::int32_t scrollContent(AccessibilityBus& bus, const Reference& page, const F
         command(bus, part, atspi::kComponent, "ScrollToPoint", "uii", kOnScreen,
                 static_cast<std::int32_t>(before.x), static_cast<std::int32_t>(wanted));
     if (code != 0) return code;
-    if (comesTrue([&] { return extentsOf(bus, part).y != before.y; })) return 0;
+    if (becomesTrue([&] { return extentsOf(bus, part).y != before.y; })) return 0;
     const Rect end = isDown ? extentsOf(bus, facts.children.back()) : before;
     const bool isAtEnd = isDown ? end.y < view.y + view.height : end.y >= view.y;
     return isAtEnd ? 0 : kAxFailure;

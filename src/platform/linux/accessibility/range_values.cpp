@@ -12,7 +12,7 @@ namespace quil::linux_platform {
 namespace {
 
 /// Steps that are taken where a number can be reached by them only.
-constexpr double kMostSteps = 1000;
+constexpr double kMaximumSteps = 1000;
 
 std::optional<std::int32_t> actionIndex(const Facts& facts, std::string_view oneName,
                                         std::string_view otherName) {
@@ -35,7 +35,7 @@ std::int32_t stepTo(AccessibilityBus& bus, const Reference& element, double numb
                            : actionIndex(facts, "decrement", "Decrease");
     if (!step) return kAxFailure;
     double now = before;
-    for (double left = kMostSteps; left > 0; --left) {
+    for (double left = kMaximumSteps; left > 0; --left) {
         const double last = now;
         if (const auto code = command(bus, element, atspi::kAction, "DoAction", "i", *step)) {
             return code;
@@ -45,7 +45,7 @@ std::int32_t stepTo(AccessibilityBus& bus, const Reference& element, double numb
         const double length = std::abs(now - last);
         const double distance = isUp ? number - now : now - number;
         if (distance < length / 2) return 0;
-        if (distance / length > kMostSteps) return kAxFailure;
+        if (distance / length > kMaximumSteps) return kAxFailure;
     }
     return kAxFailure;
 }
@@ -68,7 +68,7 @@ std::optional<double> rangeProperty(AccessibilityBus& bus, const Reference& elem
 }
 
 bool numberChanges(AccessibilityBus& bus, const Reference& element, double before) {
-    return comesTrue([&] {
+    return becomesTrue([&] {
         const auto now = rangeProperty(bus, element, "CurrentValue");
         return now && *now != before;
     });

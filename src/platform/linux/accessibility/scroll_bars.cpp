@@ -38,7 +38,7 @@ FactSet needsForScrollBarSearch(const Facts& facts) {
 
 Reference findScrollBar(const Facts& element, const FactsOf& factsOf) {
     std::vector<Candidate> candidates;
-    const std::size_t count = std::min<std::size_t>(element.children.size(), kScrollBarPlaces);
+    const std::size_t count = std::min<std::size_t>(element.children.size(), kScrollBarCandidates);
     // A container around nothing but a bar belongs to the bar.
     const bool isContainer = element.role == AtspiRole::filler && count == 1;
     for (std::size_t i = 0; i < count && !isContainer; ++i) {

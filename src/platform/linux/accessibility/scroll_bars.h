@@ -12,7 +12,7 @@ using FactsOf = std::function<const Facts*(const Reference&)>;
 
 /// Scroll bars come early, beside what they scroll: the search looks at so many children of an
 /// element.
-inline constexpr std::int64_t kScrollBarPlaces = 8;
+inline constexpr std::int64_t kScrollBarCandidates = 8;
 
 /// The facts that the search needs of every element, and their order.
 FactSet needsForScrollBarSearch(const Facts& facts);

@@ -66,7 +66,7 @@ std::optional<WindowFit> WindowOrigins::fitOnScreen(X11Connection& connection, s
     };
     if (active && active->pid == pid && isNamed(*active)) {
         const auto fit = fitWindow(window, *active);
-        if (fit && fit->hasSize && (fit->hasPlace || window.isWithinWindow)) return fit;
+        if (fit && fit->hasSize && (fit->hasPosition || window.isWithinWindow)) return fit;
     }
     std::optional<WindowFit> best;
     int bestRank = 0;
@@ -78,7 +78,7 @@ std::optional<WindowFit> WindowOrigins::fitOnScreen(X11Connection& connection, s
         if (!isOfProcess && !(isNamed(onScreen) && fit->hasSize)) continue;
         const bool isActive = active && active->id == onScreen.id;
         const int rank = 1 + (isOfProcess ? 32 : 0) + (isNamed(onScreen) ? 16 : 0) +
-                         (fit->hasSize ? 8 : 0) + (fit->hasPlace ? 4 : 0) +
+                         (fit->hasSize ? 8 : 0) + (fit->hasPosition ? 4 : 0) +
                          (onScreen.onScreen ? 2 : 0) + (isActive ? 1 : 0);
         if (rank <= bestRank) continue;
         bestRank = rank;
@@ -89,7 +89,7 @@ std::optional<WindowFit> WindowOrigins::fitOnScreen(X11Connection& connection, s
         X11Window onScreen;
         onScreen.frame = popUp.rect;
         const auto fit = fitWindow(window, onScreen);
-        if (fit && fit->hasSize && (!best || fit->hasPlace)) best = fit;
+        if (fit && fit->hasSize && (!best || fit->hasPosition)) best = fit;
     }
     return best;
 }
@@ -118,10 +118,10 @@ std::optional<WindowOrigins::Window> WindowOrigins::findWindow(const Reference& 
     }
     const auto fit =
         fitOnScreen(*connection, *pid, facts.name,
-                    {facts.extents, program.hasWholeScales(), program.placesWithinWindow()});
+                    {facts.extents, program.hasWholeScales(), program.hasWindowCoordinates()});
     if (!fit) return {};
     Window found{
-        fit->map, program.hasWholeScales(), program.placesWithinWindow(), program.isSwing(), {}};
+        fit->map, program.hasWholeScales(), program.hasWindowCoordinates(), program.isSwing(), {}};
     const bool needsPopUps = found.isWithinWindow || found.isSwing || fit->map.scale != 1;
     if (needsPopUps) found.popUps = popUpsOf(*connection, *pid);
     return found;
@@ -132,9 +132,9 @@ std::optional<WindowOrigins::Window> WindowOrigins::findWindow(const Reference& 
 /// element that fills it, which seems to be in that corner. Several of the same size came up one
 /// after the other, as menus and their submenus do. A pop-up for which there are more elements, or
 /// fewer, than such windows is nowhere.
-WindowOrigins::Detours WindowOrigins::popoverDetours(
+WindowOrigins::Displacements WindowOrigins::popoverDisplacements(
     const Window& window, const std::vector<ObservedElement*>& elements) {
-    Detours found;
+    Displacements found;
     std::vector<const PopUp*> left;
     for (const PopUp& popUp : window.popUps) left.push_back(&popUp);
     while (!left.empty()) {
@@ -172,19 +172,20 @@ WindowOrigins::Detours WindowOrigins::popoverDetours(
 }
 
 /// Swing places the items of a menu as if their menu opened over its own title.
-WindowOrigins::Detours WindowOrigins::menuDetours(const Window& window,
-                                                  const std::vector<ObservedElement*>& elements) {
-    Detours found;
+WindowOrigins::Displacements WindowOrigins::menuDisplacements(
+    const Window& window, const std::vector<ObservedElement*>& elements) {
+    Displacements found;
     for (const ObservedElement* menu : elements) {
         if (menu->facts.role != AtspiRole::menu) continue;
-        const Detour detour = menuDetour(window, *menu, elements);
-        for (const ObservedElement* item : menu->children) found[item] = detour;
+        const Displacement displacement = menuDisplacement(window, *menu, elements);
+        for (const ObservedElement* item : menu->children) found[item] = displacement;
     }
     return found;
 }
 
-WindowOrigins::Detour WindowOrigins::menuDetour(const Window& window, const ObservedElement& menu,
-                                                const std::vector<ObservedElement*>& elements) {
+WindowOrigins::Displacement WindowOrigins::menuDisplacement(
+    const Window& window, const ObservedElement& menu,
+    const std::vector<ObservedElement*>& elements) {
     const Point corner{menu.facts.extents.x, menu.facts.extents.y};
     // A menu that fits into the window is an element in it, with the same items.
     for (const ObservedElement* other : elements) {
@@ -202,41 +203,43 @@ WindowOrigins::Detour WindowOrigins::menuDetour(const Window& window, const Obse
         end = {std::max(end.x, item->facts.extents.maxX()),
                std::max(end.y, item->facts.extents.maxY())};
     }
-    Detour detour;
+    Displacement displacement;
     for (const PopUp& popUp : window.popUps) {
         const double right = popUp.rect.width / window.map.scale - (end.x - corner.x);
         const double below = popUp.rect.height / window.map.scale - (end.y - corner.y);
         if (std::min(right, below) < 0 || std::max(right, below) > kMenuBorder) continue;
         // Of two that would do, neither is known to be the right one.
-        detour = {.isKnown = detour.popUp == XCB_WINDOW_NONE,
-                  .popUp = popUp.id,
-                  .popUpFrom = corner,
-                  .shift = {}};
+        displacement = {.isKnown = displacement.popUp == XCB_WINDOW_NONE,
+                        .popUp = popUp.id,
+                        .popUpFrom = corner,
+                        .shift = {}};
     }
-    return detour;
+    return displacement;
 }
 
 std::optional<Rect> WindowOrigins::onScreen(const Window& window, const Anchor& anchor,
                                             const Rect& extents) {
-    const Detour detour = anchor.detour.value_or(Detour{true, XCB_WINDOW_NONE, {}, {}});
-    if (!detour.isKnown) return {};
-    const Rect moved{extents.x + detour.shift.x, extents.y + detour.shift.y, extents.width,
-                     extents.height};
+    const Displacement displacement =
+        anchor.displacement.value_or(Displacement{true, XCB_WINDOW_NONE, {}, {}});
+    if (!displacement.isKnown) return {};
+    const Rect moved{extents.x + displacement.shift.x, extents.y + displacement.shift.y,
+                     extents.width, extents.height};
     const Rect rect = window.map.onScreen(moved);
     for (auto popUp = window.popUps.rbegin(); popUp != window.popUps.rend(); ++popUp) {
-        if (detour.popUp == popUp->id) {
-            return CoordinateMap{detour.popUpFrom, {popUp->rect.x, popUp->rect.y}, window.map.scale}
+        if (displacement.popUp == popUp->id) {
+            return CoordinateMap{
+                displacement.popUpFrom, {popUp->rect.x, popUp->rect.y}, window.map.scale}
                 .onScreen(extents);
         }
-        if (window.isWithinWindow || detour.popUp != XCB_WINDOW_NONE) continue;
+        if (window.isWithinWindow || displacement.popUp != XCB_WINDOW_NONE) continue;
         if (!popUp->rect.contains(centreOf(rect))) continue;
         return mapInPopUp(window.map, window.hasWholeScales, popUp->rect).onScreen(moved);
     }
     // What is in a pop-up that has gone is nowhere.
-    return detour.popUp == XCB_WINDOW_NONE ? std::optional(rect) : std::nullopt;
+    return displacement.popUp == XCB_WINDOW_NONE ? std::optional(rect) : std::nullopt;
 }
 
-void WindowOrigins::placeTree(const std::vector<ObservedElement*>& elements) {
+void WindowOrigins::locateTree(const std::vector<ObservedElement*>& elements) {
     anchors_.clear();
     std::unordered_map<const ObservedElement*, std::vector<ObservedElement*>> byWindow;
     for (ObservedElement* element : elements) {
@@ -247,29 +250,30 @@ void WindowOrigins::placeTree(const std::vector<ObservedElement*>& elements) {
     }
     for (auto& [top, inside] : byWindow) {
         const auto window = findWindow(top->reference, top->facts);
-        const Detours detours = !window                  ? Detours()
-                                : window->isWithinWindow ? popoverDetours(*window, inside)
-                                : window->isSwing        ? menuDetours(*window, inside)
-                                                         : Detours();
-        std::vector<std::pair<ObservedElement*, std::optional<Rect>>> placed;
+        const Displacements displacements = !window ? Displacements()
+                                            : window->isWithinWindow
+                                                ? popoverDisplacements(*window, inside)
+                                            : window->isSwing ? menuDisplacements(*window, inside)
+                                                              : Displacements();
+        std::vector<std::pair<ObservedElement*, std::optional<Rect>>> located;
         for (ObservedElement* element : inside) {
             Anchor anchor{top->reference, {}};
-            for (const ObservedElement* above = element; above && !detours.empty();
+            for (const ObservedElement* above = element; above && !displacements.empty();
                  above = above->parent) {
-                const auto detour = detours.find(above);
-                if (detour == detours.end()) continue;
-                anchor.detour = detour->second;
+                const auto displacement = displacements.find(above);
+                if (displacement == displacements.end()) continue;
+                anchor.displacement = displacement->second;
                 break;
             }
-            placed.emplace_back(
+            located.emplace_back(
                 element, window ? onScreen(*window, anchor, element->facts.extents) : std::nullopt);
             anchors_.emplace(element->reference, std::move(anchor));
         }
-        for (auto& [element, rect] : placed) element->facts.extents = rect.value_or(Rect());
+        for (auto& [element, rect] : located) element->facts.extents = rect.value_or(Rect());
     }
 }
 
-void WindowOrigins::place(const Reference& element, Facts& facts) {
+void WindowOrigins::locate(const Reference& element, Facts& facts) {
     const auto known = anchors_.find(element);
     const Anchor anchor = known != anchors_.end() ? known->second : Anchor{windowOf(element), {}};
     const auto window = findWindow(anchor.window, {});

@@ -23,9 +23,9 @@ class WindowOrigins {
 
     /// Places all elements of a tree, whose extents are as the programs told them, and remembers
     /// which windows they are in.
-    void placeTree(const std::vector<ObservedElement*>& elements);
+    void locateTree(const std::vector<ObservedElement*>& elements);
     /// Places an element that was read by itself.
-    void place(const Reference& element, Facts& facts);
+    void locate(const Reference& element, Facts& facts);
 
   private:
     /// A window of a program on the screen.
@@ -39,7 +39,7 @@ class WindowOrigins {
     };
     /// Where an element is that its program places as if it were elsewhere: in an X window of its
     /// own, or just somewhere else.
-    struct Detour {
+    struct Displacement {
         bool isKnown = false;
         xcb_window_t popUp = XCB_WINDOW_NONE;
         /// Where the pop-up's corner seems to be, in the program's coordinates.
@@ -48,11 +48,11 @@ class WindowOrigins {
         Point shift;
     };
     /// By the elements that, with all that is in them, take it.
-    using Detours = std::unordered_map<const ObservedElement*, Detour>;
+    using Displacements = std::unordered_map<const ObservedElement*, Displacement>;
     /// What an element is in.
     struct Anchor {
         Reference window;
-        std::optional<Detour> detour;
+        std::optional<Displacement> displacement;
     };
 
     /// The window that an element is in, or is: the application's child among its ancestors. The
@@ -61,11 +61,12 @@ class WindowOrigins {
     std::optional<Window> findWindow(const Reference& window, Facts facts);
     std::optional<WindowFit> fitOnScreen(X11Connection& connection, std::int32_t pid,
                                          const std::string& title, const ToolkitWindow& window);
-    static Detours popoverDetours(const Window& window,
-                                  const std::vector<ObservedElement*>& elements);
-    static Detours menuDetours(const Window& window, const std::vector<ObservedElement*>& elements);
-    static Detour menuDetour(const Window& window, const ObservedElement& menu,
-                             const std::vector<ObservedElement*>& elements);
+    static Displacements popoverDisplacements(const Window& window,
+                                              const std::vector<ObservedElement*>& elements);
+    static Displacements menuDisplacements(const Window& window,
+                                           const std::vector<ObservedElement*>& elements);
+    static Displacement menuDisplacement(const Window& window, const ObservedElement& menu,
+                                         const std::vector<ObservedElement*>& elements);
     static std::optional<Rect> onScreen(const Window& window, const Anchor& anchor,
                                         const Rect& extents);
 

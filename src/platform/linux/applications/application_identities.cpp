@@ -8,9 +8,9 @@ namespace quil::linux_platform {
 namespace {
 
 /// So many identities are kept before the ended processes among them are looked for.
-constexpr std::size_t kManyIdentities = 256;
+constexpr std::size_t kMaximumIdentities = 256;
 /// So many kinds of windows of one process are remembered.
-constexpr std::size_t kManyEntries = 64;
+constexpr std::size_t kMaximumEntries = 64;
 
 std::optional<std::string> nonEmpty(std::string text) {
     return text.empty() ? std::nullopt : std::optional(std::move(text));
@@ -22,7 +22,7 @@ void ApplicationIdentities::forgetOutdated() {
     const std::string& installed = matcher_.installedEntriesStamp();
     if (installed != installedEntries_) identities_.clear();
     installedEntries_ = installed;
-    if (identities_.size() < kManyIdentities) return;
+    if (identities_.size() < kMaximumIdentities) return;
     std::erase_if(identities_, [](const auto& known) {
         const auto startTime = startTimeOf(known.first);
         return !startTime || startTime != known.second.startTime;
@@ -47,7 +47,7 @@ std::optional<MatchedEntry> ApplicationIdentities::entryOf(const ApplicationHint
     const auto known =
         std::ranges::find(entries, hints, &decltype(Identity::entries)::value_type::first);
     if (known != entries.end()) return known->second;
-    if (entries.size() == kManyEntries) entries.clear();
+    if (entries.size() == kMaximumEntries) entries.clear();
     return entries.emplace_back(hints, matcher_.find(hints, isOnDisplay)).second;
 }
 

@@ -150,7 +150,7 @@ bool isInFolder(const RunProgram& program, const std::string& folder) {
 
 /// A script can call its windows anything. Names that are not made to be unique, as
 /// "org.gnome.Calculator" is, count only of what belongs to something of that name.
-bool mayGoBy(const std::string& name, const std::vector<RunProgram>& programs) {
+bool mayBeNamed(const std::string& name, const std::vector<RunProgram>& programs) {
     if (std::count(name.begin(), name.end(), '.') >= 2) return true;
     return std::ranges::all_of(programs, [&](const RunProgram& program) {
         return !program.isInterpreted || isInFolder(program, lowercased(name));
@@ -294,21 +294,21 @@ std::optional<MatchedEntry> DesktopEntryMatcher::namedByWindow(const Application
         if (auto entry = found ? entryWithId(found->id) : std::nullopt) return entry;
     }
     for (const std::string& name : namesOf(hints)) {
-        if (!mayGoBy(name, programs)) continue;
+        if (!mayBeNamed(name, programs)) continue;
         if (auto entry = entryWithId(withSuffix(name))) return entry;
     }
     return {};
 }
 
-std::optional<MatchedEntry> DesktopEntryMatcher::likeWindow(const ApplicationHints& hints,
-                                                            const Programs& programs) const {
+std::optional<MatchedEntry> DesktopEntryMatcher::withSimilarName(const ApplicationHints& hints,
+                                                                 const Programs& programs) const {
     for (const std::string& name : namesOf(hints)) {
         const Candidate* found = best(byFoldedWindowClass_, lowercased(name), programs, false);
         if (auto entry = found ? entryWithId(found->id) : std::nullopt) return entry;
     }
     for (const std::string& name : namesOf(hints)) {
         const std::string id = withSuffix(lowercased(name));
-        if (!mayGoBy(name, programs) || startsOther(id, programs)) continue;
+        if (!mayBeNamed(name, programs) || startsOther(id, programs)) continue;
         if (auto entry = entryWithId(id)) return entry;
     }
     return {};
@@ -344,7 +344,8 @@ std::optional<MatchedEntry> DesktopEntryMatcher::find(const ApplicationHints& hi
     if (auto entry = namedByWindow(hints, programs)) {
         return with(Evidence::statement, std::move(entry));
     }
-    if (auto entry = likeWindow(hints, programs)) return with(Evidence::likeName, std::move(entry));
+    if (auto entry = withSimilarName(hints, programs))
+        return with(Evidence::similarName, std::move(entry));
     return with(Evidence::program, launched ? launched->entry : ofProgram(programs));
 }
 

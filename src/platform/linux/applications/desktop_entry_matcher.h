@@ -28,7 +28,7 @@ enum class Evidence {
     /// The program that the process runs, whatever its windows are.
     program,
     /// The window's names, which are like the entry's.
-    likeName,
+    similarName,
     /// The launcher, the sandbox or the window itself.
     statement,
 };
@@ -88,8 +88,8 @@ class DesktopEntryMatcher {
                                  bool mustRun);
     std::optional<MatchedEntry> namedByWindow(const ApplicationHints& hints,
                                               const Programs& programs) const;
-    std::optional<MatchedEntry> likeWindow(const ApplicationHints& hints,
-                                           const Programs& programs) const;
+    std::optional<MatchedEntry> withSimilarName(const ApplicationHints& hints,
+                                                const Programs& programs) const;
     std::optional<MatchedEntry> ofProgram(const Programs& programs) const;
 
     std::string stamp_;

@@ -127,7 +127,7 @@ std::optional<std::string> workingFolderOf(std::int32_t pid) {
     return error ? std::nullopt : std::optional(std::move(path));
 }
 
-bool hasMapped(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant) {
+bool hasMappedFile(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant) {
     std::ifstream maps(pathOf(pid, "maps"));
     for (std::string line; std::getline(maps, line);) {
         // The path is the last field, and the only one with slashes.
@@ -145,17 +145,17 @@ std::vector<ThreadActivity> threadsOf(std::int32_t pid) {
         if (name == std::string::npos) continue;  // it has ended
         ThreadActivity& thread = threads.emplace_back();
         thread.id = std::atoi(task.filename().c_str());
-        thread.isAsleep = status.compare(name + 2, 1, "S") == 0;
-        std::ifstream(task / "schedstat") >> thread.timeRun >> thread.timeReady;
+        thread.isSleeping = status.compare(name + 2, 1, "S") == 0;
+        std::ifstream(task / "schedstat") >> thread.cpuTime >> thread.waitTime;
     }
     return threads;
 }
 
-std::optional<std::uint64_t> timeRunAtRest(std::int32_t pid) {
+std::optional<std::uint64_t> cpuTimeWhenIdle(std::int32_t pid) {
     std::uint64_t sum = 0;
     for (const ThreadActivity& thread : threadsOf(pid)) {
-        if (!thread.isAsleep) return {};
-        sum += thread.timeRun;
+        if (!thread.isSleeping) return {};
+        sum += thread.cpuTime;
     }
     return sum;
 }

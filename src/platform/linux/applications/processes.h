@@ -40,16 +40,16 @@ std::optional<std::int32_t> sessionOf(std::int32_t pid);
 std::optional<std::string> workingFolderOf(std::int32_t pid);
 
 /// Whether a file with such a path is mapped into its memory, as libraries and modules are.
-bool hasMapped(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant);
+bool hasMappedFile(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant);
 
 /// A thread of a process.
 struct ThreadActivity {
     std::int32_t id = 0;
     /// Whether it waits for something. One that runs, wants to, or has been stopped does not.
-    bool isAsleep = false;
+    bool isSleeping = false;
     /// What it has run so far, and how long it has waited for a processor, in nanoseconds.
-    std::uint64_t timeRun = 0;
-    std::uint64_t timeReady = 0;
+    std::uint64_t cpuTime = 0;
+    std::uint64_t waitTime = 0;
 };
 
 /// Its threads, the first one first; none when it has ended or cannot be looked at.
@@ -57,7 +57,7 @@ std::vector<ThreadActivity> threadsOf(std::int32_t pid);
 
 /// What its threads have run so far, in nanoseconds; nothing while one of them runs or wants to. 0
 /// for a process that has ended.
-std::optional<std::uint64_t> timeRunAtRest(std::int32_t pid);
+std::optional<std::uint64_t> cpuTimeWhenIdle(std::int32_t pid);
 
 /// The process and those of its descendants that run the same program, as browsers split theirs up.
 std::vector<std::int32_t> processesOfProgram(std::int32_t pid);

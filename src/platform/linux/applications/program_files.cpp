@@ -108,15 +108,15 @@ std::string programFile(const std::string& word, const std::string& folder) {
 }
 
 bool areOfOneApplication(const std::string& path, const std::string& other) {
-    constexpr std::string_view kHomesOfApplications[] = {"/opt/", "/usr/lib/", "/usr/lib64/",
-                                                         "/usr/local/lib/", "/usr/share/"};
+    constexpr std::string_view kApplicationFolders[] = {"/opt/", "/usr/lib/", "/usr/lib64/",
+                                                        "/usr/local/lib/", "/usr/share/"};
     const std::string folder = path.substr(0, path.rfind('/') + 1);
     if (!other.starts_with(folder) || other.find('/', folder.size()) != std::string::npos) {
         return false;
     }
     const std::string_view name = fileName(std::string_view(folder).substr(0, folder.size() - 1));
     return name != "bin" && name != "libexec" &&
-           std::ranges::any_of(kHomesOfApplications, [&](std::string_view home) {
+           std::ranges::any_of(kApplicationFolders, [&](std::string_view home) {
                return folder.starts_with(home) && folder.size() > home.size();
            });
 }

@@ -136,8 +136,8 @@ void AccessibilityBus::note(AtspiProgram& program, const Introduction& said) {
     program.isIntroduced_ = true;
     // The bridge for GTK 3 and for those who use it is the one that offers sockets.
     program.givesAllProperties_ = address.has_value();
-    program.tellsEverything_ = toolkit == "gtk" && address.has_value();
-    program.placesWithinWindow_ = toolkit == "GTK" && version && !version->starts_with("3.");
+    program.hasBoundedCache_ = toolkit == "gtk" && address.has_value();
+    program.hasWindowCoordinates_ = toolkit == "GTK" && version && !version->starts_with("3.");
     program.isSwing_ = toolkit == kSwing;
     program.hasWholeScales_ = toolkit == "gtk" || toolkit == "GTK" || program.isSwing_;
     if (address && !address->empty()) program.socket_ = Bus::open(Bus::Kind::socket, *address);

@@ -27,7 +27,7 @@ class AtspiProgram {
     BusDeadline firstContact() const { return firstContact_; }
     /// It has a single reply for everything that it shows, and shows about as much as it did
     /// before. Browsers have such replies, too, but go on to pages of any size.
-    bool tellsEverything() const { return tellsEverything_; }
+    bool hasBoundedCache() const { return hasBoundedCache_; }
     /// Whether it is known to show so little in that window, its only one, that it can be asked for
     /// everything at once; nothing when that was not looked at.
     std::optional<bool> isSmall(const std::string& window) const {
@@ -41,7 +41,7 @@ class AtspiProgram {
     bool staysEmpty(const std::string& document) const { return empty_.contains(document); }
     void noteEmpty(const std::string& document) { empty_.insert(document); }
     /// It knows places within its windows only, not on the screen.
-    bool placesWithinWindow() const { return placesWithinWindow_; }
+    bool hasWindowCoordinates() const { return hasWindowCoordinates_; }
     /// Its units are so many whole pixels.
     bool hasWholeScales() const { return hasWholeScales_; }
     /// It is a Swing program, behind Java's bridge.
@@ -53,8 +53,8 @@ class AtspiProgram {
     Peer& onBus_;
     bool isIntroduced_ = false;
     bool givesAllProperties_ = false;
-    bool tellsEverything_ = false;
-    bool placesWithinWindow_ = false;
+    bool hasBoundedCache_ = false;
+    bool hasWindowCoordinates_ = false;
     bool hasWholeScales_ = false;
     bool isSwing_ = false;
     BusDeadline firstContact_ = BusClock::now();

@@ -37,7 +37,7 @@ std::int32_t codeFor(const sd_bus_error& error) {
 /// The library's own limits are longer than anybody waits.
 constexpr std::uint64_t kNoTimeout = UINT64_MAX;
 /// Messages that are taken from one connection before the next one's turn.
-constexpr int kAtOnce = 64;
+constexpr int kMessagesPerRound = 64;
 
 }  // namespace
 
@@ -75,10 +75,10 @@ void Peer::send(Message message, ReplyHandler handler) {
         bus_.pending_.pop_back();
         return failed({kAxCannotComplete, nullptr});
     }
-    if (waiting_++ == 0) lastSign_ = BusClock::now();
+    if (waiting_++ == 0) lastHeard_ = BusClock::now();
 }
 
-void Peer::giveUp() {
+void Peer::abandon() {
     hangs_ = true;
     bus_.probe(*this);
     bus_.failCalls(this);
@@ -148,7 +148,7 @@ int Bus::handleReply(sd_bus_message* message, void* userdata, sd_bus_error*) {
     const ReplyHandler handler = std::move(pending.handler);
     const bool isProbe = pending.isProbe;
     bus.pending_.erase(pending.self);
-    peer.lastSign_ = BusClock::now();
+    peer.lastHeard_ = BusClock::now();
     if (isProbe) {
         peer.hangs_ = false;
         peer.isProbed_ = false;
@@ -205,17 +205,17 @@ void Bus::poll(const std::vector<Bus*>& buses, BusDeadline deadline) {
     ::poll(sockets.data(), sockets.size(), static_cast<int>(bounded.count()));
 }
 
-BusDeadline Bus::giveUpOnSilent() {
+BusDeadline Bus::abandonUnresponsive() {
     const auto now = BusClock::now();
     auto next = BusDeadline::max();
     for (Peer& peer : peers_) {
         if (peer.waiting_ == 0) continue;
-        const auto limit = peer.lastSign_ + replyTimeout_;
+        const auto limit = peer.lastHeard_ + replyTimeout_;
         if (limit > now) {
             next = std::min(next, limit);
             continue;
         }
-        peer.giveUp();
+        peer.abandon();
     }
     return next;
 }
@@ -264,11 +264,11 @@ void Bus::waitForReplies(const std::vector<Bus*>& buses, BusDeadline deadline) {
         bool isProgress = false;
         for (Bus* bus : buses) {
             // Not until nothing is left: others have replied, too.
-            for (int i = 0; i < kAtOnce && bus->process(); ++i) isProgress = true;
+            for (int i = 0; i < kMessagesPerRound && bus->process(); ++i) isProgress = true;
         }
         if (isProgress) continue;
         auto next = BusDeadline::max();
-        for (Bus* bus : buses) next = std::min(next, bus->giveUpOnSilent());
+        for (Bus* bus : buses) next = std::min(next, bus->abandonUnresponsive());
         if (next != BusDeadline::max()) poll(buses, std::min(next, deadline));
     }
 }

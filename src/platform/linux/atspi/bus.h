@@ -53,7 +53,7 @@ class Peer {
     bool hangs() const { return hangs_; }
     /// Takes it for one that hangs, as it is too far behind with its replies, until it has caught
     /// up.
-    void giveUp();
+    void abandon();
 
     /// Sends a call; the handler gets the reply during a wait on the bus. The signature and
     /// the values after it are those of sd_bus_message_append.
@@ -81,7 +81,7 @@ class Peer {
     bool isProbed_ = false;
     std::size_t waiting_ = 0;
     /// When it was last heard of, or asked after it had replied to everything.
-    BusDeadline lastSign_;
+    BusDeadline lastHeard_;
 };
 
 /// A connection to a message bus, or to one other program. Calls are sent without waiting;
@@ -132,7 +132,7 @@ class Bus {
     bool process();
     bool isAwaited() const;
     /// Abandons peers whose replies are overdue; the time of the next check.
-    BusDeadline giveUpOnSilent();
+    BusDeadline abandonUnresponsive();
     /// Fails the calls to that peer, or to all: there will be no reply.
     void failCalls(const Peer* peer);
     /// Fails all calls; what the replies say when they come does not matter.

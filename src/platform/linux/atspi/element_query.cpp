@@ -19,8 +19,8 @@ class ElementQuery : public RelationQuery {
   public:
     ElementQuery(const QueryTarget& target, Facts& facts, std::function<void()> done)
         : RelationQuery(target, facts, [this, done = std::move(done)] {
-              tellPassword();
-              tellSpinner();
+              recognisePassword();
+              recogniseSpinner();
               done();
           }) {}
 
@@ -28,7 +28,7 @@ class ElementQuery : public RelationQuery {
         countdown_.expect();  // ourselves, so that a reply that comes at once does not end it
         // Needed to tell passwords and spinners.
         const bool needsName = wanted.has(Fact::role) || wanted.has(Fact::extents);
-        if (program_.placesWithinWindow() && needsName && !facts_.asked.has(Fact::name)) {
+        if (program_.hasWindowCoordinates() && needsName && !facts_.asked.has(Fact::name)) {
             wanted.add(Fact::name);
         }
         FactSet properties;
@@ -75,7 +75,7 @@ class ElementQuery : public RelationQuery {
                 return askChildren();
             case Fact::extents:
                 return askFor(fact, atspi::kComponent, "GetExtents", readRect, &Facts::extents, "u",
-                              program_.placesWithinWindow() ? kWithinWindow : kWithinScreen);
+                              program_.hasWindowCoordinates() ? kWithinWindow : kWithinScreen);
             case Fact::actions:
                 return askActions();
             case Fact::text:
@@ -116,24 +116,24 @@ class ElementQuery : public RelationQuery {
             take(Fact::states, reply, reply.message ? readStates(reply.message) : std::nullopt,
                  facts_.states);
             // These say only of windows that they are showing.
-            if (program_.placesWithinWindow() && facts_.states.has(AtspiState::visible)) {
+            if (program_.hasWindowCoordinates() && facts_.states.has(AtspiState::visible)) {
                 facts_.states.add(AtspiState::showing);
             }
         });
     }
 
     /// GTK 4 tells a password field by nothing but the name that it has by default.
-    void tellPassword() {
+    void recognisePassword() {
         const bool isField = facts_.role == AtspiRole::entry || facts_.role == AtspiRole::text;
-        if (program_.placesWithinWindow() && isField && facts_.name == "GtkPasswordEntry") {
+        if (program_.hasWindowCoordinates() && isField && facts_.name == "GtkPasswordEntry") {
             facts_.role = AtspiRole::passwordText;
         }
     }
 
     /// GTK 4 gives the place of a spinner's corner as it turns, half a diagonal around the middle,
     /// and tells by nothing but the size that it is the same spinner: its position cannot be known.
-    void tellSpinner() {
-        const bool isSpinner = program_.placesWithinWindow() && facts_.name == "GtkSpinner";
+    void recogniseSpinner() {
+        const bool isSpinner = program_.hasWindowCoordinates() && facts_.name == "GtkSpinner";
         if (isSpinner && facts_.knows(Fact::extents)) facts_.extents = {};
     }
 

@@ -10,7 +10,7 @@
 namespace quil::linux_platform {
 
 /// The children among which a text field is looked for.
-inline constexpr std::size_t kEditableChildPlaces = 8;
+inline constexpr std::size_t kEditableChildCandidates = 8;
 
 /// The element to ask, and for how much.
 struct QueryTarget {

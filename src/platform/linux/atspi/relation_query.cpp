@@ -8,7 +8,7 @@ namespace quil::linux_platform {
 namespace {
 
 /// The children of a combo box among which its list is looked for.
-constexpr std::size_t kListPlaces = 2;
+constexpr std::size_t kListCandidates = 2;
 
 /// Lists up to this length are asked for as a whole, also when less of them is wanted.
 constexpr std::int64_t kShortList = 1000;
@@ -25,7 +25,7 @@ void RelationQuery::askChildren() {
     // GTK 3 goes through the whole list for every child of it: who tells of a long list at once
     // does not reply for long. For others a list costs half of what its entries cost one by one.
     const auto most =
-        program_.tellsEverything() ? kShortList : 2 * std::max(maximumChildren_, kShortList);
+        program_.hasBoundedCache() ? kShortList : 2 * std::max(maximumChildren_, kShortList);
     if (isCounted && count > most) return askFirstChildren();
     call(atspi::kAccessible, "GetChildren", [this, isCounted](Reply reply) {
         auto children = reply.message ? readReferences(reply.message) : std::nullopt;
@@ -77,7 +77,7 @@ void RelationQuery::askSelection() {
     if (facts_.interfaces.has(AtspiInterface::selection)) {
         return askSelectedOf({program_.busName(), path_});
     }
-    const auto last = std::min(facts_.children.size(), kListPlaces);
+    const auto last = std::min(facts_.children.size(), kListCandidates);
     for (std::size_t i = 0; i < last; ++i) askSelectedOf(facts_.children[i]);
 }
 
@@ -136,7 +136,7 @@ void RelationQuery::askParentRole() {
 /// Looks for a text field among the first children.
 void RelationQuery::askEditableChild() {
     facts_.received(Fact::editableChild, 0);
-    const auto last = std::min(facts_.children.size(), kEditableChildPlaces);
+    const auto last = std::min(facts_.children.size(), kEditableChildCandidates);
     for (std::size_t i = 0; i < last; ++i) {
         const Reference& child = facts_.children[i];
         ofElement(child, atspi::kAccessible, "GetState", [this, child](Reply reply) {

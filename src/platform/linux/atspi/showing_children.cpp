@@ -132,7 +132,7 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
                 children_.push_back(hit.child);  // a header, most likely
             }
         }
-        if (!isTable_ && !indices.isEmpty()) listPlaces(indices);
+        if (!isTable_ && !indices.isEmpty()) listIndices(indices);
         if (isTable_ && !rows.isEmpty()) listCells(rows, columns);
         then(&ShowingSearch::filter);
     }
@@ -147,7 +147,7 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
         return {index / *columns_, index % *columns_};
     }
 
-    void listPlaces(const Span& indices) {
+    void listIndices(const Span& indices) {
         const std::int64_t end = std::min(indices.end(), indices.begin() + maximumChildren_);
         for (auto i = indices.begin(); i < end; ++i)
             askChild(atspi::kAccessible, "GetChildAtIndex", i);
@@ -220,7 +220,7 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
     }
 
     std::uint32_t coordinates() const {
-        return program_.placesWithinWindow() ? kWithinWindow : kWithinScreen;
+        return program_.hasWindowCoordinates() ? kWithinWindow : kWithinScreen;
     }
 
     /// What comes when everything that has been asked for has come.

@@ -9,7 +9,7 @@
 namespace quil::linux_platform {
 namespace {
 
-constexpr int kMostGenerations = 16;
+constexpr int kMaximumGenerations = 16;
 
 }  // namespace
 
@@ -42,7 +42,7 @@ std::optional<TapTime> DesktopFocus::latestPressOf(const ActiveProgram& program)
 
 bool DesktopFocus::isHelperOf(std::int32_t pid, std::int32_t program) {
     std::optional<std::int32_t> ancestor = parentOf(pid);
-    for (int i = 1; i < kMostGenerations && ancestor && ancestor != program; ++i) {
+    for (int i = 1; i < kMaximumGenerations && ancestor && ancestor != program; ++i) {
         ancestor = parentOf(*ancestor);
     }
     const auto connection = ancestor == program ? display_.connection() : nullptr;

@@ -46,10 +46,10 @@ std::vector<FocusMove> FocusMoves::all() const {
     return moves;
 }
 
-void FocusMoves::programTold(std::optional<TapTime> latestPress, TapTime now) {
-    if (latestPress != told_) {
-        told_ = latestPress;
-        toldSince_ = now;
+void FocusMoves::programProcessed(std::optional<TapTime> latestPress, TapTime now) {
+    if (latestPress != processedPress_) {
+        processedPress_ = latestPress;
+        processedSince_ = now;
     }
     for (auto entry = moves_.rbegin(); entry != moves_.rend() && !entry->move.handled; ++entry) {
         if (!latestPress) {
@@ -64,7 +64,7 @@ void FocusMoves::programTold(std::optional<TapTime> latestPress, TapTime now) {
 TapTime FocusMoves::quietSince() const {
     const auto oldest = std::ranges::find_if(
         moves_, [](const Entry& entry) { return !entry.move.handled.has_value(); });
-    return oldest == moves_.end() ? toldSince_ : std::max(toldSince_, oldest->move.time);
+    return oldest == moves_.end() ? processedSince_ : std::max(processedSince_, oldest->move.time);
 }
 
 void FocusMoves::programWasIdle(TapTime then) {
@@ -88,7 +88,7 @@ void FocusMoves::programHangs(TapTime asked) {
 }
 
 void FocusMoves::programWasStuck(TapTime asked, TapTime replied) {
-    toldSince_ = stuckUntil_ = replied;
+    processedSince_ = stuckUntil_ = replied;
     stuckSince_ = hangsSince_.value_or(asked);
     hangsSince_.reset();
     for (auto entry = moves_.rbegin(); entry != moves_.rend(); ++entry) {

@@ -32,9 +32,9 @@ class FocusMoves {
     /// Whether it is not known of all whether the program has come to them.
     bool areOpen() const { return !moves_.empty() && !moves_.back().move.handled; }
     /// What the program tells of itself now; nothing when it does not.
-    void programTold(std::optional<TapTime> latestPress, TapTime now);
+    void programProcessed(std::optional<TapTime> latestPress, TapTime now);
     /// When the program was seen to have come to another press.
-    TapTime latestProgress() const { return toldSince_; }
+    TapTime latestProgress() const { return processedSince_; }
     /// Since when the program has told of no other press, with moves that it may not have come to.
     TapTime quietSince() const;
     /// The program has nothing to do, but was not told of the moves until then.
@@ -59,8 +59,8 @@ class FocusMoves {
 
     std::deque<Entry> moves_;
     TapTime lastPress_;
-    std::optional<TapTime> told_;
-    TapTime toldSince_;
+    std::optional<TapTime> processedPress_;
+    TapTime processedSince_;
     /// When the program was last stuck, from the question that it did not reply to in time.
     std::optional<TapTime> hangsSince_;
     TapTime stuckSince_, stuckUntil_;

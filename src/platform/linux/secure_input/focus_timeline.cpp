@@ -35,34 +35,35 @@ const FocusMove* latestOf(Moves moves, TapTime report) {
     return move == moves.rend() ? nullptr : &*move;
 }
 
-TapTime unexplained(const FocusNews& report) {
-    return report.arrival - (report.isSecret ? kLongestNewsDelay : std::chrono::milliseconds(0));
+TapTime unexplained(const ReportedFocus& report) {
+    return report.arrival - (report.isSecret ? kLongestReportDelay : std::chrono::milliseconds(0));
 }
 
 }  // namespace
 
 std::vector<FocusOnset> focusOnsets(const std::vector<FocusMove>& moves,
-                                    const std::vector<FocusNews>& news) {
-    std::vector<FocusOnset> onsets(news.size());
+                                    const std::vector<ReportedFocus>& reports) {
+    std::vector<FocusOnset> onsets(reports.size());
     // As if the last moves had had no effect, and one may have led to several reports.
     Moves left(moves);
     const FocusMove* latest = nullptr;
-    for (std::size_t i = 0; i < news.size(); ++i) {
-        if (const FocusMove* move = earliestOf(left, news[i].arrival)) {
+    for (std::size_t i = 0; i < reports.size(); ++i) {
+        if (const FocusMove* move = earliestOf(left, reports[i].arrival)) {
             latest = move;
             left = left.subspan(static_cast<std::size_t>(move - left.data()) + 1);
-        } else if (latest && !explains(*latest, news[i].arrival)) {
+        } else if (latest && !explains(*latest, reports[i].arrival)) {
             latest = nullptr;
         }
-        onsets[i].earliest = latest ? latest->time : unexplained(news[i]);
+        onsets[i].earliest = latest ? latest->time : unexplained(reports[i]);
     }
     // As if the first moves had had none.
     left = moves;
-    for (std::size_t i = news.size(); i-- > 0;) {
-        const FocusMove* move = latestOf(left, news[i].arrival);
+    for (std::size_t i = reports.size(); i-- > 0;) {
+        const FocusMove* move = latestOf(left, reports[i].arrival);
         if (move) left = left.first(static_cast<std::size_t>(move - left.data()));
-        onsets[i].latest = move ? std::min(move->end, news[i].arrival) : news[i].arrival;
-        onsets[i].earliest = std::min(onsets[i].earliest, move ? move->time : unexplained(news[i]));
+        onsets[i].latest = move ? std::min(move->end, reports[i].arrival) : reports[i].arrival;
+        onsets[i].earliest =
+            std::min(onsets[i].earliest, move ? move->time : unexplained(reports[i]));
     }
     return onsets;
 }

@@ -23,7 +23,7 @@ struct FocusMove {
 };
 
 /// A program said that its focus has moved.
-struct FocusNews {
+struct ReportedFocus {
     TapTime arrival;
     /// Whether it may have moved to where a secret is typed.
     bool isSecret = false;
@@ -38,14 +38,14 @@ struct FocusOnset {
 
 /// How long after it came to the user's doing a program may say that the focus has moved.
 inline constexpr std::chrono::milliseconds kLongestFocusDelay{1000};
-/// How long the news of a focus that a program moved by itself may be under way.
-inline constexpr std::chrono::milliseconds kLongestNewsDelay{50};
+/// How long the report of a focus that a program moved by itself may take to arrive.
+inline constexpr std::chrono::milliseconds kLongestReportDelay{50};
 
 /// From when on each report held, given the reports and the moves, both oldest first. Each report
 /// is of a move of its own, as far as they suffice; when there are more moves than reports, any of
 /// them may have had no effect. A report that no move explains holds from its arrival on, or a
 /// little earlier when secrets ask for it.
 std::vector<FocusOnset> focusOnsets(const std::vector<FocusMove>& moves,
-                                    const std::vector<FocusNews>& news);
+                                    const std::vector<ReportedFocus>& reports);
 
 }  // namespace quil::linux_platform

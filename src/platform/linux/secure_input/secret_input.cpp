@@ -12,17 +12,17 @@ using std::chrono::milliseconds;
 /// Nobody waits longer than this for a program that does not reply.
 constexpr milliseconds kVerdictTimeout{20000};
 /// How often a program is looked at that has not come to what the user did.
-constexpr milliseconds kGlance{25};
+constexpr milliseconds kPollInterval{25};
 /// A program that takes longer to reply is busy with something.
-constexpr milliseconds kPromptness{100};
+constexpr milliseconds kPromptReply{100};
 /// For so long the active window is taken to be the same one, unless windows get the focus.
-constexpr milliseconds kLook{1000};
+constexpr milliseconds kActiveProgramLifetime{1000};
 constexpr TapTime kNever = TapTime::max();
 
 }  // namespace
 
 SecretInput::SecretInput(FocusSources& sources) : sources_(sources), reports_(sources.reports()) {
-    lookAround();
+    findActiveProgram();
 }
 
 void SecretInput::mayMoveFocus(TapTime time, FocusMoves::Kind kind) {
@@ -47,42 +47,43 @@ void SecretInput::process() {
 /// there at all: what the user did may be nothing to it, such as a key of the window manager's.
 void SecretInput::followProgram() {
     const auto now = sources_.now();
-    if (isLookOutdated(now)) lookAround();
-    moves_.programTold(sources_.latestPressOf(active_), now);
+    if (isActiveProgramOutdated(now)) findActiveProgram();
+    moves_.programProcessed(sources_.latestPressOf(active_), now);
     if (!moves_.areOpen()) return;
-    lookAgainAt(now + kGlance);
-    if (now >= std::max(moves_.quietSince() + kSettling, replied_ + kGlance)) ask();
+    wakeAt(now + kPollInterval);
+    if (now >= std::max(moves_.quietSince() + kSettling, replied_ + kPollInterval)) ask();
 }
 
-bool SecretInput::isLookOutdated(TapTime now) const {
-    return looked_ < windowGotFocus_ + kSettling || looked_ + kLook < now;
+bool SecretInput::isActiveProgramOutdated(TapTime now) const {
+    return activeProgramFound_ < windowGotFocus_ + kSettling ||
+           activeProgramFound_ + kActiveProgramLifetime < now;
 }
 
-void SecretInput::lookAround() {
-    looked_ = sources_.now();
+void SecretInput::findActiveProgram() {
+    activeProgramFound_ = sources_.now();
     const ActiveProgram found = sources_.activeProgram();
     if (found.pid != active_.pid) {
         previousPid_ = active_.pid;
         if (reports_) reports_->learnPrograms();
     }
     active_ = found;
-    speakers_.clear();
+    belongToActive_.clear();
     judgements_ = {};
 }
 
-void SecretInput::lookAgainAt(TapTime time) {
+void SecretInput::wakeAt(TapTime time) {
     nextLook_ = nextLook_ ? std::min(*nextLook_, time) : time;
 }
 
 /// Asks the active program what has the focus, and the one before for the sake of its last keys.
 void SecretInput::ask() {
     if (round_) return;
-    if (isLookOutdated(sources_.now())) lookAround();
+    if (isActiveProgramOutdated(sources_.now())) findActiveProgram();
     std::set<std::int32_t> pids;
     if (active_.pid) pids.insert(*active_.pid);
     if (previousPid_) pids.insert(*previousPid_);
-    for (const auto& [pid, isSpeaker] : speakers_) {
-        if (isSpeaker) pids.insert(pid);
+    for (const auto& [pid, belongs] : belongToActive_) {
+        if (belongs) pids.insert(pid);
     }
     round_ = reports_->askAgain(pids);
     if (round_->replied) finishRound();
@@ -94,9 +95,9 @@ void SecretInput::finishRound() {
     judgements_ = {};
     if (round->failed) {
         moves_.programHangs(round->asked);
-        return lookAgainAt(replied_ + kGlance);
+        return wakeAt(replied_ + kPollInterval);
     }
-    if (replied_ - round->asked > kPromptness) {
+    if (replied_ - round->asked > kPromptReply) {
         moves_.programWasStuck(round->asked, replied_);
     } else if (passed_ >= moves_.quietSince() + kSettling) {
         // The second reply without any progress in between.
@@ -109,10 +110,10 @@ void SecretInput::finishRound() {
 std::optional<bool> SecretInput::isSecret(TapTime key, std::span<const ClientId> grabbers) {
     const bool isKnown = this->isKnown(key);
     if (!isKnown && sources_.now() < verdictDeadline(key)) return {};
-    const auto isStranger = [&](ClientId grabber) {
+    const auto isOther = [&](ClientId grabber) {
         return grabber == kUnknownClient || grabber != active_.client;
     };
-    if (!isKnown || std::ranges::any_of(grabbers, isStranger)) return true;
+    if (!isKnown || std::ranges::any_of(grabbers, isOther)) return true;
     const Judgement& judgement = this->judgement(windowGotFocus_ <= key);
     if (!grabbers.empty() && key < judgement.firstReport) return true;
     return std::ranges::any_of(
@@ -128,21 +129,21 @@ TapTime SecretInput::verdictDeadline(TapTime key) const {
 bool SecretInput::isKnown(TapTime key) {
     const auto now = sources_.now();
     const auto waitUntil = [&](TapTime time) {
-        lookAgainAt(std::min(time, verdictDeadline(key)));
+        wakeAt(std::min(time, verdictDeadline(key)));
         return false;
     };
     const FocusMove* move = moves_.latestBefore(key);
     if (!reports_) {
-        if (move && looked_ < move->time) lookAround();
+        if (move && activeProgramFound_ < move->time) findActiveProgram();
         return true;
     }
-    if (now < key + kLongestNewsDelay) return waitUntil(key + kLongestNewsDelay);
-    if (move && !move->handled) return waitUntil(now + kGlance);
+    if (now < key + kLongestReportDelay) return waitUntil(key + kLongestReportDelay);
+    if (move && !move->handled) return waitUntil(now + kPollInterval);
     if (move) {
         if (now < *move->handled + kSettling) return waitUntil(*move->handled + kSettling);
-        if (passed_ < *move->handled + kSettling && now >= replied_ + kGlance) ask();
+        if (passed_ < *move->handled + kSettling && now >= replied_ + kPollInterval) ask();
         if (round_) return waitUntil(kNever);
-        if (passed_ < *move->handled + kSettling) return waitUntil(now + kGlance);
+        if (passed_ < *move->handled + kSettling) return waitUntil(now + kPollInterval);
     }
     const auto& unknown = judgement(windowGotFocus_ <= key).unknown;
     const bool isOpen = std::ranges::any_of(
@@ -151,9 +152,9 @@ bool SecretInput::isKnown(TapTime key) {
 }
 
 /// Whether that is the active program's process or a helper of it.
-bool SecretInput::speaksForActive(std::int32_t pid) {
+bool SecretInput::belongsToActive(std::int32_t pid) {
     if (!active_.pid) return false;
-    const auto [entry, isNew] = speakers_.try_emplace(pid);
+    const auto [entry, isNew] = belongToActive_.try_emplace(pid);
     if (isNew) entry->second = pid == *active_.pid || sources_.isHelperOf(pid, *active_.pid);
     return entry->second;
 }
@@ -171,7 +172,7 @@ std::vector<const FocusReport*> SecretInput::relevantReports(bool isActiveStill)
     };
     select([&](const FocusReport& report) {
         const auto pid = reports_->processOf(report);
-        return !isActiveStill || (pid && speaksForActive(*pid));
+        return !isActiveStill || (pid && belongsToActive(*pid));
     });
     if (relevant.empty()) {
         select([&](const FocusReport& report) { return report.arrival > windowGotFocus_; });
@@ -184,16 +185,16 @@ const SecretInput::Judgement& SecretInput::judgement(bool isActiveStill) {
     if (judgement) return *judgement;
     judgement.emplace();
     const auto reports = relevantReports(isActiveStill);
-    std::vector<FocusNews> news;
-    news.reserve(reports.size());
+    std::vector<ReportedFocus> reported;
+    reported.reserve(reports.size());
     for (const FocusReport* report : reports) {
-        news.push_back({report->arrival, report->content != FocusReport::Content::plain});
+        reported.push_back({report->arrival, report->content != FocusReport::Content::plain});
     }
-    if (!news.empty()) judgement->firstReport = news.front().arrival;
-    if (std::ranges::none_of(news, &FocusNews::isSecret)) return *judgement;
-    const auto onsets = focusOnsets(moves_.all(), news);
+    if (!reported.empty()) judgement->firstReport = reported.front().arrival;
+    if (std::ranges::none_of(reported, &ReportedFocus::isSecret)) return *judgement;
+    const auto onsets = focusOnsets(moves_.all(), reported);
     for (std::size_t i = 0; i < reports.size(); ++i) {
-        if (!news[i].isSecret) continue;
+        if (!reported[i].isSecret) continue;
         const Span span{onsets[i].earliest, i + 1 < onsets.size() ? onsets[i + 1].latest : kNever};
         const bool isKnown = reports[i]->content == FocusReport::Content::secret;
         (isKnown ? judgement->secrets : judgement->unknown).push_back(span);

@@ -55,14 +55,14 @@ class SecretInput {
     };
 
     void followProgram();
-    bool isLookOutdated(TapTime now) const;
-    void lookAround();
-    void lookAgainAt(TapTime time);
+    bool isActiveProgramOutdated(TapTime now) const;
+    void findActiveProgram();
+    void wakeAt(TapTime time);
     void ask();
     void finishRound();
     bool isKnown(TapTime key);
     TapTime verdictDeadline(TapTime key) const;
-    bool speaksForActive(std::int32_t pid);
+    bool belongsToActive(std::int32_t pid);
     std::vector<const FocusReport*> relevantReports(bool isActiveStill);
     const Judgement& judgement(bool isActiveStill);
 
@@ -72,11 +72,11 @@ class SecretInput {
     FocusMoves moves_;
     TapTime windowGotFocus_;
     /// When the active program was last looked for.
-    TapTime looked_;
+    TapTime activeProgramFound_;
     ActiveProgram active_;
     std::optional<std::int32_t> previousPid_;
     /// Whether these processes speak for the active program.
-    std::map<std::int32_t, bool> speakers_;
+    std::map<std::int32_t, bool> belongToActive_;
     /// The question that is open, when the latest reply came, and when the latest question was
     /// asked that everybody has replied to.
     std::shared_ptr<const FocusReports::Round> round_;

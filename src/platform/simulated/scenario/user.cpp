@@ -9,7 +9,7 @@
 namespace quil::simulated {
 namespace {
 
-using Deed = std::function<void(User&)>;
+using UserAction = std::function<void(User&)>;
 using Limits64 = std::numeric_limits<std::int64_t>;
 
 struct NamedFlag {
@@ -44,18 +44,18 @@ std::uint32_t readEventType(const Node& node) {
     return *type;
 }
 
-Deed readClick(const Node& node) {
+UserAction readClick(const Node& node) {
     return [point = node.point()](User& user) { user.click(point); };
 }
 
-Deed readDrag(const Node& node) {
+UserAction readDrag(const Node& node) {
     node.allowOnly({"from", "to"});
     return [from = node.require("from").point(), to = node.require("to").point()](User& user) {
         user.drag(from, to);
     };
 }
 
-Deed readScroll(const Node& node) {
+UserAction readScroll(const Node& node) {
     node.allowOnly({"at", "lines"});
     return [point = node.require("at").point(),
             lines = node.require("lines").integer(Limits64::min(), Limits64::max())](User& user) {
@@ -67,7 +67,7 @@ std::optional<std::string> optionalText(const std::optional<Node>& node) {
     return node ? std::optional(node->string()) : std::nullopt;
 }
 
-Deed readKey(const Node& node) {
+UserAction readKey(const Node& node) {
     node.allowOnly({"code", "characters", "flags"});
     const auto flags = node.find("flags");
     return
@@ -76,11 +76,11 @@ Deed readKey(const Node& node) {
          flags = flags ? readFlags(*flags) : 0](User& user) { user.key(code, characters, flags); };
 }
 
-Deed readType(const Node& node) {
+UserAction readType(const Node& node) {
     return [text = node.string()](User& user) { user.type(text); };
 }
 
-Deed readEvent(const Node& node) {
+UserAction readEvent(const Node& node) {
     node.allowOnly({"type", "location", "timestamp", "flags", "keyCode", "lines", "characters"});
     UserEvent event{.type = readEventType(node.require("type"))};
     if (const auto value = node.find("location")) event.location = value->point();
@@ -98,23 +98,23 @@ Deed readEvent(const Node& node) {
     return [event](User& user) { user.event(event); };
 }
 
-Deed readDisableTaps(const Node& node) {
+UserAction readDisableTaps(const Node& node) {
     const std::string by = node.string();
     if (by == "timeout") return [](User& user) { user.disableTapsByTimeout(); };
     if (by == "userInput") return [](User& user) { user.disableTapsByUserInput(); };
     node.fail("must be \"timeout\" or \"userInput\"");
 }
 
-Deed readSecureInput(const Node& node) {
+UserAction readSecureInput(const Node& node) {
     return [enabled = node.boolean()](User& user) { user.secureInput(enabled); };
 }
 
-struct DeedReader {
+struct UserActionReader {
     std::string_view name;
-    Deed (*read)(const Node& node);
+    UserAction (*read)(const Node& node);
 };
 
-constexpr DeedReader kDeeds[] = {
+constexpr UserActionReader kUserActions[] = {
     {"click", readClick},
     {"drag", readDrag},
     {"scroll", readScroll},
@@ -125,25 +125,25 @@ constexpr DeedReader kDeeds[] = {
     {"secureInput", readSecureInput},
 };
 
-Deed readDeed(const Node& node) {
+UserAction readUserAction(const Node& node) {
     std::vector<std::string_view> known;
-    std::optional<Deed> deed;
-    for (const DeedReader& reader : kDeeds) {
+    std::optional<UserAction> action;
+    for (const UserActionReader& reader : kUserActions) {
         known.push_back(reader.name);
-        if (const auto value = node.find(reader.name)) deed = reader.read(*value);
+        if (const auto value = node.find(reader.name)) action = reader.read(*value);
     }
     node.allowOnly(known);
-    if (!deed || node.json().size() != 1) node.fail("must have exactly one member");
-    return *deed;
+    if (!action || node.json().size() != 1) node.fail("must have exactly one member");
+    return *action;
 }
 
 }  // namespace
 
 Step readUser(const Node& node, Names&) {
-    std::vector<Deed> deeds;
-    for (const Node& entry : node.oneOrMore()) deeds.push_back(readDeed(entry));
-    return [deeds](Building& building) {
-        for (const Deed& deed : deeds) deed(building.desktop.user());
+    std::vector<UserAction> actions;
+    for (const Node& entry : node.oneOrMore()) actions.push_back(readUserAction(entry));
+    return [actions](Building& building) {
+        for (const UserAction& action : actions) action(building.desktop.user());
     };
 }
 

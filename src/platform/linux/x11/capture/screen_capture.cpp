@@ -48,7 +48,7 @@ std::optional<ShareableContent> X11ScreenCapture::getShareableContent(bool exclu
     if (!connection) return {};
     ShareableContent content;
     auto windows = topLevelWindows(*connection);
-    // The one that has the focus need not be the foremost of its application: tiling, "keep above".
+    // The one that has the focus need not be the topmost of its application: tiling, "keep above".
     if (const auto active = activeWindow(*connection)) {
         std::stable_partition(windows.begin(), windows.end(),
                               [&](const X11Window& window) { return window.id == active->id; });

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "platform/linux/applications/process_rest.h"
+#include "platform/linux/applications/idle_watch.h"
 #include "platform/linux/applications/processes.h"
 #include "platform/linux/x11/windows/window_stack.h"
 
@@ -11,7 +11,7 @@ namespace quil::linux_platform {
 namespace {
 
 /// Keys are kept back for some 20 ms.
-constexpr std::chrono::milliseconds kTimeoutForRestless{200};
+constexpr std::chrono::milliseconds kBusyProgramTimeout{200};
 
 }  // namespace
 
@@ -31,7 +31,7 @@ FocusedClient::FocusedClient(X11Connection& connection)
     : program_(connection, keyboardWindow(connection)) {
     if (!program_.pid()) return;
     inputMethod_ = Gtk4Ibus::find(*program_.pid());
-    hasMapped(*program_.pid(), [this](std::string_view path) {
+    hasMappedFile(*program_.pid(), [this](std::string_view path) {
         keepsKeysBack_ = keepsKeysBack_ || path.find("/libvclplug_") != path.npos;
         takesUnits_ = takesUnits_ || path.find("/libawt_xawt.") != path.npos;
         return keepsKeysBack_ && takesUnits_;
@@ -40,10 +40,10 @@ FocusedClient::FocusedClient(X11Connection& connection)
 
 bool FocusedClient::waitForPings(std::uint32_t open, std::chrono::milliseconds timeout) {
     if (!program_.waitForPings(open, timeout)) return false;
-    if (open == 0 && inputMethod_) inputMethod_->waitForRest();
+    if (open == 0 && inputMethod_) inputMethod_->waitUntilIdle();
     if (open == 0 && keepsKeysBack_) {
-        ProcessRest({*program_.pid()})
-            .wait(ProcessRest::Clock::now() + std::min(timeout, kTimeoutForRestless));
+        IdleWatch({*program_.pid()})
+            .wait(IdleWatch::Clock::now() + std::min(timeout, kBusyProgramTimeout));
     }
     return true;
 }

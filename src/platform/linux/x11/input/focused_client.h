@@ -21,7 +21,7 @@ class FocusedClient {
     bool takesKeysSingly() const { return inputMethod_.has_value(); }
     /// Whether strings of several UTF-16 units overtake keys that the program has not dealt with:
     /// VCL, LibreOffice's toolkit, keeps keys back for a moment while more of them are coming.
-    bool takesStringsAside() const { return keepsKeysBack_; }
+    bool reordersStrings() const { return keepsKeysBack_; }
     /// Whether the program takes a keysym for one UTF-16 unit: AWT, Java's toolkit, cuts off the
     /// rest.
     bool takesUnits() const { return takesUnits_; }

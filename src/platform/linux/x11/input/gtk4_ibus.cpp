@@ -13,11 +13,11 @@ namespace {
 
 constexpr std::chrono::microseconds kLookInterval{200};
 /// IBus needs some milliseconds for a key, more on a busy machine.
-constexpr std::chrono::milliseconds kRestlessTimeout{20};
+constexpr std::chrono::milliseconds kBusyTimeout{20};
 
 /// Whether the module is in the process: `im-ibus` below `gtk-4.0/`.
 bool hasModule(std::int32_t pid) {
-    return hasMapped(pid, [](std::string_view path) {
+    return hasMappedFile(pid, [](std::string_view path) {
         const std::size_t gtk = path.find("/gtk-4.0/");
         return gtk != path.npos && path.find("im-ibus", gtk) != path.npos;
     });
@@ -44,25 +44,25 @@ std::optional<Gtk4Ibus> Gtk4Ibus::find(std::int32_t pid) {
     return Gtk4Ibus(std::move(processes));
 }
 
-void Gtk4Ibus::waitForRest() {
+void Gtk4Ibus::waitUntilIdle() {
     const auto deadline = std::chrono::steady_clock::now() + timeout_;
     // Whoever passes a key on makes the next one run before it sleeps itself: so when none of them
     // has run between two looks at all, none has a key.
     std::vector<std::uint64_t> before;
     while (std::chrono::steady_clock::now() < deadline) {
-        std::vector<std::uint64_t> now = timesRunAtRest();
+        std::vector<std::uint64_t> now = cpuTimesWhenIdle();
         if (!now.empty() && now == before) return;
         before = std::move(now);
         std::this_thread::sleep_for(kLookInterval);
     }
-    timeout_ = kRestlessTimeout;
+    timeout_ = kBusyTimeout;
 }
 
 /// What each has run so far; empty while one of them runs. One that has ended has not run.
-std::vector<std::uint64_t> Gtk4Ibus::timesRunAtRest() const {
+std::vector<std::uint64_t> Gtk4Ibus::cpuTimesWhenIdle() const {
     std::vector<std::uint64_t> times;
     for (const std::int32_t process : processes_) {
-        const auto time = timeRunAtRest(process);
+        const auto time = cpuTimeWhenIdle(process);
         if (!time) return {};
         times.push_back(*time);
     }

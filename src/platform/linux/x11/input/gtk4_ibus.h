@@ -18,11 +18,11 @@ class Gtk4Ibus {
     /// Waits until neither the program nor IBus has anything to do, as there is no notice of when
     /// IBus has dealt with a key. For a program that always has, 1 s at the first time and then 20
     /// ms.
-    void waitForRest();
+    void waitUntilIdle();
 
   private:
     explicit Gtk4Ibus(std::vector<std::int32_t> processes) : processes_(std::move(processes)) {}
-    std::vector<std::uint64_t> timesRunAtRest() const;
+    std::vector<std::uint64_t> cpuTimesWhenIdle() const;
 
     /// The program, IBus and its engines.
     std::vector<std::int32_t> processes_;

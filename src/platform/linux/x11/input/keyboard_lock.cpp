@@ -45,7 +45,7 @@ bool KeyboardLock::isHeld(X11Connection& connection) {
 }
 
 bool KeyboardLock::renew() {
-    if (Clock::now() < nextSign_) return true;
+    if (Clock::now() < nextRenewal_) return true;
     return window_ != XCB_WINDOW_NONE && acquireIf(window_);
 }
 
@@ -69,7 +69,7 @@ void KeyboardLock::acquire() {
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
     xcb_set_selection_owner(connection_.get(), window_, selection_, XCB_CURRENT_TIME);
     if (former != XCB_WINDOW_NONE) xcb_destroy_window(connection_.get(), former);
-    nextSign_ = Clock::now() + kRenewInterval;
+    nextRenewal_ = Clock::now() + kRenewInterval;
 }
 
 }  // namespace quil::linux_platform

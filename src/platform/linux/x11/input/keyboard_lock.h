@@ -33,7 +33,7 @@ class KeyboardLock {
     const xcb_atom_t selection_;
     /// Owns the selection that stands for the lock. A new one is the sign of life.
     xcb_window_t window_ = XCB_WINDOW_NONE;
-    Clock::time_point nextSign_;
+    Clock::time_point nextRenewal_;
 };
 
 }  // namespace quil::linux_platform

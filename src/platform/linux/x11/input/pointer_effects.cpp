@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/applications/process_rest.h"
+#include "platform/linux/applications/idle_watch.h"
 #include "platform/linux/applications/processes.h"
 #include "platform/linux/x11/input/focused_client.h"
 #include "platform/linux/x11/input/window_client.h"
@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kEffectTimeout{2000};
 constexpr milliseconds kButtonLookInterval{1};
 /// Toolkits and window managers nest windows.
-constexpr int kMostNested = 32;
+constexpr int kMaximumNesting = 32;
 
 milliseconds leftUntil(Clock::time_point deadline) {
     return std::max(milliseconds::zero(), std::chrono::ceil<milliseconds>(deadline - Clock::now()));
@@ -45,7 +45,7 @@ xcb_window_t windowAt(X11Connection& connection, Point location) {
     const auto x = static_cast<std::int16_t>(std::floor(location.x));
     const auto y = static_cast<std::int16_t>(std::floor(location.y));
     xcb_window_t window = connection.root();
-    for (int i = 0; i < kMostNested; ++i) {
+    for (int i = 0; i < kMaximumNesting; ++i) {
         const auto inside = connection.reply(
             xcb_translate_coordinates_reply,
             xcb_translate_coordinates(connection.get(), connection.root(), window, x, y));
@@ -68,7 +68,7 @@ void waitForPrograms(X11Connection& connection, std::initializer_list<xcb_window
         if (!program.pid()) continue;
         done.push_back(*program.pid());
         auto processes = processesOfProgram(*program.pid());
-        if (processes.size() > 1) ProcessRest(std::move(processes)).wait(deadline);
+        if (processes.size() > 1) IdleWatch(std::move(processes)).wait(deadline);
     }
 }
 

@@ -79,7 +79,7 @@ void PointerOutput::turnWheel(X11Connection& connection, std::int32_t amount, st
                               std::uint8_t negative) {
     if (amount == 0) return;
     const std::uint8_t button = deviceButton(connection, amount > 0 ? positive : negative);
-    const std::int32_t limited = std::clamp(amount, -kMostWheelClicks, kMostWheelClicks);
+    const std::int32_t limited = std::clamp(amount, -kMaximumWheelClicks, kMaximumWheelClicks);
     for (std::int32_t i = std::abs(limited); i > 0; --i) {
         sendButton(connection, button, true);
         sendButton(connection, button, false);

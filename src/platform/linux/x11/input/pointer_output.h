@@ -11,7 +11,7 @@
 namespace quil::linux_platform {
 
 /// The most wheel clicks in one direction that one event makes.
-inline constexpr std::int32_t kMostWheelClicks = 1000;
+inline constexpr std::int32_t kMaximumWheelClicks = 1000;
 
 /// Sends mouse and wheel events. The pointer moves to the pixel that an event's location is in; a
 /// line of the wheel is a click of the button that scrolls that way. What the user has made of

@@ -50,11 +50,11 @@ Progress waitForAll(KeyboardSession& session, FocusedClient& client) {
 class Pace {
   public:
     explicit Pace(const FocusedClient& client)
-        : mostAtOnce_(client.takesKeysSingly() ? 1 : kStrokesAtOnce),
-          mostAhead_(client.takesKeysSingly()  ? 0
-                     : client.repliesToPings() ? kPartsAhead
-                                               : kPartsAheadWithoutPings),
-          ahead_(client.repliesToPings() ? mostAhead_ : 0) {}
+        : maximumAtOnce_(client.takesKeysSingly() ? 1 : kStrokesAtOnce),
+          maximumAhead_(client.takesKeysSingly()  ? 0
+                        : client.repliesToPings() ? kPartsAhead
+                                                  : kPartsAheadWithoutPings),
+          ahead_(client.repliesToPings() ? maximumAhead_ : 0) {}
 
     /// The strokes of one part.
     std::size_t atOnce() const { return atOnce_; }
@@ -67,15 +67,15 @@ class Pace {
             if (ahead_ == 0) atOnce_ = std::max<std::size_t>(1, atOnce_ / 2);
             ahead_ /= 2;
         } else if (wait < kShortWait) {
-            if (atOnce_ == mostAtOnce_) ahead_ = std::min(mostAhead_, ahead_ + 1);
-            atOnce_ = std::min(mostAtOnce_, atOnce_ * 2);
+            if (atOnce_ == maximumAtOnce_) ahead_ = std::min(maximumAhead_, ahead_ + 1);
+            atOnce_ = std::min(maximumAtOnce_, atOnce_ * 2);
         }
     }
 
   private:
-    std::size_t mostAtOnce_;
-    std::uint32_t mostAhead_;
-    std::size_t atOnce_ = mostAtOnce_;
+    std::size_t maximumAtOnce_;
+    std::uint32_t maximumAhead_;
+    std::size_t atOnce_ = maximumAtOnce_;
     /// None at first for one that does not tell how far it is.
     std::uint32_t ahead_;
 };
@@ -85,7 +85,7 @@ class Pace {
 std::span<const Stroke> nextPart(const FocusedClient& client, std::span<const Stroke> strokes,
                                  std::size_t atOnce) {
     const auto part = strokes.first(std::min(strokes.size(), atOnce));
-    if (!client.takesStringsAside()) return part;
+    if (!client.reordersStrings()) return part;
     const auto change = std::ranges::adjacent_find(
         part, [](const Stroke& a, const Stroke& b) { return a.isString || b.isString; });
     if (change == part.end()) return part;
@@ -111,11 +111,11 @@ Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
         // in the middle of stay down. So one part at the most is on its way.
         session.connection().sync();
         strokes = strokes.subspan(part.size());
-        const bool mayOvertake = client.takesStringsAside() && !strokes.empty() &&
-                                 (strokes.front().isString || part.back().isString);
+        const bool mayReorder = client.reordersStrings() && !strokes.empty() &&
+                                (strokes.front().isString || part.back().isString);
         if (progress == Progress::done) {
             const auto began = std::chrono::steady_clock::now();
-            progress = waitFor(session, client, mayOvertake ? 0 : pace.ahead());
+            progress = waitFor(session, client, mayReorder ? 0 : pace.ahead());
             pace.adapt(std::chrono::steady_clock::now() - began);
         }
         if (progress == Progress::lostLock || !session.keepLock()) return Progress::lostLock;

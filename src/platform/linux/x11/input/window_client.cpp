@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "platform/linux/applications/process_rest.h"
+#include "platform/linux/applications/idle_watch.h"
 #include "platform/linux/applications/processes.h"
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/windows/window_owners.h"
@@ -15,13 +15,13 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
-constexpr int kMostAncestors = 32;
+constexpr int kMaximumAncestors = 32;
 /// Keys may close the window that they go to; then there is no reply.
 constexpr milliseconds kWindowLookInterval{100};
-constexpr milliseconds kLifelessTimeout{5000};
+constexpr milliseconds kUnresponsiveTimeout{5000};
 constexpr milliseconds kBusyTimeout{30'000};
 /// A program that hangs still has a thread that looks at the clock now and then.
-constexpr nanoseconds kActivityOfLife = milliseconds(20);
+constexpr nanoseconds kMinimumActivity = milliseconds(20);
 
 bool declaresPings(X11Connection& connection, xcb_window_t window) {
     return readProperty(connection, window, "WM_PROTOCOLS")
@@ -59,7 +59,7 @@ void selectRootEvents(X11Connection& connection, std::uint32_t mask) {
 /// What the process has run and wanted to run.
 std::uint64_t activityOf(std::int32_t pid) {
     std::uint64_t sum = 0;
-    for (const ThreadActivity& thread : threadsOf(pid)) sum += thread.timeRun + thread.timeReady;
+    for (const ThreadActivity& thread : threadsOf(pid)) sum += thread.cpuTime + thread.waitTime;
     return sum;
 }
 
@@ -74,7 +74,8 @@ WindowClient::WindowClient(X11Connection& connection, xcb_window_t window)
     }
     pid_ = processOf(connection, window_);
     // Toolkits often give the focus to a window inside of the one that everybody knows.
-    for (int i = 0; i < kMostAncestors && window != XCB_WINDOW_NONE && window != connection.root();
+    for (int i = 0;
+         i < kMaximumAncestors && window != XCB_WINDOW_NONE && window != connection.root();
          ++i, window = parentOf(connection, window)) {
         if (!declaresPings(connection, window)) continue;
         window_ = window;
@@ -93,7 +94,7 @@ WindowClient::~WindowClient() {
 
 void WindowClient::noteReplied(std::uint32_t last) {
     lastReplied_ = last;
-    lastProgress_ = lastSign_ = Clock::now();
+    lastProgress_ = lastActivity_ = Clock::now();
 }
 
 void WindowClient::sendPing() {
@@ -123,28 +124,28 @@ bool WindowClient::waitForPings(std::uint32_t open, milliseconds timeout) {
             hasReplied = waitForReply(deadline);
         } else {
             connection_.sync();
-            hasReplied = ProcessRest({pid_.value_or(0)}).wait(deadline);
+            hasReplied = IdleWatch({pid_.value_or(0)}).wait(deadline);
             if (hasReplied) noteReplied(lastPing_);
         }
         if (hasReplied) continue;
-        lookForLife();
+        checkActivity();
         return false;
     }
     return true;
 }
 
-void WindowClient::lookForLife() {
+void WindowClient::checkActivity() {
     if (!pid_) return;
     const std::uint64_t activity = activityOf(*pid_);
-    if (activity - activity_ >= static_cast<std::uint64_t>(kActivityOfLife.count())) {
-        lastSign_ = Clock::now();
+    if (activity - activity_ >= static_cast<std::uint64_t>(kMinimumActivity.count())) {
+        lastActivity_ = Clock::now();
     }
     activity_ = activity;
 }
 
 bool WindowClient::isHanging() const {
     const auto now = Clock::now();
-    return now - lastSign_ >= kLifelessTimeout || now - lastProgress_ >= kBusyTimeout;
+    return now - lastActivity_ >= kUnresponsiveTimeout || now - lastProgress_ >= kBusyTimeout;
 }
 
 /// Takes the next reply to one of our pings; false when there is none.

@@ -11,7 +11,7 @@ namespace quil::linux_platform {
 /// The program that a window belongs to, and how far it is with the events that it gets.
 ///
 /// One that replies to the window manager's pings ("_NET_WM_PING") replies when it has dealt with
-/// all that came before. One that does not is judged by its process (`ProcessRest`).
+/// all that came before. One that does not is judged by its process (`IdleWatch`).
 class WindowClient {
   public:
     /// While this lives, the connection's events are ours. `XCB_WINDOW_NONE` stands for no
@@ -42,7 +42,7 @@ class WindowClient {
     bool waitForReply(Clock::time_point deadline);
     bool takeReply();
     void noteReplied(std::uint32_t last);
-    void lookForLife();
+    void checkActivity();
 
     X11Connection& connection_;
     /// The window that replies to pings, if there is one, else the one that was given.
@@ -53,7 +53,7 @@ class WindowClient {
     std::uint32_t lastReplied_ = 0;
 
     Clock::time_point lastProgress_;
-    Clock::time_point lastSign_;
+    Clock::time_point lastActivity_;
     std::uint64_t activity_ = 0;
 };
 

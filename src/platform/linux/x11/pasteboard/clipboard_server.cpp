@@ -63,7 +63,7 @@ std::optional<std::string> ClipboardServer::text() {
 
 void ClipboardServer::clear() {
     onThread<void>([this] {
-        letClientsFinish();
+        finishTransfers();
         clearTime_ = window_.serverTime();
         clearsAt_ = Clock::now() + kOfferFollows;
     });
@@ -84,7 +84,7 @@ void ClipboardServer::clearNow() {
 }
 
 /// A client that is slow asks for the next form at a time at which something else is on offer.
-void ClipboardServer::letClientsFinish() {
+void ClipboardServer::finishTransfers() {
     window_.handleEvents();
     const auto end = Clock::now() + kFetchTimeout;
     while (connection_->isAlive() && Clock::now() < end) {
@@ -166,7 +166,7 @@ void ClipboardServer::run() {
         if (isEnding) return handOver();
         window_.handleEvents();
         if (clearsAt_ && *clearsAt_ <= Clock::now()) clearNow();
-        responder_.giveUpStalled();
+        responder_.abandonStalled();
         window_.sleepUntil(std::min(responder_.nextDeadline(), clearsAt_.value_or(kNever)),
                            wake_.descriptor());
     }

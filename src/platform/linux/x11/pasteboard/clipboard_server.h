@@ -45,7 +45,7 @@ class ClipboardServer {
     void handle(const xcb_generic_event_t& event);
     bool take(SharedText text, xcb_timestamp_t time);
     void clearNow();
-    void letClientsFinish();
+    void finishTransfers();
     void handOver();
     /// Runs the task on the thread and waits for it.
     template <typename Result>

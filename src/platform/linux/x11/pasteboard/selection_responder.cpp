@@ -12,7 +12,7 @@ namespace {
 
 /// More than this goes over in parts of this size, below what any server takes in one request.
 constexpr std::size_t kPartBytes = std::size_t{128} << 10;
-constexpr std::chrono::seconds kStalled{10};
+constexpr std::chrono::seconds kStalledTimeout{10};
 /// After a client has asked what there is, it asks for that; after a text, perhaps for another
 /// form.
 constexpr std::chrono::milliseconds kTextFollows{1000};
@@ -134,7 +134,8 @@ void SelectionResponder::writeText(xcb_window_t requestor, xcb_atom_t property, 
     const auto size = static_cast<std::uint32_t>(bytes->size());
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, requestor, property,
                         connection_.atom("INCR"), 32, 1, &size);
-    transfers_.push_back({requestor, property, type, std::move(bytes), 0, Clock::now() + kStalled});
+    transfers_.push_back(
+        {requestor, property, type, std::move(bytes), 0, Clock::now() + kStalledTimeout});
 }
 
 void SelectionResponder::propertyChanged(const xcb_property_notify_event_t& event) {
@@ -149,7 +150,7 @@ void SelectionResponder::propertyChanged(const xcb_property_notify_event_t& even
                         transfer->property, transfer->type, 8, static_cast<std::uint32_t>(size),
                         transfer->bytes->data() + transfer->sent);
     transfer->sent += size;
-    transfer->deadline = Clock::now() + kStalled;
+    transfer->deadline = Clock::now() + kStalledTimeout;
     if (size == 0) end(transfer);
     xcb_flush(connection_.get());
 }
@@ -189,7 +190,7 @@ SelectionResponder::Clock::time_point SelectionResponder::nextDeadline() const {
     return next;
 }
 
-void SelectionResponder::giveUpStalled() {
+void SelectionResponder::abandonStalled() {
     const auto now = Clock::now();
     for (auto transfer = transfers_.begin(); transfer != transfers_.end();) {
         const auto current = transfer++;

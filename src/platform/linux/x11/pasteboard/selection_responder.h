@@ -28,7 +28,7 @@ class SelectionResponder {
     /// When the next transfer that makes no progress is given up; far away when there is none.
     SelectionWindow::Clock::time_point nextDeadline() const;
     /// Gives up the transfers whose time has come.
-    void giveUpStalled();
+    void abandonStalled();
 
   private:
     using Clock = SelectionWindow::Clock;

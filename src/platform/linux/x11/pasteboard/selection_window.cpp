@@ -35,7 +35,7 @@ void SelectionWindow::handleEvents() {
 
 /// What has arrived, if anything.
 XcbEvent SelectionWindow::nextEvent() {
-    if (setAside_) return std::move(setAside_);
+    if (deferred_) return std::move(deferred_);
     return XcbEvent(xcb_poll_for_event(connection_->get()));
 }
 
@@ -55,8 +55,8 @@ XcbEvent SelectionWindow::waitFor(const std::function<bool(const xcb_generic_eve
 void SelectionWindow::sleepUntil(Clock::time_point time, int otherDescriptor) {
     xcb_flush(connection_->get());
     // What was read along with a reply is waiting in the library and not at the descriptor.
-    if (!setAside_) setAside_.reset(xcb_poll_for_queued_event(connection_->get()));
-    if (setAside_) return;
+    if (!deferred_) deferred_.reset(xcb_poll_for_queued_event(connection_->get()));
+    if (deferred_) return;
     const auto left = std::chrono::ceil<milliseconds>(std::min(time - Clock::now(), kLongestSleep));
     const auto timeout = std::max<std::int64_t>(left.count(), 0);
     // Of a server that has gone nothing is to be expected; its descriptor would end every sleep.

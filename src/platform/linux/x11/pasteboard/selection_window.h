@@ -44,7 +44,7 @@ class SelectionWindow {
     EventHandler handler_;
     xcb_window_t window_;
     /// Found by a sleep, for the next look at events.
-    XcbEvent setAside_;
+    XcbEvent deferred_;
 };
 
 }  // namespace quil::linux_platform

@@ -15,7 +15,7 @@ constexpr std::string_view kWorkspacePerMonitor[] = {"awesome", "bspwm", "herbst
                                                      "LG3D",    "qtile", "spectrwm",     "xmonad"};
 
 /// The window that vouches for the window manager: the root names it, and it names itself.
-std::optional<xcb_window_t> vouchingWindow(X11Connection& connection) {
+std::optional<xcb_window_t> supportingWindow(X11Connection& connection) {
     constexpr std::string_view kCheck = "_NET_SUPPORTING_WM_CHECK";
     const auto named = readProperty(connection, connection.root(), kCheck).number();
     if (!named || readProperty(connection, *named, kCheck).number() != named) return {};
@@ -23,9 +23,9 @@ std::optional<xcb_window_t> vouchingWindow(X11Connection& connection) {
 }
 
 bool hasWorkspacePerMonitor(X11Connection& connection) {
-    const auto vouching = vouchingWindow(connection);
-    if (!vouching) return false;
-    const auto name = readProperty(connection, *vouching, "_NET_WM_NAME").text();
+    const auto supporting = supportingWindow(connection);
+    if (!supporting) return false;
+    const auto name = readProperty(connection, *supporting, "_NET_WM_NAME").text();
     return name && std::find(std::begin(kWorkspacePerMonitor), std::end(kWorkspacePerMonitor),
                              *name) != std::end(kWorkspacePerMonitor);
 }
@@ -35,7 +35,7 @@ bool hasWorkspacePerMonitor(X11Connection& connection) {
 std::optional<WindowManager> readWindowManager(X11Connection& connection) {
     PropertyRequest stacking(connection, connection.root(), "_NET_CLIENT_LIST_STACKING");
     PropertyRequest active(connection, connection.root(), "_NET_ACTIVE_WINDOW");
-    const bool isRunning = vouchingWindow(connection).has_value();
+    const bool isRunning = supportingWindow(connection).has_value();
     stacking.read(connection);
     active.read(connection);
     if (!isRunning) return {};

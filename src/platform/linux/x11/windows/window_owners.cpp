@@ -57,11 +57,11 @@ std::optional<std::int32_t> WindowOwners::read(std::size_t index, const Property
 
 std::set<std::int32_t> processesOnDisplay(X11Connection& connection) {
     if (!connection.hasExtension(xcb_res_id)) return {};
-    const auto answer = connection.reply(xcb_res_query_client_ids_reply,
-                                         askForClient(connection, /*resource=*/XCB_NONE));
+    const auto reply = connection.reply(xcb_res_query_client_ids_reply,
+                                        askForClient(connection, /*resource=*/XCB_NONE));
     std::set<std::int32_t> processes;
-    if (!answer) return processes;
-    for (auto id = xcb_res_query_client_ids_ids_iterator(answer.get()); id.rem > 0;
+    if (!reply) return processes;
+    for (auto id = xcb_res_query_client_ids_ids_iterator(reply.get()); id.rem > 0;
          xcb_res_client_id_value_next(&id)) {
         const bool isProcess = id.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID &&
                                xcb_res_client_id_value_value_length(id.data) > 0;

@@ -15,7 +15,7 @@ std::vector<X11Window> topLevelWindows(X11Connection& connection);
 
 /// The window that the user works in: the window manager's active window, else the top-level
 /// window that holds the input focus. Without a window manager, keys often go to whatever window
-/// the pointer is in; then it is that window, else the foremost one. Nothing when there is none or
+/// the pointer is in; then it is that window, else the topmost one. Nothing when there is none or
 /// it has just gone.
 std::optional<X11Window> activeWindow(X11Connection& connection);
 

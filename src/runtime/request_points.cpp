@@ -1,4 +1,4 @@
-#include "runtime/places.h"
+#include "runtime/request_points.h"
 
 #include "accessibility/ax_elements.h"
 #include "screen/display_geometry.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/applications/process_rest.h"
+#include "platform/linux/applications/idle_watch.h"
 
 #include <algorithm>
 #include <thread>
@@ -12,46 +12,46 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kLookInterval{4};
 /// Processes that have slept through this many looks are at rest.
-constexpr int kLooksAtRest = 5;
+constexpr int kIdleSamples = 5;
 /// A thread that is never at rest has gone through its loop when it was found asleep so often.
-constexpr int kSleepsOfRestless = 10;
+constexpr int kSleepsOfBusyThread = 10;
 constexpr milliseconds kBusyThreadTimeout{2000};
 /// For processes that cannot be looked at.
-constexpr milliseconds kBlindWait{300};
+constexpr milliseconds kUnreadableProcessDelay{300};
 
 }  // namespace
 
-bool ProcessRest::look() {
-    std::uint64_t timeRun = 0;
+bool IdleWatch::look() {
+    std::uint64_t cpuTime = 0;
     bool allSleep = true;
     isVisible_ = false;
     for (const std::int32_t process : processes_) {
         for (const ThreadActivity& thread : threadsOf(process)) {
             isVisible_ = true;
-            timeRun += thread.timeRun;
-            allSleep = allSleep && thread.isAsleep;
+            cpuTime += thread.cpuTime;
+            allSleep = allSleep && thread.isSleeping;
             int& sleeps = sleeps_[thread.id];
-            if (thread.isAsleep) ++sleeps;
+            if (thread.isSleeping) ++sleeps;
         }
     }
-    looksAtRest_ = allSleep && timeRun == timeRun_ ? looksAtRest_ + 1 : 0;
-    timeRun_ = timeRun;
-    return looksAtRest_ >= kLooksAtRest;
+    idleSamples_ = allSleep && cpuTime == cpuTime_ ? idleSamples_ + 1 : 0;
+    cpuTime_ = cpuTime;
+    return idleSamples_ >= kIdleSamples;
 }
 
-bool ProcessRest::wait(Clock::time_point deadline) {
+bool IdleWatch::wait(Clock::time_point deadline) {
     const auto began = Clock::now();
-    const auto hasSlept = [](const auto& entry) { return entry.second >= kSleepsOfRestless; };
+    const auto hasSlept = [](const auto& entry) { return entry.second >= kSleepsOfBusyThread; };
     while (!look()) {
         const auto now = Clock::now();
         if (now >= deadline) return false;
         if (!isVisible_) {
-            std::this_thread::sleep_until(std::min(deadline, now + kBlindWait));
+            std::this_thread::sleep_until(std::min(deadline, now + kUnreadableProcessDelay));
             return true;
         }
         if (std::ranges::all_of(sleeps_, hasSlept)) return true;
         const bool firstThreadsSleep = std::ranges::all_of(processes_, [&](std::int32_t process) {
-            return sleeps_[process] >= kSleepsOfRestless;
+            return sleeps_[process] >= kSleepsOfBusyThread;
         });
         if (firstThreadsSleep && now >= began + kBusyThreadTimeout) return true;
         std::this_thread::sleep_for(kLookInterval);

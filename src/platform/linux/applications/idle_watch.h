@@ -11,11 +11,11 @@ namespace quil::linux_platform {
 /// Watches processes until they have dealt with what they were sent, as far as that shows from
 /// outside: they have come to rest, or, for those that never do (an animation, a terminal that
 /// prints), each of their threads has gone to sleep many times, as it does when its queue is empty.
-class ProcessRest {
+class IdleWatch {
   public:
     using Clock = std::chrono::steady_clock;
 
-    explicit ProcessRest(std::vector<std::int32_t> processes) : processes_(std::move(processes)) {}
+    explicit IdleWatch(std::vector<std::int32_t> processes) : processes_(std::move(processes)) {}
 
     /// Whether that was so before the deadline. A thread that never sleeps, while the processes'
     /// first threads do, is waited for 2 s at the most. Processes that cannot be looked at are
@@ -28,8 +28,8 @@ class ProcessRest {
     std::vector<std::int32_t> processes_;
     bool isVisible_ = false;
     /// What all threads had run at the last look; absent while one of them ran.
-    std::uint64_t timeRun_ = 0;
-    int looksAtRest_ = 0;
+    std::uint64_t cpuTime_ = 0;
+    int idleSamples_ = 0;
     /// By thread: looks that have found it asleep.
     std::map<std::int32_t, int> sleeps_;
 };

@@ -23,7 +23,7 @@ inline constexpr int kAxMaximumDepth = 40;
 /// One recorded element. Optional texts are clipped to AX_FIELD_LIMIT characters and never empty;
 /// what the element does not say is absent.
 struct AxNode {
-    /// The element's place in the tree: "e0" for the root, "e0.3" for its fourth child.
+    /// The element's position in the tree: "e0" for the root, "e0.3" for its fourth child.
     std::string token;
     /// "AXRole", else "AXUnknown".
     std::string role;

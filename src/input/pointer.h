@@ -9,7 +9,7 @@
 #include "platform/event_posting.h"
 #include "platform/geometry.h"
 
-/// Synthetic pointer input, at places in global screen coordinates. Nothing is reported: an event
+/// Synthetic pointer input, at points in global screen coordinates. Nothing is reported: an event
 /// that cannot be made is left out and the others are posted.
 namespace quil {
 

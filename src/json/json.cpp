@@ -37,17 +37,16 @@ class Builder : public nlohmann::json_sax<Json> {
     }
 
   private:
-    Json* place(Json value) {
+    Json* insert(Json value) {
         if (open_.empty()) return &(root_ = std::move(value));
         if (open_.back()->is_array()) return &open_.back()->emplace_back(std::move(value));
         return &(*member_ = std::move(value));
     }
-    bool add(Json value) {
-        place(std::move(value));
+    bool add(Json value) { insert(std::move(value));
         return true;
     }
     bool open(Json container) {
-        open_.push_back(place(std::move(container)));
+        open_.push_back(insert(std::move(container)));
         return true;
     }
     bool close() {
@@ -56,7 +55,7 @@ class Builder : public nlohmann::json_sax<Json> {
     }
 
     Json root_;
-    std::vector<Json*> open_;  // the containers around the place that is read, the innermost last
+    std::vector<Json*> open_;  // the containers around what is being read, the innermost last
     Json* member_ = nullptr;   // of the innermost object: the one whose value comes next
 };
 

@@ -77,7 +77,7 @@ class EventPosting {
     virtual PostableEventRef createKeyboardEvent(EventSource* source, std::uint16_t keyCode,
                                                  bool keyDown) = 0;
 
-    /// Places a wheel event, in global screen coordinates.
+    /// Sets where a wheel event happens, in global screen coordinates.
     virtual void setLocation(PostableEvent& event, Point point) = 0;
     /// Replaces the modifier flags of a keyboard or mouse event. On a platform whose mouse events
     /// carry no flags of their own, those of a mouse event have no effect.
@@ -93,8 +93,7 @@ class EventPosting {
     /// Makes a keyboard event type this text instead of its key.
     virtual void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) = 0;
 
-    /// Puts the event into the input stream at that place (`kHidEventTap`). Nothing tells whether
-    /// it arrives.
+    /// Puts the event into the input stream at that location (`kHidEventTap`). Nothing says whether it arrives.
     virtual void post(std::uint32_t tapLocation, const PostableEvent& event) = 0;
 };
 

@@ -2,7 +2,7 @@
 
 namespace quil {
 
-/// A place in global screen coordinates: points (not pixels), x growing to the right and y
+/// A point in global screen coordinates: points (not pixels), x growing to the right and y
 /// downward. The origin is the top-left corner of the main display, so that displays left of or
 /// above it have negative coordinates; on an X server it is that of the whole screen, and a point
 /// is a pixel.

@@ -30,7 +30,7 @@ struct RecordedInput {
 /// clock as it is now, so that records follow a clock that is set.
 std::int64_t eventEpochMillis(Clock& clock, const TappedEvent& event);
 
-/// {"id", "at", "kind", "action", "params"} and, for the pointer, "target" with its place as
+/// {"id", "at", "kind", "action", "params"} and, for the pointer, "target" with its position as
 /// fractions of the virtual screen and, where there is one, the display. Every payload has a new
 /// id, also when the record is the same.
 Json inputEventPayload(Clock& clock, Displays& displays, const RecordedInput& record);

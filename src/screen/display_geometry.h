@@ -9,7 +9,7 @@
 #include "platform/displays.h"
 #include "platform/geometry.h"
 
-/// Requests and records name places as fractions of the virtual screen, the smallest rectangle that
+/// Requests and records name points as fractions of the virtual screen, the smallest rectangle that
 /// covers all active displays. Here they become global screen coordinates and back. Nothing is
 /// kept: every operation asks for the displays as they are now.
 namespace quil {

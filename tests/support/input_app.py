@@ -91,7 +91,7 @@ def gtk3(has_events):
         "area": area.grab_focus, "field": field.grab_focus}
 
     def read_command(*_):
-        """Answers once the events that the server has sent are dealt with: the toolkit keeps the
+        """Answers once the events that the server has sent are processed: the toolkit keeps the
         pointer's motion back until the next frame."""
         line = sys.stdin.readline()
         window.get_display().sync()

@@ -22,7 +22,7 @@ class InputProgram(Program):
         self.ask("text")
 
     def ask(self, what):
-        """The answer, given once the events that have arrived are dealt with."""
+        """The answer, given once the events that have arrived are processed."""
         self.process.stdin.write(what + "\n")
         self.process.stdin.flush()
         return json.loads(self.process.stdout.readline())

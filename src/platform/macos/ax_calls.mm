@@ -13,7 +13,7 @@ AxResult resultOf(AXError code, CFTypeRef value) {
     return {.value = valueOf(value)};
 }
 
-/// In place of a value that it could not read, the combined call puts the error, or a null.
+/// Instead of a value that it could not read, the combined call puts the error, or a null.
 AxResult resultAt(CFArrayRef values, CFIndex index) {
     CFTypeRef entry = CFArrayGetValueAtIndex(values, index);
     if (!entry || CFGetTypeID(entry) == CFNullGetTypeID()) return {.code = kAxNoValue};

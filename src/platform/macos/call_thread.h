@@ -12,7 +12,7 @@
 namespace quil::macos {
 
 /// A thread for calls that take as long as another process likes: started with the first of them,
-/// it makes one at a time. Whoever destroys it does not wait for a call that is under way.
+/// it makes one at a time. Destroying it does not wait for a call that is under way.
 class CallThread {
   public:
     /// The thread will have that name.

@@ -5,7 +5,7 @@
 
 namespace quil::macos {
 
-/// The general NSPasteboard, which is for one thread: a thread of its own, since whoever owns the
+/// The general NSPasteboard, which is for one thread: a thread of its own, since the process that owns the
 /// contents may keep a read waiting (what it has only promised, a question to the user), and the
 /// main thread has keys to translate and the process to end. Nothing is written while a read is
 /// under way that we have given up: the write is refused.

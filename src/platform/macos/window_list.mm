@@ -33,7 +33,7 @@ std::optional<Value> attribute(MacAccessibility& accessibility, const ElementRef
     return value;
 }
 
-/// Whether the accessible window is the one of the window list: at its place, and of its title
+/// Whether the accessible window is the one of the window list: at its position, and of its title
 /// where the list tells it (which takes the Screen Recording permission).
 bool isSameWindow(MacAccessibility& accessibility, const ElementRef& element,
                   const Value::Dictionary& window) {

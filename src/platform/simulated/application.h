@@ -11,7 +11,7 @@
 namespace quil::simulated {
 
 /// A window: an element, an entry of the window list, and something that can be captured. Its
-/// "AXTitle" is its title, its "AXPosition" and "AXSize" its place everywhere.
+/// "AXTitle" is its title, its "AXPosition" and "AXSize" its bounds everywhere.
 class Window : public Element {
   public:
     /// `owner` is null for a window that belongs to no application.

@@ -142,8 +142,8 @@ simulated::Rule& SimulatedDesktop::on(std::string_view call) {
 
 void SimulatedDesktop::at(double seconds, Change change) {
     const auto time = DesktopClock::nanoseconds(seconds);
-    const auto place = std::ranges::upper_bound(timedChanges_, time, {}, &TimedChange::time);
-    timedChanges_.insert(place, {time, std::move(change)});
+    const auto position = std::ranges::upper_bound(timedChanges_, time, {}, &TimedChange::time);
+    timedChanges_.insert(position, {time, std::move(change)});
 }
 
 void SimulatedDesktop::onRequest(int n, Change change) {

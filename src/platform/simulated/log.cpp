@@ -35,7 +35,7 @@ constexpr NamedEventType kEventTypeNames[] = {
     {kEventTapDisabledByUserInput, "tapDisabledByUserInput"},
 };
 
-/// With as few digits as tell the number from every other.
+/// With as few digits as distinguish the number from every other.
 std::string decimal(double number) {
     char text[32];
     for (int digits = 15; digits <= 17; ++digits) {

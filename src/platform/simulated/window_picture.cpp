@@ -48,10 +48,10 @@ class Painter {
         }
     }
 
-    static int pixel(double place, int limit) {
-        // Clamped before the conversion, which huge and non-finite places would not survive.
-        if (std::isnan(place)) return 0;
-        return static_cast<int>(std::clamp(place, 0.0, static_cast<double>(limit)));
+    static int pixel(double position, int limit) {
+        // Clamped before the conversion, which huge and non-finite positions would not survive.
+        if (std::isnan(position)) return 0;
+        return static_cast<int>(std::clamp(position, 0.0, static_cast<double>(limit)));
     }
 
     Picture& picture_;

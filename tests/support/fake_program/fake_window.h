@@ -16,7 +16,7 @@ class FakeWindow {
 
     xcb_window_t id() const { return window_; }
     int descriptor() const { return xcb_get_file_descriptor(connection_); }
-    /// Deals with what has arrived, and finds out where the window is.
+    /// Processes what has arrived, and finds out where the window is.
     void update();
     int x() const { return x_; }
     int y() const { return y_; }

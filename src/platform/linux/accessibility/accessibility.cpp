@@ -138,7 +138,7 @@ std::int32_t LinuxAccessibility::copyFocusedWindow(const ElementRef& element,
     const auto names = lookup_.busNamesOf(handle->pid());
     if (names.empty()) return kAxCannotComplete;
     auto window = focusedWindow(bus_, display_, handle->pid(), names);
-    // A program that has only just joined the bus may not have told about its windows yet.
+    // A program that has only just joined the bus may not list its windows yet.
     const auto deadline = bus_.program(names.front()).firstContact() + kWindowTimeout;
     while (!window && BusClock::now() < deadline && ownsActiveWindow(display_, handle->pid())) {
         std::this_thread::sleep_for(kWindowPollInterval);

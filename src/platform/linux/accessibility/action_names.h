@@ -13,7 +13,7 @@ inline constexpr std::string_view kScrollDownByPage = "AXScrollDownByPage";
 
 /// The names that a toolkit's actions have for hosts, one per action and in their order: what a
 /// plain click triggers is "AXPress", the others are "AX" and their name in camel case. An action
-/// whose name is taken by one before it keeps its place under an empty name.
+/// whose name is taken by one before it keeps its index under an empty name.
 ///
 /// Browsers offer an action for whatever a click does on every element, plain text included; only
 /// of what people click at is it a press.

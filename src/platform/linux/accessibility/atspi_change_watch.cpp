@@ -86,7 +86,7 @@ void AtspiChangeWatch::learnProcess(const std::string& busName) {
         "s", busName.c_str());
 }
 
-/// Deals with what has arrived. Whether something was noticed since the last call.
+/// Processes what has arrived. Whether something was noticed since the last call.
 bool AtspiChangeWatch::process() {
     if (hasBus_ && !bus_.bus().isAlive()) hasBus_ = false;
     if (server_) {

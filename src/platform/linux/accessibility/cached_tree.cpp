@@ -48,7 +48,7 @@ bool CachedTree::read(sd_bus_message* message) {
     return true;
 }
 
-/// Children are listed under their parents when every place has exactly one of them. Otherwise (the
+/// Children are listed under their parents when every index has exactly one of them. Otherwise (the
 /// list leaves some out, or the tree was changing) they have to be asked for.
 void CachedTree::linkChildren() {
     for (auto& [element, facts] : facts_) {

@@ -48,7 +48,7 @@ std::optional<double> likelyScale(Size units, Size pixels, bool isWhole) {
     return best > 0 ? std::optional(best) : std::nullopt;
 }
 
-/// Toolkits with whole scales cut fractions off the window's place.
+/// Toolkits with whole scales cut fractions off the window's position.
 Point unitsOf(Point pixels, double scale) {
     return {std::trunc(pixels.x / scale), std::trunc(pixels.y / scale)};
 }

@@ -12,7 +12,7 @@ namespace quil::linux_platform {
 
 /// How coordinates of a toolkit become global screen coordinates, in one X window.
 struct CoordinateMap {
-    /// The same place in the toolkit's coordinates and on the screen.
+    /// The same point in the toolkit's coordinates and on the screen.
     Point from;
     Point to;
     /// Pixels of one unit.
@@ -40,7 +40,7 @@ struct WindowFit {
     CoordinateMap map;
     /// The sizes agree. Otherwise the toolkit counts the decorations in, or something of the kind.
     bool hasSize = false;
-    /// The places agree, too: who counts from the corner of the screen has the X window there.
+    /// The positions agree, too: a toolkit with screen coordinates gives those of the X window.
     bool hasPosition = false;
 };
 /// Nothing when the two cannot be the same window, or when it cannot be known where the toolkit's

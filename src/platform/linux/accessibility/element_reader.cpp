@@ -12,7 +12,7 @@ std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Ne
                        Facts& facts, const ReadingLimits& limits) {
     AtspiProgram& program = bus.introducedProgram(element.busName);
     for (FactSet next = needs(facts); !next.isEmpty(); next = needs(facts)) {
-        // Tells a missing element from a missing attribute.
+        // Distinguishes a missing element from a missing attribute.
         next.add(FactSet{Fact::states}.without(facts.asked));
         queryFacts({program, element.path, limits.maximumChildren}, next, facts, [] {});
         bus.waitForReplies(limits.deadline);

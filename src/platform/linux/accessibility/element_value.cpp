@@ -18,7 +18,7 @@ enum class Kind {
     text,
     /// The text of an element that has no name, unless its children have that text.
     label,
-    /// A number, and in its place the text of one that has no range of numbers (a date).
+    /// A number, or instead the text of one that has no range of numbers (a date).
     number,
     /// A text where there is one, else nothing: what is written into a cell.
     cell,
@@ -174,7 +174,7 @@ std::int32_t readText(const Facts& facts, std::optional<Value>& value) {
     return 0;
 }
 
-/// The children have the text when there are more of them than places for embedded elements; not
+/// The children have the text when there are more of them than placeholders for embedded elements; not
 /// where it can be read as that of an editor (Qt's, with scroll bars as its children).
 bool isOwnText(const Facts& facts) {
     const auto children = static_cast<std::size_t>(std::max(facts.childCount, 0));

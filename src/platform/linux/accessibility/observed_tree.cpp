@@ -28,8 +28,7 @@ constexpr int kMaximumActive = 128;
 constexpr int kLooks = 4;
 
 /// An application that gives everything in one reply is asked for that when its tree has at most
-/// this many elements, and their places can be looked up in this many steps: GTK 3 goes through the
-/// list of siblings for each element's place.
+/// this many elements, and their indices can be looked up in this many steps: GTK 3 goes through the list of siblings for each element's index.
 constexpr std::int64_t kSmallTree = 5000;
 constexpr std::int64_t kFewSteps = kSmallTree * kSmallTree;
 
@@ -37,7 +36,7 @@ FactSet needsForEditing(const Facts& facts) {
     return FactSet{Fact::states}.without(facts.asked);
 }
 
-/// What comes from an element's place in the tree, and is not asked for.
+/// What follows from an element's position in the tree, and is not asked for.
 const FactSet kFromTree{Fact::parent, Fact::parentRole, Fact::editableChild};
 
 }  // namespace
@@ -58,7 +57,7 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, WindowOrigins& origins, const 
     if (isCounting_) count();
     connect();
     if (wantsActions_) findScrollBars();
-    // What the walk does not come to is in no known window.
+    // What the walk does not reach is in no known window.
     std::vector<ObservedElement*> elements;
     elements.reserve(elements_.size());
     for (auto& [reference, element] : elements_) {
@@ -67,8 +66,7 @@ ObservedTree::ObservedTree(AccessibilityBus& bus, WindowOrigins& origins, const 
     origins.locateTree(elements);
 }
 
-/// Has everything that a program tells of all elements at once told at once, where that is no
-/// burden.
+/// Fetches what a program gives of all elements in one reply, where that is no burden.
 void ObservedTree::useCache(const Reference& root) {
     AtspiProgram& program = bus_.introducedProgram(root.busName);
     if (!program.hasBoundedCache()) return;
@@ -114,7 +112,7 @@ FactSet ObservedTree::needs(const ObservedElement& element) const {
     for (const Attribute* attribute : attributes_) needs.add(attribute->needs(element.facts));
     if (wantsActions_) needs.add(needsForActions(element.facts));
     if (&element != root_) needs = needs.without(kFromTree);
-    // What is chosen few have, and it leans on replies that are still to come.
+    // Few have a selection, and it depends on replies that are still to come.
     return needs.without({Fact::editableChild, Fact::selection}).without(element.pending);
 }
 
@@ -134,7 +132,7 @@ void ObservedTree::fetchUpTo(std::int64_t maximumElements) {
 /// Whether the program may be asked for everything the next time.
 void ObservedTree::count() {
     AtspiProgram& program = bus_.program(root_->reference.busName);
-    // Only the lists of what the walk does not come to.
+    // Only the lists of what the walk does not reach.
     const auto attributes = std::exchange(attributes_, {findAttribute("AXChildren")});
     const bool wantsActions = std::exchange(wantsActions_, false);
     fetchUpTo(kSmallTree);
@@ -181,7 +179,7 @@ void ObservedTree::awaitDocuments() {
     }
 }
 
-/// Asks the elements that the walk will come to, in its order, as far as their number is known.
+/// Asks the elements that the walk will reach, in its order, as far as their number is known.
 void ObservedTree::schedule() {
     // Looking costs as much as there are elements that are not finished.
     if (isScheduling_ || repliesSinceLook_ * kLooks < active_ || isOverdue()) return;
@@ -189,7 +187,7 @@ void ObservedTree::schedule() {
     repliesSinceLook_ = 0;
     passFinished();
     const std::int64_t longest = isCounting_ ? std::max(kSmallTree, reach_) : reach_;
-    // The walk comes to the children that are being asked for, too.
+    // The walk reaches the children that are being asked for, too.
     std::int64_t coming = 0;
     for (WalkPosition at = finished_; at.element() && active_ < kMaximumActive; at.advance()) {
         if (at.index() + coming >= reach_) break;
@@ -236,8 +234,7 @@ void ObservedTree::proceed(ObservedElement& element) {
     schedule();
 }
 
-/// Of a program that needs its elements' names to tell their roles and positions, these are asked
-/// for with the name, or once the name that is under way is there.
+/// Where roles and positions depend on the elements' names, they are asked for with the name, or once the name that was asked for has arrived.
 FactSet ObservedTree::withName(const ObservedElement& element, FactSet wanted) {
     const FactSet leaning{Fact::role, Fact::extents};
     const bool leans = wanted.has(Fact::role) || wanted.has(Fact::extents);

@@ -28,7 +28,7 @@ class ObservedTree {
     ObservedTree& operator=(const ObservedTree&) = delete;
 
     const Reference& root() const { return root_->reference; }
-    /// The element, when the walk may come to it.
+    /// The element, when the walk may reach it.
     ObservedElement* find(const Reference& reference);
     std::int64_t maximumElements() const { return maximumElements_; }
     /// Whether the time for the whole observation is over.
@@ -52,7 +52,7 @@ class ObservedTree {
     void takeChildren(ObservedElement& element);
     void connect();
     void findEditableChild(ObservedElement& element);
-    /// Facts of an element that the walk does not come to; null when they cannot be had.
+    /// Facts of an element that the walk does not reach; null when they cannot be read.
     const Facts* readBeyond(const Reference& reference, const Needs& needs);
     void findScrollBars();
     void findScrollBar(ObservedElement& element);
@@ -65,7 +65,7 @@ class ObservedTree {
     std::vector<const Attribute*> attributes_;
     bool wantsActions_;
 
-    /// Of elements that the walk does not come to, what is needed of them all the same.
+    /// Of elements that the walk does not reach, what is needed of them all the same.
     std::unordered_map<Reference, Facts, ReferenceHash> beyond_;
     /// Null when the elements are asked one by one.
     std::unique_ptr<CachedTree> cache_;

@@ -32,7 +32,7 @@ Rect extentsOf(AccessibilityBus& bus, const Reference& element) {
     return facts.knows(Fact::extents) ? facts.extents : Rect();
 }
 
-/// The mouse wheel, turned over a place; the pointer is back where it was afterwards.
+/// The mouse wheel, turned over a point; the pointer is back where it was afterwards.
 class Wheel {
   public:
     Wheel(X11Connection& connection, Point over) : connection_(connection), over_(over) {
@@ -63,10 +63,10 @@ class Wheel {
 };
 
 std::int32_t scrollByWheel(AccessibilityBus& bus, X11Display& display, const Facts& pane,
-                           const Rect& place, double page, bool isDown) {
+                           const Rect& area, double page, bool isDown) {
     const auto connection = display.connection();
-    if (!connection || place.width <= 0 || place.height <= 0) return kAxFailure;
-    Wheel wheel(*connection, {place.x + place.width / 2, place.y + place.height / 2});
+    if (!connection || area.width <= 0 || area.height <= 0) return kAxFailure;
+    Wheel wheel(*connection, {area.x + area.width / 2, area.y + area.height / 2});
     const auto position = [&] { return rangeProperty(bus, pane.scrollBar, "CurrentValue"); };
     const auto begin = position();
     auto now = begin;

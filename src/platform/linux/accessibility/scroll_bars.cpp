@@ -58,7 +58,7 @@ Reference findScrollBar(const Facts& element, const FactsOf& factsOf) {
         candidates.begin(), candidates.end(),
         [](const Candidate& candidate) { return candidate.states.has(AtspiState::vertical); });
     if (vertical != candidates.end()) return vertical->range;
-    // Toolkits that do not tell have the vertical one last.
+    // Toolkits that do not say which is which have the vertical one last.
     return candidates.empty() ? Reference() : candidates.back().range;
 }
 

@@ -11,7 +11,7 @@
 namespace quil::linux_platform {
 namespace {
 
-/// Deeper trees than any walk comes to.
+/// Deeper than any walk goes.
 constexpr int kMaximumDepth = 100;
 
 /// Children of a window of which one is looked for that fills it.
@@ -127,8 +127,7 @@ std::optional<WindowOrigins::Window> WindowOrigins::findWindow(const Reference& 
     return found;
 }
 
-/// Those who count within windows do so within the wrong ones: what is in a pop-up they place as if
-/// it began in the corner of the element that the pop-up belongs to. The pop-up is as large as the
+/// Toolkits with window coordinates have those of the wrong window for what is in a pop-up: as if it began in the corner of the element that the pop-up belongs to. The pop-up is as large as the
 /// element that fills it, which seems to be in that corner. Several of the same size came up one
 /// after the other, as menus and their submenus do. A pop-up for which there are more elements, or
 /// fewer, than such windows is nowhere.
@@ -171,7 +170,7 @@ WindowOrigins::Displacements WindowOrigins::popoverDisplacements(
     return found;
 }
 
-/// Swing places the items of a menu as if their menu opened over its own title.
+/// Swing gives the items of a menu positions as if their menu opened over its own title.
 WindowOrigins::Displacements WindowOrigins::menuDisplacements(
     const Window& window, const std::vector<ObservedElement*>& elements) {
     Displacements found;

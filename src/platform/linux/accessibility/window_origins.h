@@ -14,17 +14,15 @@ namespace quil::linux_platform {
 
 struct ObservedElement;
 
-/// Puts elements on the screen: their programs tell places in coordinates of their own. An element
-/// whose place cannot be known gets extents without an area.
+/// Converts elements' extents, which programs give in coordinates of their own, to global screen coordinates. An element whose position cannot be known gets extents without an area.
 class WindowOrigins {
   public:
     /// Both outlive this.
     WindowOrigins(AccessibilityBus& bus, X11Display& display) : bus_(bus), display_(display) {}
 
-    /// Places all elements of a tree, whose extents are as the programs told them, and remembers
-    /// which windows they are in.
+    /// Converts the extents of all elements of a tree, and remembers which windows they are in.
     void locateTree(const std::vector<ObservedElement*>& elements);
-    /// Places an element that was read by itself.
+    /// Converts those of an element that was read by itself.
     void locate(const Reference& element, Facts& facts);
 
   private:
@@ -34,11 +32,10 @@ class WindowOrigins {
         bool hasWholeScales = false;
         bool isWithinWindow = false;
         bool isSwing = false;
-        /// Those in which elements are placed differently; empty when they make no difference.
+        /// Pop-ups whose elements have other coordinates; empty when there is no difference.
         std::vector<PopUp> popUps;
     };
-    /// Where an element is that its program places as if it were elsewhere: in an X window of its
-    /// own, or just somewhere else.
+    /// How far off an element is of what its program says, and in which X window it is if that is not its window's.
     struct Displacement {
         bool isKnown = false;
         xcb_window_t popUp = XCB_WINDOW_NONE;
@@ -47,7 +44,7 @@ class WindowOrigins {
         /// What is to be added to the program's coordinates.
         Point shift;
     };
-    /// By the elements that, with all that is in them, take it.
+    /// By the elements that it applies to, with all that is in them.
     using Displacements = std::unordered_map<const ObservedElement*, Displacement>;
     /// What an element is in.
     struct Anchor {

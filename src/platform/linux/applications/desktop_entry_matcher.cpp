@@ -69,7 +69,7 @@ std::optional<MatchedEntry> with(Evidence evidence, std::optional<MatchedEntry> 
     return entry;
 }
 
-/// The words that the entry starts its program with, file and URL place holders left out.
+/// The words that the entry starts its program with, file and URL placeholders left out.
 std::vector<std::string> commandOf(const DesktopEntry& entry) {
     int count = 0;
     char** parsed = nullptr;

@@ -9,7 +9,7 @@
 namespace quil::linux_platform {
 namespace {
 
-/// Toolkits look for anybody who listens to anything. Nothing ever sends this.
+/// Toolkits look whether any client listens to any event. Nothing ever sends this one.
 constexpr const char* kEvent = "object:quil-observes";
 
 /// What Java's bridge calls itself.
@@ -40,7 +40,7 @@ std::optional<std::string> AccessibilityBus::address() {
 bool AccessibilityBus::replies() {
     const auto named = address();
     if (!named) return false;
-    // Another bus may have taken the place of ours, which still runs for those who are on it.
+    // Another bus may have replaced ours, which still runs for those that are on it.
     if (bus_ && *named != connectedTo_) drop();
     // Toolkits need time to show their trees: they hear of us as early as can be.
     connect();

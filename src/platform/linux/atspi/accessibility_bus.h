@@ -25,8 +25,7 @@ class AtspiProgram {
     bool givesAllProperties() const { return givesAllProperties_; }
     /// When it was first asked anything.
     BusDeadline firstContact() const { return firstContact_; }
-    /// It has a single reply for everything that it shows, and shows about as much as it did
-    /// before. Browsers have such replies, too, but go on to pages of any size.
+    /// One reply (`Cache.GetItems`) has everything that it shows, which is about as much as before. Browsers have such replies, too, but go on to pages of any size.
     bool hasBoundedCache() const { return hasBoundedCache_; }
     /// Whether it is known to show so little in that window, its only one, that it can be asked for
     /// everything at once; nothing when that was not looked at.
@@ -40,7 +39,7 @@ class AtspiProgram {
     /// A document, by its path, that was waited for and stayed empty.
     bool staysEmpty(const std::string& document) const { return empty_.contains(document); }
     void noteEmpty(const std::string& document) { empty_.insert(document); }
-    /// It knows places within its windows only, not on the screen.
+    /// It gives positions within its windows only, not on the screen.
     bool hasWindowCoordinates() const { return hasWindowCoordinates_; }
     /// Its units are so many whole pixels.
     bool hasWholeScales() const { return hasWholeScales_; }
@@ -75,7 +74,7 @@ class AccessibilityBus {
     bool connect();
     /// Which connection to the bus this is: names from an earlier one mean nothing any more.
     std::uint64_t generation() const { return generation_; }
-    /// When the connection was made, and toolkits were told.
+    /// When the connection was made, and announced to toolkits.
     BusDeadline connectedSince() const { return connectedSince_; }
 
     Bus& bus() { return *bus_; }

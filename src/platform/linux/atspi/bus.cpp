@@ -34,7 +34,7 @@ std::int32_t codeFor(const sd_bus_error& error) {
     return known == std::end(kErrorNames) ? kAxFailure : known->code;
 }
 
-/// The library's own limits are longer than anybody waits.
+/// The library's own limits are longer than any wait of ours.
 constexpr std::uint64_t kNoTimeout = UINT64_MAX;
 /// Messages that are taken from one connection before the next one's turn.
 constexpr int kMessagesPerRound = 64;
@@ -180,7 +180,7 @@ pollfd Bus::waiting() const {
 }
 
 bool Bus::process() {
-    // Within a reply the bus deals with that one.
+    // Within a reply the bus processes that one.
     if (isLost_ || sd_bus_get_current_message(bus_)) return false;
     const int processed = sd_bus_process(bus_, nullptr);
     if (processed < 0 || sd_bus_is_open(bus_) <= 0) {

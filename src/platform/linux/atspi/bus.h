@@ -51,8 +51,7 @@ class Peer {
     const std::string& name() const { return name_; }
     /// Whether it stopped replying; calls then fail at once.
     bool hangs() const { return hangs_; }
-    /// Takes it for one that hangs, as it is too far behind with its replies, until it has caught
-    /// up.
+    /// Treats it as hanging, as it is too far behind with its replies, until it has caught up.
     void abandon();
 
     /// Sends a call; the handler gets the reply during a wait on the bus. The signature and
@@ -100,7 +99,7 @@ class Bus {
     /// Whether the connection stands and can be used. Waits for the other end's greeting, the first
     /// time only: after that, one that has not replied costs nothing more.
     bool isReady();
-    /// Deals with what has arrived. False once the connection is lost; it then never works again.
+    /// Processes what has arrived. False once the connection is lost; it then never works again.
     bool isAlive();
     /// The peer of that name, the same one for as long as the bus lives.
     Peer& peer(const std::string& name);
@@ -110,7 +109,7 @@ class Bus {
     /// Handles every signal that fits the match rule, within calls of `isAlive` and
     /// `waitForReplies`.
     void listen(const std::string& rule, SignalHandler handler);
-    /// What to poll for: then there is something for `isAlive` to deal with.
+    /// What to poll for: then there is something for `isAlive` to process.
     pollfd waiting() const;
 
     /// Handles replies until every call on these buses has its reply; the handlers may make further

@@ -26,7 +26,7 @@ class ElementQuery : public RelationQuery {
 
     void begin(FactSet wanted) {
         countdown_.expect();  // ourselves, so that a reply that comes at once does not end it
-        // Needed to tell passwords and spinners.
+        // Needed to recognise passwords and spinners.
         const bool needsName = wanted.has(Fact::role) || wanted.has(Fact::extents);
         if (program_.hasWindowCoordinates() && needsName && !facts_.asked.has(Fact::name)) {
             wanted.add(Fact::name);
@@ -122,7 +122,7 @@ class ElementQuery : public RelationQuery {
         });
     }
 
-    /// GTK 4 tells a password field by nothing but the name that it has by default.
+    /// In GTK 4 nothing identifies a password field but the name that it has by default.
     void recognisePassword() {
         const bool isField = facts_.role == AtspiRole::entry || facts_.role == AtspiRole::text;
         if (program_.hasWindowCoordinates() && isField && facts_.name == "GtkPasswordEntry") {
@@ -130,8 +130,7 @@ class ElementQuery : public RelationQuery {
         }
     }
 
-    /// GTK 4 gives the place of a spinner's corner as it turns, half a diagonal around the middle,
-    /// and tells by nothing but the size that it is the same spinner: its position cannot be known.
+    /// GTK 4 gives the position of a spinner's corner as it turns, half a diagonal around the middle, and nothing but the size shows that it is the same spinner: its position cannot be known.
     void recogniseSpinner() {
         const bool isSpinner = program_.hasWindowCoordinates() && facts_.name == "GtkSpinner";
         if (isSpinner && facts_.knows(Fact::extents)) facts_.extents = {};

@@ -143,7 +143,7 @@ struct Facts {
     double number = 0;
     /// Whether the number has a range to be in. One without is no number of the element's.
     bool hasRange = false;
-    /// What is chosen in a combo box; empty when that is not told.
+    /// What is chosen in a combo box; empty when that is not known.
     std::string selection;
     Reference parent;
     AtspiRole parentRole{};

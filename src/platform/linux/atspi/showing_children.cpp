@@ -19,14 +19,14 @@ constexpr std::uint32_t kWithinWindow = 1;
 /// Points in each direction at which is looked; the outer ones lie at the edges.
 constexpr int kPoints = 5;
 
-/// Rows or columns, or places in a list: those that were met with, and how far from them others may
+/// Rows, columns or indices of a list: those that were found, and how far from them others may
 /// be showing.
 class Span {
   public:
     /// `point` is the point's number in that direction.
-    void add(std::int64_t place, int point) {
-        first_ = isEmpty() ? place : std::min(first_, place);
-        last_ = std::max(last_, place);
+    void add(std::int64_t index, int point) {
+        first_ = isEmpty() ? index : std::min(first_, index);
+        last_ = std::max(last_, index);
         meetsBegin_ = meetsBegin_ || point == 0;
         meetsEnd_ = meetsEnd_ || point == kPoints - 1;
     }
@@ -271,19 +271,19 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
             "u", coordinates());
     }
 
-    void askCell(const char* member, std::int32_t index, std::optional<std::int32_t>& place) {
+    void askCell(const char* member, std::int32_t index, std::optional<std::int32_t>& result) {
         callOwn(
             atspi::kTable, member,
-            [&place](Reply reply) {
-                if (reply.message) place = readInt32(reply.message);
+            [&result](Reply reply) {
+                if (reply.message) result = readInt32(reply.message);
             },
             "i", index);
     }
 
-    ReplyHandler takeChild(std::size_t place) {
-        return [this, place](Reply reply) {
+    ReplyHandler takeChild(std::size_t index) {
+        return [this, index](Reply reply) {
             if (!reply.message) return;
-            children_[place] = readReference(reply.message).value_or(Reference());
+            children_[index] = readReference(reply.message).value_or(Reference());
         };
     }
 

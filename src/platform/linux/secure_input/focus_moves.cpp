@@ -6,7 +6,7 @@
 namespace quil::linux_platform {
 namespace {
 
-/// Nobody waits for a program for so long that older moves mattered.
+/// Older moves than these matter to no key, however long a program is waited for.
 constexpr std::chrono::seconds kMemory{45};
 constexpr std::size_t kMaximumMoves = 20'000;
 constexpr std::size_t kAlwaysKept = 16;

@@ -10,7 +10,7 @@
 #include "platform/linux/secure_input/keyboard_grabs.h"
 #include "platform/linux/secure_input/server_clock.h"
 
-/// What SecretInput is told of the desktop; a test has a desktop of its own.
+/// What SecretInput knows of the desktop; a test has a desktop of its own.
 namespace quil::linux_platform {
 
 /// The program whose window is active.
@@ -30,7 +30,7 @@ struct FocusReport {
     TapTime arrival;
     /// Whether a password field has it; unknown while the program is still being asked.
     Content content = Content::unknown;
-    /// When to ask again, after a reply that told nothing.
+    /// When to ask again, after a reply without a role.
     std::optional<TapTime> askAgain = {};
     int timesAsked = 0;
 };
@@ -40,20 +40,20 @@ class FocusReports {
   public:
     virtual ~FocusReports() = default;
 
-    /// Deals with what has arrived. The time at which there is more to do.
+    /// Processes what has arrived. The time at which there is more to do.
     virtual std::optional<TapTime> process() = 0;
     /// The latest reports, oldest first.
     virtual const std::deque<FocusReport>& reports() const = 0;
     /// The process that a report comes from, as far as it is known.
     virtual std::optional<std::int32_t> processOf(const FocusReport& report) const = 0;
 
-    /// A question to some processes. Whoever replies has sent all reports of what it did before.
+    /// A question to some processes. One that replies has sent all reports of what it did before.
     struct Round {
         TapTime asked;
         int open = 0;
         /// When the last reply came.
         std::optional<TapTime> replied = {};
-        /// Somebody did not reply.
+        /// One of them did not reply.
         bool failed = false;
     };
     /// Asks about their latest elements again, for these may have become others.
@@ -71,7 +71,7 @@ class FocusSources {
     virtual FocusReports* reports() = 0;
     /// Without a program when there is no active window.
     virtual ActiveProgram activeProgram() = 0;
-    /// The time of the latest press that the program has processed; nothing when it does not tell.
+    /// The time of the latest press that the program has processed; nothing when it does not say.
     virtual std::optional<TapTime> latestPressOf(const ActiveProgram& program) = 0;
     /// Whether the process was started by the other one, itself or through others, and has no
     /// window of its own (as the processes of a web browser's pages).

@@ -6,8 +6,7 @@
 
 #include "platform/linux/secure_input/server_clock.h"
 
-/// Programs say that their focus has moved some time after the user moved it. From when on it had
-/// moved is told by what the user did.
+/// Programs say that their focus has moved some time after the user moved it. From when on it had moved follows from what the user did.
 namespace quil::linux_platform {
 
 /// Something that the user did that may have moved the focus: a click from its press to its
@@ -15,10 +14,9 @@ namespace quil::linux_platform {
 struct FocusMove {
     TapTime time;
     TapTime end = time;
-    /// When the program had come to it; nothing as long as that is not known.
+    /// When the program had processed it; nothing as long as that is not known.
     std::optional<TapTime> handled = {};
-    /// When the program had said all that it had to say of it; nothing as long as that is not
-    /// known.
+    /// When the program had reported all that it led to; nothing as long as that is not known.
     std::optional<TapTime> settled = {};
 };
 
@@ -36,7 +34,7 @@ struct FocusOnset {
     bool operator==(const FocusOnset&) const = default;
 };
 
-/// How long after it came to the user's doing a program may say that the focus has moved.
+/// How long after it processed what the user did a program may report that the focus has moved.
 inline constexpr std::chrono::milliseconds kLongestFocusDelay{1000};
 /// How long the report of a focus that a program moved by itself may take to arrive.
 inline constexpr std::chrono::milliseconds kLongestReportDelay{50};

@@ -37,7 +37,7 @@ std::optional<Reference> focusedElement(AccessibilityBus& bus, const Reference& 
     while (!level.empty() && BusClock::now() < deadline) {
         ask(bus, level, {Fact::states, Fact::childCount});
         std::erase_if(level, [](const Candidate& candidate) {
-            // Not all toolkits tell what is showing.
+            // Not all toolkits say what is showing.
             return !candidate.facts.states.has(AtspiState::visible) ||
                    candidate.facts.states.has(AtspiState::managesDescendants);
         });

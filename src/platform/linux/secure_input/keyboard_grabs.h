@@ -11,7 +11,7 @@ namespace quil::linux_platform {
 
 /// A client of the X server, by the base of its resource ids.
 using ClientId = std::uint32_t;
-/// A client that nobody knows.
+/// An unknown client.
 inline constexpr ClientId kUnknownClient = 0;
 
 /// Which clients have grabbed a keyboard, and so get all of its keys. Follows the requests of all
@@ -27,7 +27,7 @@ class KeyboardGrabs {
         ClientId client = kUnknownClient;
         Protocol protocol = Protocol::core;
         std::uint16_t device = kCoreKeyboard;
-        /// The server's time that the request gives; 0 for the time at which it is dealt with.
+        /// The server's time that the request gives; 0 for the time at which it is processed.
         std::uint32_t time = 0;
     };
 
@@ -42,7 +42,7 @@ class KeyboardGrabs {
     /// A client gives a grab back: it keeps one of the other protocol, and a later one.
     void released(const Grab& grab);
     void clientEnded(ClientId client);
-    /// The server says that the grab of the core keyboard has ended, whoever had it.
+    /// The server says that the grab of the core keyboard has ended, whichever client had it.
     void coreKeyboardReleased() { grabs_.erase(kCoreKeyboard); }
 
     /// A grab of the core keyboard is there of which nothing was heard, such as one from before.

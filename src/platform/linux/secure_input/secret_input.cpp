@@ -9,9 +9,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// Nobody waits longer than this for a program that does not reply.
+/// No key waits longer than this for a program that makes no progress.
 constexpr milliseconds kVerdictTimeout{20000};
-/// How often a program is looked at that has not come to what the user did.
+/// How often a program is looked at that has not processed what the user did.
 constexpr milliseconds kPollInterval{25};
 /// A program that takes longer to reply is busy with something.
 constexpr milliseconds kPromptReply{100};
@@ -43,8 +43,7 @@ void SecretInput::process() {
     if (moves_.areOpen() || round_) followProgram();
 }
 
-/// Looks how far the active program has come. One that shows no progress is asked whether it is
-/// there at all: what the user did may be nothing to it, such as a key of the window manager's.
+/// Looks how much the active program has processed. One that shows no progress is asked something: the user may have done nothing that concerns it, such as a key of the window manager's.
 void SecretInput::followProgram() {
     const auto now = sources_.now();
     if (isActiveProgramOutdated(now)) findActiveProgram();

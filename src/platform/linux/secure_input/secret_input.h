@@ -16,7 +16,7 @@
 
 namespace quil::linux_platform {
 
-/// Tells which keys went into a password field, or to a program that asks for a password in a way
+/// Decides which keys went into a password field, or to a program that asks for a password in a way
 /// of its own: it has grabbed the keyboard, and is not the active one or does not say what has the
 /// focus.
 ///
@@ -34,7 +34,7 @@ class SecretInput {
     void mayMoveFocus(TapTime time, FocusMoves::Kind kind);
     /// Another window got the focus.
     void windowGotFocus(TapTime time);
-    /// Deals with what has arrived.
+    /// Processes what has arrived.
     void process();
     /// Whether a key pressed then must not be recorded, pressed while these clients of the X server
     /// had grabbed a keyboard; nothing while that is not known.
@@ -78,7 +78,7 @@ class SecretInput {
     /// Whether these processes speak for the active program.
     std::map<std::int32_t, bool> belongToActive_;
     /// The question that is open, when the latest reply came, and when the latest question was
-    /// asked that everybody has replied to.
+    /// asked that all have replied to.
     std::shared_ptr<const FocusReports::Round> round_;
     TapTime replied_;
     TapTime passed_;

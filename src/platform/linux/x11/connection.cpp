@@ -89,7 +89,7 @@ void* X11Connection::waitForReply(unsigned sequence) {
 }
 
 bool X11Connection::succeeded(xcb_void_cookie_t cookie) {
-    // The reply to any later request says that this one has been dealt with.
+    // The reply to any later request says that this one has been processed.
     if (!reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_))) return false;
     return !XcbPointer<xcb_generic_error_t>(xcb_request_check(connection_, cookie));
 }

@@ -48,14 +48,13 @@ class X11Connection {
     /// Throws away the events that have arrived (errors of requests without a reply among them).
     void discardEvents();
 
-    /// The reply to a request, or null when it failed: reply(xcb_get_geometry_reply, cookie). The
-    /// function only tells the reply's type.
+    /// The reply to a request, or null when it failed: reply(xcb_get_geometry_reply, cookie). The function only gives the reply's type.
     template <typename Reply, typename Cookie>
     XcbPointer<Reply> reply(Reply* (*)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
                             std::type_identity_t<Cookie> cookie) {
         return XcbPointer<Reply>(static_cast<Reply*>(waitForReply(cookie.sequence)));
     }
-    /// Waits until the server has dealt with everything that was sent.
+    /// Waits until the server has processed everything that was sent.
     void sync() { reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_)); }
     /// Whether a checked request without a reply has succeeded.
     bool succeeded(xcb_void_cookie_t cookie);

@@ -13,7 +13,7 @@ class WakeEvent {
     WakeEvent(const WakeEvent&) = delete;
     WakeEvent& operator=(const WakeEvent&) = delete;
 
-    /// False when the system had no descriptor left: `set` then wakes nobody.
+    /// False when the system had no descriptor left: `set` then does nothing.
     bool isValid() const { return descriptor_ >= 0; }
     /// Readable while the event is set; -1 when there is none, which poll(2) passes over.
     int descriptor() const { return descriptor_; }

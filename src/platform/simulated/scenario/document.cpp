@@ -9,7 +9,7 @@
 namespace quil::simulated {
 namespace {
 
-/// The parser's message without its own place and error number.
+/// The parser's message without its own position and error number.
 std::string reason(const std::string& message) {
     constexpr std::string_view kDigits = "0123456789: ";
     for (const std::string_view mark : {"column ", "] "}) {

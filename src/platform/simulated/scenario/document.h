@@ -8,7 +8,7 @@ namespace quil::simulated {
 
 using Json = nlohmann::json;
 
-/// Something is wrong with a scenario. The message begins with the place: line and column of text
+/// Something is wrong with a scenario. The message begins with the position: line and column of text
 /// that is not JSON, else the path of the value (`applications[0].windows[1].layer`).
 class ScenarioError : public std::runtime_error {
   public:

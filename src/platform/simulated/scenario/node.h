@@ -12,7 +12,7 @@
 
 namespace quil::simulated {
 
-/// One value of a scenario, together with its place in it. Every reader throws a `ScenarioError`
+/// One value of a scenario, together with its position in it. Every reader throws a `ScenarioError`
 /// when the value is not what it asks for. The document outlives its nodes.
 class Node {
   public:

@@ -32,8 +32,8 @@ const xcb_format_t* findFormat(const xcb_setup_t& setup, std::uint8_t depth) {
 /// One channel's bits of a pixel, widened or narrowed to eight.
 class Channel {
   public:
-    /// `place` is where the eight bits go in the result.
-    Channel(std::uint32_t mask, int place) : mask_(mask) {
+    /// `shift` is where the eight bits go in the result.
+    Channel(std::uint32_t mask, int shift) : mask_(mask) {
         if (mask == 0) return;
         const int bits = std::popcount(mask);
         // Further bits than the table is for make no difference to eight.
@@ -41,7 +41,7 @@ class Channel {
         shift_ = std::countr_zero(mask) + excess;
         const std::uint32_t limit = (1U << (bits - excess)) - 1;
         for (std::uint32_t value = 0; value <= limit; ++value) {
-            table_[value] = (value * 255 + limit / 2) / limit << place;
+            table_[value] = (value * 255 + limit / 2) / limit << shift;
         }
     }
     std::uint32_t of(std::uint32_t pixel) const { return table_[(pixel & mask_) >> shift_]; }
@@ -100,8 +100,8 @@ std::uint32_t divided(std::uint32_t pixel) {
     const std::uint32_t alpha = pixel >> 24;
     if (alpha == 255) return pixel;
     if (alpha == 0) return 0;
-    const auto channel = [&](int place) {
-        return ((pixel >> place & 255) * 255 + alpha / 2) / alpha << place;
+    const auto channel = [&](int shift) {
+        return ((pixel >> shift & 255) * 255 + alpha / 2) / alpha << shift;
     };
     return alpha << 24 | channel(16) | channel(8) | channel(0);
 }

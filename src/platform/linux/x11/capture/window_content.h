@@ -33,10 +33,10 @@ struct WindowContent {
     WindowPixmap pixmap;
     int pixmapWidth = 0;
     int pixmapHeight = 0;
-    /// The place in the pixmap of the window's top-left pixel, its border left out.
+    /// The position in the pixmap of the window's top-left pixel, its border left out.
     int x = 0;
     int y = 0;
-    /// Of the window that the pixmap belongs to; they tell how pixels are stored.
+    /// Of the window that the pixmap belongs to; they say how pixels are stored.
     std::uint8_t depth = 0;
     xcb_visualid_t visual = 0;
 };

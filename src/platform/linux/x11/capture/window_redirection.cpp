@@ -120,7 +120,7 @@ bool WindowRedirection::redirect(xcb_window_t window) {
     isRedirected_ = connection_->succeeded(xcb_composite_redirect_subwindows_checked(
         connection_->get(), connection_->root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC));
     selectEvents(*connection_, windows, XCB_EVENT_MASK_NO_EVENT);
-    // Programs are told to paint what was covered, and nothing else. These events precede the
+    // Programs are asked to paint what was covered, and nothing else. These events precede the
     // reply that has just come; what the server itself painted in its stead has been reported,
     // too.
     bool wasCovered = false;

@@ -23,7 +23,7 @@ Rect wholeScreen(X11Connection& connection) {
 /// Null when the server cannot say.
 XcbPointer<xcb_randr_get_monitors_reply_t> askForMonitors(X11Connection& connection) {
     if (!connection.hasExtension(xcb_randr_id)) return nullptr;
-    // The server goes by the version that it has told the client of.
+    // The server behaves as the version that it has announced to the client.
     const auto versionCookie = xcb_randr_query_version(connection.get(), 1, 5);
     const auto monitorsCookie = xcb_randr_get_monitors(connection.get(), connection.root(), 1);
     const auto version = connection.reply(xcb_randr_query_version_reply, versionCookie);

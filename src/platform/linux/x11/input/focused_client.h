@@ -10,7 +10,7 @@
 namespace quil::linux_platform {
 
 /// The program that has the keyboard now, and how far it is with the keys that it gets. Programs
-/// look at what a key means when they deal with it, not when it was pressed.
+/// look at what a key means when they process it, not when it was pressed.
 class FocusedClient {
   public:
     /// While this lives, the connection's events are ours.
@@ -19,7 +19,7 @@ class FocusedClient {
     /// Whether the next key is to be sent only when the program has replied to the ping after
     /// the one before.
     bool takesKeysSingly() const { return inputMethod_.has_value(); }
-    /// Whether strings of several UTF-16 units overtake keys that the program has not dealt with:
+    /// Whether strings of several UTF-16 units overtake keys that the program has not processed:
     /// VCL, LibreOffice's toolkit, keeps keys back for a moment while more of them are coming.
     bool reordersStrings() const { return keepsKeysBack_; }
     /// Whether the program takes a keysym for one UTF-16 unit: AWT, Java's toolkit, cuts off the

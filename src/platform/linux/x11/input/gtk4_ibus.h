@@ -9,14 +9,14 @@
 namespace quil::linux_platform {
 
 /// A program that gets its keys by way of IBus and GTK 4's module for it, which puts keys into the
-/// wrong order that come before IBus has dealt with those before.
+/// wrong order that come before IBus has processed those before.
 class Gtk4Ibus {
   public:
     /// Nothing when the process is no such program, or IBus does not run.
     static std::optional<Gtk4Ibus> find(std::int32_t pid);
 
     /// Waits until neither the program nor IBus has anything to do, as there is no notice of when
-    /// IBus has dealt with a key. For a program that always has, 1 s at the first time and then 20
+    /// IBus has processed a key. For a program that always has, 1 s at the first time and then 20
     /// ms.
     void waitUntilIdle();
 

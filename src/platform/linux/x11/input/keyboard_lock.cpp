@@ -7,7 +7,7 @@
 namespace quil::linux_platform {
 namespace {
 
-/// Longer than a program is waited for that deals with a part of a text.
+/// Longer than a program is waited for that processes a part of a text.
 constexpr std::chrono::seconds kOwnerTimeout{7};
 constexpr std::chrono::seconds kRenewInterval{1};
 constexpr std::chrono::milliseconds kLookInterval{10};

@@ -25,7 +25,7 @@ class KeyboardSession {
     KeyboardSession& operator=(const KeyboardSession&) = delete;
 
     X11Connection& connection() const { return *connection_; }
-    /// Whether the X keyboard extension tells what the keys mean; the map is empty otherwise.
+    /// Whether the X keyboard extension describes what the keys mean; the map is empty otherwise.
     bool knowsKeys() const { return knowsKeys_; }
     const KeyboardMap& map() const { return map_; }
     /// To be asked now and then: whether the keyboard is still ours.

@@ -51,10 +51,10 @@ SpareKeysyms onFirstKey(const SpareKeys& keys, LatinKeysyms keysyms) {
 
 std::optional<LatinKeysyms> latinKeysyms(std::uint8_t keyCode) {
     for (const KeyRow& row : kRows) {
-        const auto place = static_cast<std::size_t>(keyCode - row.firstKeyCode);
-        if (keyCode < row.firstKeyCode || place >= row.plain.size()) continue;
-        return LatinKeysyms{static_cast<std::uint8_t>(row.plain[place]),
-                            static_cast<std::uint8_t>(row.shifted[place])};
+        const auto index = static_cast<std::size_t>(keyCode - row.firstKeyCode);
+        if (keyCode < row.firstKeyCode || index >= row.plain.size()) continue;
+        return LatinKeysyms{static_cast<std::uint8_t>(row.plain[index]),
+                            static_cast<std::uint8_t>(row.shifted[index])};
     }
     return {};
 }

@@ -33,7 +33,7 @@ std::optional<std::uint8_t> keyOfShortcut(const KeyboardMap& map, std::uint8_t g
 class LatinShortcutKey {
   public:
     LatinShortcutKey(KeyboardSession& session, LatinKeysyms keysyms);
-    /// Waits until the program that has the focus has dealt with it.
+    /// Waits until the program that has the focus has processed it.
     ~LatinShortcutKey();
 
     /// Nothing when there is no spare key.

@@ -40,7 +40,7 @@ void waitForRelease(X11Connection& connection, Clock::time_point deadline) {
     }
 }
 
-/// The innermost window at a place on the screen.
+/// The innermost window at a point of the screen.
 xcb_window_t windowAt(X11Connection& connection, Point location) {
     const auto x = static_cast<std::int16_t>(std::floor(location.x));
     const auto y = static_cast<std::int16_t>(std::floor(location.y));
@@ -55,7 +55,7 @@ xcb_window_t windowAt(X11Connection& connection, Point location) {
     return window == connection.root() ? xcb_window_t{XCB_WINDOW_NONE} : window;
 }
 
-/// Waits until the windows' programs have dealt with their events; also with those that they hand
+/// Waits until the windows' programs have processed their events; also with those that they hand
 /// on to processes of their own, as browsers do.
 void waitForPrograms(X11Connection& connection, std::initializer_list<xcb_window_t> windows,
                      Clock::time_point deadline) {

@@ -10,8 +10,7 @@ namespace quil::linux_platform {
 
 /// What posted pointer events have set off. A window manager keeps a click to itself until it has
 /// looked at it, and gives the focus to the window then; the program moves its own focus when it
-/// gets the click. Keys are held up by neither. So whoever sends keys, or looks for the active
-/// window, waits first until everybody has dealt with the click, as the events of one queue would.
+/// gets the click. Keys are held up by neither. So before keys are sent, or the active window is looked for, all of them must have processed the click, as the events of one queue would.
 class PointerEffects {
   public:
     /// `display` outlives this.
@@ -21,7 +20,7 @@ class PointerEffects {
     void posted(Point location, bool isButton);
 
     /// Waits until the window manager, the program that was clicked and the one that has the focus
-    /// then have dealt with what was posted and the focus stays where it is; 2 s at the most. Does
+    /// then have processed what was posted and the focus stays where it is; 2 s at the most. Does
     /// nothing when nothing was posted since the last time.
     void settle();
 

@@ -134,10 +134,10 @@ Strokes strokesOfLayout(const KeyboardMap& map, std::uint8_t group, std::uint8_t
     return strokes;
 }
 
-/// Gives the keysym the next free place.
-Stroke assign(SpareKeysyms& keysyms, const SpareKeys& spare, std::size_t place,
+/// Assigns the keysym to the next free level of a spare key.
+Stroke assign(SpareKeysyms& keysyms, const SpareKeys& spare, std::size_t index,
               std::uint32_t keysym) {
-    const std::uint8_t level = spare.levels[place / spare.keyCodes.size()];
+    const std::uint8_t level = spare.levels[index / spare.keyCodes.size()];
     keysyms.resize(spare.levels.size());
     keysyms[level].push_back(keysym);
     return {spare.keyCodes[keysyms[level].size() - 1], spare.combinations[level], isString(keysym)};
@@ -224,8 +224,8 @@ std::vector<TextBatch> planText(const std::vector<std::uint32_t>& keysyms, const
                 assigned.clear();
                 batches.emplace_back();
             }
-            const Stroke place = assign(batches.back().keysyms, spare, assigned.size(), keysym);
-            stroke = assigned.emplace(keysym, place).first;
+            const Stroke added = assign(batches.back().keysyms, spare, assigned.size(), keysym);
+            stroke = assigned.emplace(keysym, added).first;
         }
         batches.back().strokes.push_back(stroke->second);
     }

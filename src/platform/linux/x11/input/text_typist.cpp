@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kStrokesAtOnce = 50;
 /// How many such parts the program may be behind: a server keeps what is not read yet.
 constexpr std::uint32_t kPartsAhead = 20;
-/// One that does not tell how far it is must deal with all of them before it counts as hanging.
+/// One that does not reply to pings must process all of them before it counts as hanging.
 constexpr std::uint32_t kPartsAheadWithoutPings = 4;
 /// Waits that make the parts smaller, or larger again.
 constexpr std::chrono::milliseconds kLongWait{500};
@@ -25,7 +25,7 @@ constexpr std::chrono::milliseconds kLockRenewInterval{1000};
 
 enum class Progress { done, hangs, lostLock };
 
-/// Waits until the program has dealt with all parts but the last `open` ones.
+/// Waits until the program has processed all parts but the last `open` ones.
 Progress waitFor(KeyboardSession& session, FocusedClient& client, std::uint32_t open) {
     for (;;) {
         const bool hasReplied = client.waitForPings(open, kLockRenewInterval);
@@ -36,7 +36,7 @@ Progress waitFor(KeyboardSession& session, FocusedClient& client, std::uint32_t 
     }
 }
 
-/// Waits until the program has dealt with all that was sent.
+/// Waits until the program has processed all that was sent.
 Progress waitForAll(KeyboardSession& session, FocusedClient& client) {
     for (std::uint32_t open = kPartsAhead; open > 0;) {
         const Progress progress = waitFor(session, client, --open);
@@ -76,7 +76,7 @@ class Pace {
     std::size_t maximumAtOnce_;
     std::uint32_t maximumAhead_;
     std::size_t atOnce_ = maximumAtOnce_;
-    /// None at first for one that does not tell how far it is.
+    /// None at first for one that does not reply to pings.
     std::uint32_t ahead_;
 };
 
@@ -107,7 +107,7 @@ Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
         }
         session.useModifiersAsBefore();
         client.sendPing();
-        // What the server has not dealt with is lost should the process be ended: keys that it is
+        // What the server has not processed is lost should the process be ended: keys that it is
         // in the middle of stay down. So one part at the most is on its way.
         session.connection().sync();
         strokes = strokes.subspan(part.size());

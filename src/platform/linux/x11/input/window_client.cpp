@@ -73,7 +73,7 @@ WindowClient::WindowClient(X11Connection& connection, xcb_window_t window)
         return;
     }
     pid_ = processOf(connection, window_);
-    // Toolkits often give the focus to a window inside of the one that everybody knows.
+    // Toolkits often give the focus to a window inside of the top-level one.
     for (int i = 0;
          i < kMaximumAncestors && window != XCB_WINDOW_NONE && window != connection.root();
          ++i, window = parentOf(connection, window)) {

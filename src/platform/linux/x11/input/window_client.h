@@ -10,7 +10,7 @@ namespace quil::linux_platform {
 
 /// The program that a window belongs to, and how far it is with the events that it gets.
 ///
-/// One that replies to the window manager's pings ("_NET_WM_PING") replies when it has dealt with
+/// One that replies to the window manager's pings ("_NET_WM_PING") replies when it has processed
 /// all that came before. One that does not is judged by its process (`IdleWatch`).
 class WindowClient {
   public:
@@ -31,7 +31,7 @@ class WindowClient {
     /// replied to a ping nor run nor wanted to), or has replied to none for 30 s.
     bool isHanging() const;
 
-    /// Whether the program tells how far it is; a wait for another one is for all of its events.
+    /// Whether the program replies to pings; a wait for another one is for all of its events.
     bool repliesToPings() const { return repliesToPings_; }
     /// The process; absent when it is unknown or runs elsewhere.
     std::optional<std::int32_t> pid() const { return pid_; }

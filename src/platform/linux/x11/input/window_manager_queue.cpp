@@ -21,10 +21,10 @@ bool WindowManagerQueue::waitUntilDone(const std::shared_ptr<X11Connection>& con
         makeWindow(*connection);
         connection_ = connection;
     }
-    // Each place is asked for once in a long time: the reply to an earlier wait may come late.
+    // Each position is asked for once in a long time: the reply to an earlier wait may come late.
     x_ = static_cast<std::int16_t>(x_ % 10'000 + 1);
-    const std::uint32_t place = static_cast<std::uint32_t>(x_);
-    xcb_configure_window(connection->get(), window_, XCB_CONFIG_WINDOW_X, &place);
+    const std::uint32_t x = static_cast<std::uint32_t>(x_);
+    xcb_configure_window(connection->get(), window_, XCB_CONFIG_WINDOW_X, &x);
     xcb_flush(connection->get());
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (connection->isAlive()) {

@@ -47,8 +47,8 @@ std::optional<std::uint8_t> KeyboardMap::Key::group(std::uint8_t keyboardGroup) 
 }
 
 std::uint32_t KeyboardMap::Key::keysym(std::uint8_t group, std::uint8_t level) const {
-    const std::size_t place = std::size_t{group} * width + level;
-    return level < width && place < keysyms.size() ? keysyms[place] : 0;
+    const std::size_t index = std::size_t{group} * width + level;
+    return level < width && index < keysyms.size() ? keysyms[index] : 0;
 }
 
 std::optional<std::uint8_t> KeyboardMap::keyWithKeysym(std::uint32_t keysym) const {

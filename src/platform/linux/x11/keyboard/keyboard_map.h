@@ -10,7 +10,7 @@
 namespace quil::linux_platform {
 
 /// What the keys of the keyboard mean, as the X keyboard extension describes them: a key has up to
-/// four groups (layouts) of keysyms, a group has a type, and the type tells which modifiers lead to
+/// four groups (layouts) of keysyms, a group has a type, and the type says which modifiers lead to
 /// which of the group's keysyms (its levels).
 struct KeyboardMap {
     struct LevelEntry {

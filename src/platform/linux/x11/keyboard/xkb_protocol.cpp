@@ -7,7 +7,7 @@ namespace quil::linux_platform {
 namespace {
 
 /// Requests that the library cannot make: it does not know how modifiers are latched, and has no
-/// use for a map that is ready to be sent. `parts` begins with two places for the library's own
+/// use for a map that is ready to be sent. `parts` begins with two elements for the library's own
 /// use.
 template <typename Request, std::size_t count>
 xcb_void_cookie_t send(X11Connection& connection, std::uint8_t opcode, Request& request,

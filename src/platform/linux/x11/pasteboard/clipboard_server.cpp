@@ -124,7 +124,7 @@ void ClipboardServer::handOver() {
 bool ClipboardServer::take(SharedText text, xcb_timestamp_t time) {
     if (time == 0) return false;
     xcb_set_selection_owner(connection_->get(), window_.id(), clipboard_, time);
-    // Offered before anybody can ask: requests are handled on this thread.
+    // Offered before any client can ask: requests are handled on this thread.
     contents_.offer(time, std::move(text));
     const auto owner = connection_->reply(xcb_get_selection_owner_reply,
                                           xcb_get_selection_owner(connection_->get(), clipboard_));

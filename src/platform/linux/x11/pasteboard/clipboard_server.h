@@ -28,7 +28,7 @@ class ClipboardServer {
 
     /// False once the X server has gone; the clipboard server then never works again.
     bool isAlive() const { return connection_->isAlive(); }
-    /// The text of the clipboard, whoever owns it; nothing when there is none.
+    /// The text of the clipboard, whichever client owns it; nothing when there is none.
     std::optional<std::string> text();
     /// Takes the clipboard and offers nothing. An `offer` that follows at once makes one change of
     /// owner of the two: programs that hear of changes ask what is there, and some, told of two,

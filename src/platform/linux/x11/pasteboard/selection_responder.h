@@ -51,7 +51,7 @@ class SelectionResponder {
     void watch(xcb_window_t requestor, bool isWatched);
     void end(std::list<Transfer>::iterator transfer);
 
-    /// What a client's window has asked for lately.
+    /// What a client's window has asked for recently.
     struct Fetch {
         xcb_window_t requestor;
         Clock::time_point last;

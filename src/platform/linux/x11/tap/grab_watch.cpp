@@ -77,7 +77,7 @@ bool GrabWatch::showsMenu() {
     return active && (*menu & ~mask) == (active->id & ~mask);
 }
 
-/// The server looks whether somebody else has the keyboard before it looks whether the window is
+/// The server looks whether another client has the keyboard before it looks whether the window is
 /// shown, which a grab needs.
 bool GrabWatch::isGrabbedByAnother() {
     xcb_connection_t* const server = connection_->get();

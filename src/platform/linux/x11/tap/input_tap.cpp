@@ -35,14 +35,14 @@ bool edits(const KeyPress& press) {
 struct InputTap::Event : TappedEvent {
     std::uint32_t type = 0;
     TapTime time;
-    Point place;
+    Point at;
     std::uint64_t flagBits = 0;
     std::int64_t lines = 0;
     std::optional<KeyPress> key;
     /// The clients that had grabbed a keyboard.
     std::vector<ClientId> grabbers;
 
-    Point location() const override { return place; }
+    Point location() const override { return at; }
     std::uint64_t timestamp() const override {
         return static_cast<std::uint64_t>(
             std::chrono::nanoseconds(time.time_since_epoch()).count());
@@ -228,7 +228,7 @@ InputTap::Event InputTap::makeEvent(std::uint32_t type, const DeviceEvent& event
     Event made;
     made.type = type;
     made.time = clock_.timeOf(event.time);
-    made.place = {static_cast<double>(event.x), static_cast<double>(event.y)};
+    made.at = {static_cast<double>(event.x), static_cast<double>(event.y)};
     made.flagBits = keys_.flags(event.state);
     return made;
 }

@@ -33,7 +33,7 @@ class InputTap : public EventTap {
     void enable(bool isEnabled) { isEnabled_ = isEnabled; }
     /// Once this has returned no callback begins.
     void invalidate();
-    /// Asks the run loop to deal with everything that has happened until now.
+    /// Asks the run loop to process everything that has happened until now.
     int requestFlush();
     /// Waits until it has done so; not for long, and not when it is invalidated.
     void awaitFlush(int request);
@@ -43,7 +43,7 @@ class InputTap : public EventTap {
     // For the run loop's thread.
     /// Adds the descriptors to wait for. The time after which to call `dispatch` anyhow.
     std::chrono::milliseconds prepareToWait(std::vector<pollfd>& descriptors);
-    /// Deals with what has arrived.
+    /// Processes what has arrived.
     void dispatch();
     /// Whether the event in the callback happened while a secret was typed.
     bool isSecureEventInputEnabled() const { return isSecure_; }

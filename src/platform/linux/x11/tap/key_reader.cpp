@@ -29,8 +29,8 @@ bool isModifierKeysym(std::uint32_t keysym) {
 
 /// The keysym that the core protocol's rules choose among a key's, two of each group.
 std::uint32_t coreKeysym(const std::vector<std::uint32_t>& keysyms, std::uint16_t state) {
-    const auto at = [&](std::size_t place) {
-        return place < keysyms.size() ? keysyms[place] : std::uint32_t{0};
+    const auto at = [&](std::size_t index) {
+        return index < keysyms.size() ? keysyms[index] : std::uint32_t{0};
     };
     const std::size_t group = groupOf(state) > 0 && (at(2) != 0 || at(3) != 0) ? 2 : 0;
     std::uint32_t plain = at(group);

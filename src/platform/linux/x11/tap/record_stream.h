@@ -52,7 +52,7 @@ struct GrabRequest {
     bool isGrab = false;
     /// Nothing for the core protocol's keyboard.
     std::optional<std::uint16_t> device;
-    /// The server's time that the request gives; 0 for the time at which it is dealt with.
+    /// The server's time that the request gives; 0 for the time at which it is processed.
     std::uint32_t time = 0;
 };
 

@@ -8,7 +8,7 @@ namespace {
 
 /// How often a loop looks around that could get no descriptor to be woken by.
 constexpr std::chrono::milliseconds kWakePollInterval{50};
-/// What follows within this time is dealt with at once: in a flood, waking up is what costs.
+/// What follows within this time is processed at once: in a flood, waking up is what costs.
 constexpr std::chrono::milliseconds kGathering{10};
 
 }  // namespace

@@ -28,7 +28,7 @@ class TapSource : public RunLoopSource {
     std::atomic<bool> isValid_ = true;
 };
 
-/// A thread's run loop: waits for its taps and lets them deal with what has arrived. `run` and
+/// A thread's run loop: waits for its taps and lets them process what has arrived. `run` and
 /// `current` are for the loop's own thread, everything else for any.
 class TapRunLoop : public RunLoop {
   public:

@@ -41,7 +41,7 @@ std::vector<PopUp> shownPopUps(X11Connection& connection) {
             geometry->height < kSmallest) {
             continue;
         }
-        // The place that is told is that of the border's corner.
+        // The position that the server gives is that of the border's corner.
         popUps.push_back(
             {request.window,
              {static_cast<double>(geometry->x + geometry->border_width),

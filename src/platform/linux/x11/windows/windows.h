@@ -11,7 +11,7 @@
 namespace quil::linux_platform {
 
 /// A top-level window of an application: the window that the application made, without the frame
-/// that a window manager puts around it. Its number and its place are those that tools such as
+/// that a window manager puts around it. Its number and its position are those that tools such as
 /// xdotool and wmctrl give for it.
 struct X11Window {
     xcb_window_t id = XCB_WINDOW_NONE;

@@ -42,7 +42,8 @@ class Builder : public nlohmann::json_sax<Json> {
         if (open_.back()->is_array()) return &open_.back()->emplace_back(std::move(value));
         return &(*member_ = std::move(value));
     }
-    bool add(Json value) { insert(std::move(value));
+    bool add(Json value) {
+        insert(std::move(value));
         return true;
     }
     bool open(Json container) {

@@ -52,7 +52,8 @@ class ChangeWatch {
     virtual ~ChangeWatch() = default;
 
     /// Waits until something has been noticed since the last call (or since the watch began), for
-    /// that many microseconds at the most. Whether something has. The platform may report what is no change, and may miss one that an application keeps to itself.
+    /// that many microseconds at the most. Whether something has. The platform may report what is
+    /// no change, and may miss one that an application keeps to itself.
     virtual bool wait(std::uint64_t microseconds) = 0;
 };
 

@@ -93,7 +93,8 @@ class EventPosting {
     /// Makes a keyboard event type this text instead of its key.
     virtual void keyboardSetUnicodeString(PostableEvent& event, std::u16string_view text) = 0;
 
-    /// Puts the event into the input stream at that location (`kHidEventTap`). Nothing says whether it arrives.
+    /// Puts the event into the input stream at that location (`kHidEventTap`). Nothing says whether
+    /// it arrives.
     virtual void post(std::uint32_t tapLocation, const PostableEvent& event) = 0;
 };
 

@@ -11,7 +11,8 @@
 namespace quil::linux_platform {
 
 /// A launch whose application has not been in front since. Window managers that guard the focus
-/// leave a new window behind the one that the user works in, unless its program says that the user has just asked for it, which many programs do not. The user did, so it is brought to the front.
+/// leave a new window behind the one that the user works in, unless its program says that the user
+/// has just asked for it, which many programs do not. The user did, so it is brought to the front.
 class LaunchInProgress {
   public:
     /// To be made before the application of that desktop entry is started.

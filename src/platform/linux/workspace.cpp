@@ -29,7 +29,8 @@ bool isBasedOn(Evidence evidence, const std::optional<MatchedEntry>& entry) {
     return entry && entry->evidence >= evidence;
 }
 
-/// An id for a launch that the user asks for now (Startup Notification Protocol): an application that gets it may come to the front, before what the user did earlier.
+/// An id for a launch that the user asks for now (Startup Notification Protocol): an application
+/// that gets it may come to the front, before what the user did earlier.
 std::string startupIdOf(X11Connection& connection, unsigned launch) {
     const auto time = readServerTime(connection);
     return time ? "quil-" + std::to_string(getpid()) + '-' + std::to_string(launch) + "_TIME" +

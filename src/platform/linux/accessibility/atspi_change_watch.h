@@ -35,7 +35,8 @@ class AtspiChangeWatch : public ChangeWatch {
     bool hasBus_ = false;
     std::shared_ptr<X11Connection> server_;
     bool noticed_ = false;
-    /// Whether what the programs on the bus say is about the watched one; unknown until the bus has given their process.
+    /// Whether what the programs on the bus say is about the watched one; unknown until the bus has
+    /// given their process.
     std::map<std::string, std::optional<bool>> isWatched_;
 };
 

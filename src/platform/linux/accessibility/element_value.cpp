@@ -174,8 +174,8 @@ std::int32_t readText(const Facts& facts, std::optional<Value>& value) {
     return 0;
 }
 
-/// The children have the text when there are more of them than placeholders for embedded elements; not
-/// where it can be read as that of an editor (Qt's, with scroll bars as its children).
+/// The children have the text when there are more of them than placeholders for embedded elements;
+/// not where it can be read as that of an editor (Qt's, with scroll bars as its children).
 bool isOwnText(const Facts& facts) {
     const auto children = static_cast<std::size_t>(std::max(facts.childCount, 0));
     const bool isOfChildren =

@@ -28,7 +28,8 @@ constexpr int kMaximumActive = 128;
 constexpr int kLooks = 4;
 
 /// An application that gives everything in one reply is asked for that when its tree has at most
-/// this many elements, and their indices can be looked up in this many steps: GTK 3 goes through the list of siblings for each element's index.
+/// this many elements, and their indices can be looked up in this many steps: GTK 3 goes through
+/// the list of siblings for each element's index.
 constexpr std::int64_t kSmallTree = 5000;
 constexpr std::int64_t kFewSteps = kSmallTree * kSmallTree;
 
@@ -234,7 +235,8 @@ void ObservedTree::proceed(ObservedElement& element) {
     schedule();
 }
 
-/// Where roles and positions depend on the elements' names, they are asked for with the name, or once the name that was asked for has arrived.
+/// Where roles and positions depend on the elements' names, they are asked for with the name, or
+/// once the name that was asked for has arrived.
 FactSet ObservedTree::withName(const ObservedElement& element, FactSet wanted) {
     const FactSet leaning{Fact::role, Fact::extents};
     const bool leans = wanted.has(Fact::role) || wanted.has(Fact::extents);

@@ -127,7 +127,8 @@ std::optional<WindowOrigins::Window> WindowOrigins::findWindow(const Reference& 
     return found;
 }
 
-/// Toolkits with window coordinates have those of the wrong window for what is in a pop-up: as if it began in the corner of the element that the pop-up belongs to. The pop-up is as large as the
+/// Toolkits with window coordinates have those of the wrong window for what is in a pop-up: as if
+/// it began in the corner of the element that the pop-up belongs to. The pop-up is as large as the
 /// element that fills it, which seems to be in that corner. Several of the same size came up one
 /// after the other, as menus and their submenus do. A pop-up for which there are more elements, or
 /// fewer, than such windows is nowhere.

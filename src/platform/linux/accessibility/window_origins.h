@@ -14,7 +14,8 @@ namespace quil::linux_platform {
 
 struct ObservedElement;
 
-/// Converts elements' extents, which programs give in coordinates of their own, to global screen coordinates. An element whose position cannot be known gets extents without an area.
+/// Converts elements' extents, which programs give in coordinates of their own, to global screen
+/// coordinates. An element whose position cannot be known gets extents without an area.
 class WindowOrigins {
   public:
     /// Both outlive this.
@@ -35,7 +36,8 @@ class WindowOrigins {
         /// Pop-ups whose elements have other coordinates; empty when there is no difference.
         std::vector<PopUp> popUps;
     };
-    /// How far off an element is of what its program says, and in which X window it is if that is not its window's.
+    /// How far off an element is of what its program says, and in which X window it is if that is
+    /// not its window's.
     struct Displacement {
         bool isKnown = false;
         xcb_window_t popUp = XCB_WINDOW_NONE;

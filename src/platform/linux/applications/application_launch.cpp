@@ -30,8 +30,8 @@ struct Attempt {
     std::string path;
     std::string startupId;
     std::promise<bool> outcome;
-    /// Set by the first of two: the thread that is about to start the application, or the
-    /// request that has waited for it for too long.
+    /// Set by the first of two: the thread that is about to start the application, or the request
+    /// that has waited for it for too long.
     std::atomic_flag isDecided;
 };
 
@@ -145,8 +145,8 @@ bool startProgram(const DesktopEntry& entry, const Attempt& attempt) {
 bool launch(Attempt& attempt) {
     const DesktopEntry entry = readForLaunch(attempt.path);
     if (!entry) return false;
-    // The library reports on the bus what it starts, and waits without a limit until it is connected,
-    // which it stays as long as we hold on to the connection.
+    // The library reports on the bus what it starts, and waits without a limit until it is
+    // connected, which it stays as long as we hold on to the connection.
     const BusConnection bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
     if (bus) g_dbus_connection_set_exit_on_close(bus.get(), 0);
     if (attempt.isDecided.test_and_set()) return false;

@@ -9,7 +9,8 @@
 namespace quil::linux_platform {
 
 /// Watches processes until they have processed what they were sent, as far as that shows from
-/// outside: they are idle, or, for those that never are (an animation, a terminal that prints), each of their threads has slept many times, as it does when its queue is empty.
+/// outside: they are idle, or, for those that never are (an animation, a terminal that prints),
+/// each of their threads has slept many times, as it does when its queue is empty.
 class IdleWatch {
   public:
     using Clock = std::chrono::steady_clock;

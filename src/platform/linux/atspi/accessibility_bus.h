@@ -25,7 +25,8 @@ class AtspiProgram {
     bool givesAllProperties() const { return givesAllProperties_; }
     /// When it was first asked anything.
     BusDeadline firstContact() const { return firstContact_; }
-    /// One reply (`Cache.GetItems`) has everything that it shows, which is about as much as before. Browsers have such replies, too, but go on to pages of any size.
+    /// One reply (`Cache.GetItems`) has everything that it shows, which is about as much as before.
+    /// Browsers have such replies, too, but go on to pages of any size.
     bool hasBoundedCache() const { return hasBoundedCache_; }
     /// Whether it is known to show so little in that window, its only one, that it can be asked for
     /// everything at once; nothing when that was not looked at.

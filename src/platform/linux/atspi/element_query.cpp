@@ -130,7 +130,9 @@ class ElementQuery : public RelationQuery {
         }
     }
 
-    /// GTK 4 gives the position of a spinner's corner as it turns, half a diagonal around the middle, and nothing but the size shows that it is the same spinner: its position cannot be known.
+    /// GTK 4 gives the position of a spinner's corner as it turns, half a diagonal around the
+    /// middle, and nothing but the size shows that it is the same spinner: its position cannot be
+    /// known.
     void recogniseSpinner() {
         const bool isSpinner = program_.hasWindowCoordinates() && facts_.name == "GtkSpinner";
         if (isSpinner && facts_.knows(Fact::extents)) facts_.extents = {};

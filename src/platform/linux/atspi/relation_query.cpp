@@ -22,7 +22,8 @@ void RelationQuery::askChildren() {
     const bool isEndless = facts_.states.has(AtspiState::managesDescendants) &&
                            count > kShortList && maximumChildren_ > kShortList;
     if (isCounted && isEndless) return askShowingChildren();
-    // GTK 3 goes through the whole list for every child of it, and does not reply while it lists a long one. For others a list costs half of what its entries cost one by one.
+    // GTK 3 goes through the whole list for every child of it, and does not reply while it lists a
+    // long one. For others a list costs half of what its entries cost one by one.
     const auto most =
         program_.hasBoundedCache() ? kShortList : 2 * std::max(maximumChildren_, kShortList);
     if (isCounted && count > most) return askFirstChildren();

@@ -19,8 +19,8 @@ constexpr std::uint32_t kWithinWindow = 1;
 /// Points in each direction at which is looked; the outer ones lie at the edges.
 constexpr int kPoints = 5;
 
-/// Rows, columns or indices of a list: those that were found, and how far from them others may
-/// be showing.
+/// Rows, columns or indices of a list: those that were found, and how far from them others may be
+/// showing.
 class Span {
   public:
     /// `point` is the point's number in that direction.

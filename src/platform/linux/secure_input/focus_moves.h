@@ -9,10 +9,13 @@
 
 namespace quil::linux_platform {
 
-/// A program that has shown no progress for so long is taken to be idle; and so long after it has processed what the user did, it has reported its focus.
+/// A program that has shown no progress for so long is taken to be idle; and so long after it has
+/// processed what the user did, it has reported its focus.
 inline constexpr std::chrono::milliseconds kSettling{150};
 
-/// What the user did that may have moved the focus, and when the program had processed it. Toolkits put the time of the latest key or button press that they have processed on their windows. A program that does not is taken to be prompt, until it is seen to have been stuck.
+/// What the user did that may have moved the focus, and when the program had processed it. Toolkits
+/// put the time of the latest key or button press that they have processed on their windows. A
+/// program that does not is taken to be prompt, until it is seen to have been stuck.
 class FocusMoves {
   public:
     /// The user did something. What is no press (a button that is let go, a window that comes to
@@ -31,11 +34,13 @@ class FocusMoves {
     void programProcessed(std::optional<TapTime> latestPress, TapTime now);
     /// When the program was seen to have processed another press.
     TapTime latestProgress() const { return processedSince_; }
-    /// Since when the program has reported no other press, with moves that it may not have processed.
+    /// Since when the program has reported no other press, with moves that it may not have
+    /// processed.
     TapTime quietSince() const;
     /// The program is idle: it has processed the moves until then, or was not sent them.
     void programWasIdle(TapTime then);
-    /// The program was asked at one time and has replied to that at the other; what it processed well before it was asked has had all its effects.
+    /// The program was asked at one time and has replied to that at the other; what it processed
+    /// well before it was asked has had all its effects.
     void programReplied(TapTime asked, TapTime replied);
     /// The program was asked then, and has not replied in time.
     void programHangs(TapTime asked);

@@ -6,7 +6,8 @@
 
 #include "platform/linux/secure_input/server_clock.h"
 
-/// Programs say that their focus has moved some time after the user moved it. From when on it had moved follows from what the user did.
+/// Programs say that their focus has moved some time after the user moved it. From when on it had
+/// moved follows from what the user did.
 namespace quil::linux_platform {
 
 /// Something that the user did that may have moved the focus: a click from its press to its

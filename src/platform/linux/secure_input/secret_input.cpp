@@ -43,7 +43,8 @@ void SecretInput::process() {
     if (moves_.areOpen() || round_) followProgram();
 }
 
-/// Looks how much the active program has processed. One that shows no progress is asked something: the user may have done nothing that concerns it, such as a key of the window manager's.
+/// Looks how much the active program has processed. One that shows no progress is asked something:
+/// the user may have done nothing that concerns it, such as a key of the window manager's.
 void SecretInput::followProgram() {
     const auto now = sources_.now();
     if (isActiveProgramOutdated(now)) findActiveProgram();

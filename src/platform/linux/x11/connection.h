@@ -48,7 +48,8 @@ class X11Connection {
     /// Throws away the events that have arrived (errors of requests without a reply among them).
     void discardEvents();
 
-    /// The reply to a request, or null when it failed: reply(xcb_get_geometry_reply, cookie). The function only gives the reply's type.
+    /// The reply to a request, or null when it failed: reply(xcb_get_geometry_reply, cookie). The
+    /// function only gives the reply's type.
     template <typename Reply, typename Cookie>
     XcbPointer<Reply> reply(Reply* (*)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
                             std::type_identity_t<Cookie> cookie) {

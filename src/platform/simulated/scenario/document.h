@@ -8,8 +8,8 @@ namespace quil::simulated {
 
 using Json = nlohmann::json;
 
-/// Something is wrong with a scenario. The message begins with the position: line and column of text
-/// that is not JSON, else the path of the value (`applications[0].windows[1].layer`).
+/// Something is wrong with a scenario. The message begins with the position: line and column of
+/// text that is not JSON, else the path of the value (`applications[0].windows[1].layer`).
 class ScenarioError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

@@ -5,7 +5,8 @@
 #include "platform/linux/x11/connection.h"
 
 /// What a runtime leaves on the server when it ends in the middle of a request: a button or keys
-/// that are down, modifiers that are locked, spare keys that mean something. Properties of the root window say which.
+/// that are down, modifiers that are locked, spare keys that mean something. Properties of the root
+/// window say which.
 namespace quil::linux_platform {
 
 /// Says that this button of the synthetic pointer is being pressed, by the runtime that the window

@@ -46,7 +46,8 @@ std::optional<Gtk4Ibus> Gtk4Ibus::find(std::int32_t pid) {
 
 void Gtk4Ibus::waitUntilIdle() {
     const auto deadline = std::chrono::steady_clock::now() + timeout_;
-    // A process that passes a key on wakes the next one before it sleeps itself: so when none of them has run between two looks, none has a key.
+    // A process that passes a key on wakes the next one before it sleeps itself: so when none of
+    // them has run between two looks, none has a key.
     std::vector<std::uint64_t> before;
     while (std::chrono::steady_clock::now() < deadline) {
         std::vector<std::uint64_t> now = cpuTimesWhenIdle();

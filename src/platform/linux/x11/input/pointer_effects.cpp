@@ -55,8 +55,8 @@ xcb_window_t windowAt(X11Connection& connection, Point location) {
     return window == connection.root() ? xcb_window_t{XCB_WINDOW_NONE} : window;
 }
 
-/// Waits until the windows' programs have processed their events; also with those that they hand
-/// on to processes of their own, as browsers do.
+/// Waits until the windows' programs have processed their events; also with those that they hand on
+/// to processes of their own, as browsers do.
 void waitForPrograms(X11Connection& connection, std::initializer_list<xcb_window_t> windows,
                      Clock::time_point deadline) {
     std::vector<std::int32_t> done;

@@ -10,7 +10,8 @@ namespace quil::linux_platform {
 
 /// What posted pointer events have set off. A window manager keeps a click to itself until it has
 /// looked at it, and gives the focus to the window then; the program moves its own focus when it
-/// gets the click. Keys are held up by neither. So before keys are sent, or the active window is looked for, all of them must have processed the click, as the events of one queue would.
+/// gets the click. Keys are held up by neither. So before keys are sent, or the active window is
+/// looked for, all of them must have processed the click, as the events of one queue would.
 class PointerEffects {
   public:
     /// `display` outlives this.

@@ -107,8 +107,8 @@ Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
         }
         session.useModifiersAsBefore();
         client.sendPing();
-        // What the server has not processed is lost should the process be ended: keys that it is
-        // in the middle of stay down. So one part at the most is on its way.
+        // What the server has not processed is lost should the process be ended: keys that it is in
+        // the middle of stay down. So one part at the most is on its way.
         session.connection().sync();
         strokes = strokes.subspan(part.size());
         const bool mayReorder = client.reordersStrings() && !strokes.empty() &&

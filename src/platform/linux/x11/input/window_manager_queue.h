@@ -9,8 +9,8 @@ namespace quil::linux_platform {
 
 /// Finds out when the window manager has processed the events that it had before.
 ///
-/// A window that is never shown asks for another position. The request goes to the window manager, as
-/// all such requests do, and one of a window that it does not manage is granted as it stands
+/// A window that is never shown asks for another position. The request goes to the window manager,
+/// as all such requests do, and one of a window that it does not manage is granted as it stands
 /// (ICCCM 4.1.5, 4.1.3.1): so the window has moved when what came before has been processed. When
 /// there is no window manager the server moves it.
 class WindowManagerQueue {

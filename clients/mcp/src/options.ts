@@ -8,6 +8,7 @@ export interface ServerOptions {
     readOnly?: boolean;
     allowApp?: string[];
     denyApp?: string[];
+    allowClipboard?: boolean;
     confirm?: boolean;
     redact?: string[];
     log?: string;
@@ -27,6 +28,7 @@ export function addServerOptions<C extends Command>(command: C): C {
         .addOption(new Option("--read-only", "offer no tool that acts"))
         .addOption(new Option("--allow-app <id>", "read and control only this application (repeatable): its identifier, or the path of its program").argParser(collect))
         .addOption(new Option("--deny-app <id>", "neither read nor control this application (repeatable)").argParser(collect))
+        .addOption(new Option("--allow-clipboard", "read the clipboard though only some applications may be read"))
         .addOption(new Option("--confirm", "ask the user before each action; where the client cannot ask, refuse"))
         .addOption(new Option("--redact <pattern>", "hide what this regular expression matches in everything that is answered (repeatable)").argParser(collect))
         .addOption(new Option("--log <file>", "append what was done, one JSON object a line, without the texts that were typed"));

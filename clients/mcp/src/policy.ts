@@ -14,6 +14,8 @@ export interface PolicyOptions {
     readonly allowApps?: readonly string[];
     /** These applications are neither read nor acted on; counts before `allowApps`. */
     readonly denyApps?: readonly string[];
+    /** The clipboard is read though it may hold what was copied in an application that is not. */
+    readonly allowClipboard?: boolean;
     /** The user is asked before each action. */
     readonly confirm?: boolean;
 }
@@ -24,12 +26,14 @@ export class Forbidden extends Error {}
 export class Policy {
     readonly readOnly: boolean;
     readonly confirm: boolean;
+    readonly #allowClipboard: boolean;
     readonly #allowed: readonly string[];
     readonly #denied: readonly string[];
 
     constructor(options: PolicyOptions = {}) {
         this.readOnly = options.readOnly ?? false;
         this.confirm = options.confirm ?? false;
+        this.#allowClipboard = options.allowClipboard ?? false;
         this.#allowed = options.allowApps ?? [];
         this.#denied = options.denyApps ?? [];
     }
@@ -37,6 +41,11 @@ export class Policy {
     /** Whether any application is treated differently from another. */
     get namesApplications(): boolean {
         return this.#allowed.length > 0 || this.#denied.length > 0;
+    }
+
+    /** Whether the clipboard's text may be read: nothing tells which application it is from. */
+    get permitsClipboard(): boolean {
+        return this.#allowClipboard || !this.namesApplications;
     }
 
     permits(subject: Subject): boolean {

@@ -1,12 +1,14 @@
 /** The desktop as a model sees it: what it was shown last, and what an action changed. */
 
-import { Desktop, type Element, type Locator, Observation, type OutlineOptions, type Rectangle, UnknownMethod, type Waiting, type Window } from "quil";
+import { setTimeout as sleep } from "node:timers/promises";
+import { Desktop, type Element, type Locator, Observation, type OutlineOptions, type Rectangle, type State, UnknownMethod, type Waiting, type Window } from "quil";
 import { fillIn, checkKeys } from "./doing.js";
 import { GuardedRuntime } from "./guarded.js";
 import { UnknownReference } from "./mistakes.js";
 import { Forbidden, type Policy } from "./policy.js";
 import type { Redaction } from "./redaction.js";
 import { References } from "./references.js";
+import { Movement } from "./rest.js";
 
 /** For so long a change is waited for after an action, and for so long the window has to stay as it is after one. */
 const FIRST_CHANGE_MS = 400;
@@ -39,6 +41,7 @@ export interface Shown {
 
 export class Session {
     readonly references = new References();
+    readonly #movement = new Movement();
     /** The last picture that the model got. */
     shown: Shown | undefined;
     /** By the call: the window in front when the user was asked whether it may be done. */
@@ -78,7 +81,10 @@ export class Session {
     /** What is in front now, numbered and without what must not be shown: all of it, and `shown` without what is not to be seen, such as
      *  the items of closed menus. Throws Forbidden for an application that the policy leaves out. */
     async look(signal?: AbortSignal): Promise<{ all: Observation; shown: Observation }> {
-        const state = await this.desktop.runtime.desktopAxGetState({}, { signal });
+        return this.#numbered(await this.desktop.runtime.desktopAxGetState({}, { signal }));
+    }
+
+    #numbered(state: State): { all: Observation; shown: Observation } {
         const { elements } = this.references.number(state);
         const nodes = state.nodes.map((node) => this.redaction.node(node));
         const all = new Observation({ ...state, nodes }, elements.map((element) => element.ref));
@@ -92,6 +98,7 @@ export class Session {
      *  or `within` ask for it. */
     async observe(options: OutlineOptions & { within?: number; hidden?: boolean }, signal?: AbortSignal): Promise<{ text: string; observation: Observation }> {
         const { all, shown } = await this.look(signal);
+        if (this.#last && !this.#runtime?.takeBefore()?.isTouched) this.#movement.learn(this.#last, shown);
         const { within, hidden } = options;
         if (within !== undefined && !all.byRef(within)) throw new UnknownReference(within, this.references.described(within));
         this.#last = shown;
@@ -111,8 +118,7 @@ export class Session {
     /** What has changed in front since the model saw it last, after it has come to rest. */
     async changes(signal?: AbortSignal): Promise<{ text: string; changed: boolean; observation: Observation }> {
         const before = this.#last;
-        if (before?.revision) await this.#rest(before.revision, signal);
-        const { shown: observation } = await this.look(signal);
+        const observation = before?.revision ? await this.#rested(before, signal) : (await this.look(signal)).shown;
         this.#last = observation;
         let text = before ? observation.diff(before) : outlined(observation);
         const changed = text !== "";
@@ -134,16 +140,34 @@ export class Session {
         }
     }
 
-    /** Waits until the tree has changed and come to rest, or has not changed for a moment. */
-    async #rest(revision: string, signal?: AbortSignal): Promise<void> {
-        const { runtime } = this.desktop;
+    /** The window in front after it has changed and come to rest, or has not changed for a moment. What moves by itself, and did so before
+     *  the action, does not keep it from that. */
+    async #rested(before: Observation, signal?: AbortSignal): Promise<Observation> {
         const begin = performance.now();
+        const isChange = this.#movement.follow();
+        const state = this.#runtime?.takeBefore()?.state;
+        let latest = state && state.revision !== before.revision ? this.#numbered(state).shown : before;
+        if (latest !== before) this.#movement.learn(before, latest);
+        for (let hasChanged = false; ;) {
+            const { shown } = await this.look(signal);
+            const isNew = isChange(latest, shown);
+            latest = shown;
+            if (hasChanged && !isNew) return latest;
+            hasChanged ||= isNew;
+            const left = begin + (hasChanged ? LONGEST_UNREST_MS : FIRST_CHANGE_MS) - performance.now();
+            if (left <= 0) return latest;
+            if (hasChanged) await sleep(QUIET_MS, undefined, { signal });
+            else if (!await this.#isOther(latest.revision, left, signal)) return latest;
+        }
+    }
+
+    /** Waits for another tree than that of this revision; false when none comes in time. */
+    async #isOther(revision: string, timeoutMs: number, signal?: AbortSignal): Promise<boolean> {
         try {
-            const { changed } = await runtime.desktopAxWait({ revision, timeoutMs: FIRST_CHANGE_MS, quietMs: QUIET_MS }, { signal });
-            if (!changed || performance.now() - begin < FIRST_CHANGE_MS) return;
-            await this.#quiet(QUIET_MS, LONGEST_UNREST_MS - FIRST_CHANGE_MS, signal);
+            return (await this.desktop.runtime.desktopAxWait({ revision, timeoutMs: Math.ceil(timeoutMs) }, { signal })).changed;
         } catch (error) {
-            if (!(error instanceof UnknownMethod)) throw error;
+            if (error instanceof UnknownMethod) return false;
+            throw error;
         }
     }
 

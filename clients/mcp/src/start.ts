@@ -8,7 +8,7 @@ import { Session } from "./session.js";
 
 /** Serves on the standard streams until standard input ends. Throws for options that cannot be used, before anything is served. */
 export function start(options: ServerOptions): void {
-    const policy = new Policy({ readOnly: options.readOnly, allowApps: options.allowApp, denyApps: options.denyApp, confirm: options.confirm });
+    const policy = new Policy({ readOnly: options.readOnly, allowApps: options.allowApp, denyApps: options.denyApp, allowClipboard: options.allowClipboard, confirm: options.confirm });
     const redaction = new Redaction(options.redact);
     const log = new Log(options.log);
     const session = new Session(() => commandOf(options.runtime), policy, redaction);

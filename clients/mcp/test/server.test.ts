@@ -90,6 +90,26 @@ test("actions answer with what changed, and references stay good", async (t) => 
     assert.match((await call("fill", { ref: ref("Customer"), text: "Eve" })).text, /= "Eve" \(was = "Ada"\)/);
 });
 
+test("what never stops holds no answer up, and what comes late is in it", async (t) => {
+    const button = (id: string, does: object) => ({ id, role: "AXButton", title: id, enabled: true, bounds: [10, 10, 80, 24], actions: [{ name: "AXPress", does }] });
+    const clock = { id: "clock", role: "AXStaticText", value: "", bounds: [10, 80, 80, 24] };
+    const late = { update: "later", title: "Later done" };
+    const { call } = await connect(t, { scenario: shopAndBank({
+        clock: { real: true }, script: Array.from({ length: 600 }, (_, tick) => ({ at: tick / 20, do: { update: "clock", value: `${tick}` } })),
+        applications: [{ id: "shop", pid: 10, name: "shop", windows: [{ title: "Shop", bounds: [0, 0, 400, 300], children: [
+            clock, button("now", { update: "now", title: "Now done" }), button("later", { rules: [{ call: "beginObservation", nth: 4, does: late }] }),
+        ] }] }],
+    }) });
+    await call("observe");
+    await call("observe");
+    for (const name of ["now", "later"]) {
+        const begin = performance.now();
+        assert.match((await call("click", { role: "button", name })).text, new RegExp(`~ \\d+ button "${name} done"`, "i"));
+        const took = performance.now() - begin;
+        assert.ok(took < 1000, `${took} ms`);
+    }
+});
+
 test("what is wrong is said, with what is there instead", async (t) => {
     const { call } = await connect(t);
     await call("observe");
@@ -132,6 +152,9 @@ test("the policy is kept", async (t) => {
     assert.ok((await reading.call("clipboard", { text: "x" })).isError);
     assert.equal((await reading.call("clipboard")).text, "copied before");
 
+    const both = await connect(t, { args: ["--deny-app", "com.example.orders", "--allow-clipboard"] });
+    assert.equal((await both.call("clipboard")).text, "copied before");
+
     for (const args of [["--deny-app", "com.example.ORDERS"], ["--allow-app", "com.example.mail"]]) {
         const { call } = await connect(t, { args });
         for (const [tool, input] of [["observe", {}], ["screenshot", {}], ["screenshot", { display: "main" }], ["type", { text: "x" }],
@@ -143,6 +166,8 @@ test("the policy is kept", async (t) => {
         assert.doesNotMatch((await call("list")).text, /New Order/);
         assert.ok((await call("record", { action: "start" })).isError);
         assert.match((await call("open", { app: "com.example.mail" })).text, /Inbox/);
+        assert.doesNotMatch((await call("clipboard")).text, /copied before/);
+        assert.ok(!(await call("clipboard", { text: "own" })).isError);
     }
 });
 

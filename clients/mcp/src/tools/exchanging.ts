@@ -20,6 +20,7 @@ export const clipboard = tool({
             await session.desktop.clipboard.write(input.text, { signal });
             return { text: `The clipboard has ${[...input.text].length} characters.` };
         }
+        if (!session.policy.permitsClipboard) throw new Forbidden("This server may not read the clipboard, only write to it: what is there may be from an application that it may not read. Do not look for a way around it; ask the user for the text.");
         const text = await session.desktop.clipboard.read({ signal });
         if (text === null) return { text: "The clipboard has no text.", structured: { text } };
         const characters = [...text];

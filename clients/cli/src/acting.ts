@@ -1,7 +1,6 @@
-import type { Command } from "commander";
+import { type Command, Option } from "commander";
 import { text as readAll } from "node:stream/consumers";
 import type { Context } from "./context.js";
-import { Usage } from "./failure.js";
 import { type TargetOptions, targetOf } from "./target.js";
 import { number, withTarget } from "./words.js";
 
@@ -25,15 +24,13 @@ export function addActing(program: Command, context: Context): void {
 
     withTarget(program.command("click"), { required: true })
         .description("presses an element; prints what changed, as all commands that act")
-        .option("--button <button>", "left, right or middle", "left")
+        .addOption(new Option("--button <button>", "of the mouse").choices(["left", "right", "middle"]).default("left"))
         .option("--count <n>", "2 for a double click, 3 for a triple one", number({ min: 1, max: 3 }), 1)
         .option("--modifiers <keys>", "held down, such as ctrl+shift")
         .option("--pointer", "use the pointer though the element can be pressed")
         .addHelpText("after", "\nExamples:\n  quil-cli click button:Save\n  quil-cli click row:Ada --button right\n  quil-cli click button:Delete --in dialog: --exact")
-        .action((target: string, { button, count, modifiers, pointer, ...options }: ClickOptions) => {
-            if (!["left", "right", "middle"].includes(button)) throw new Usage(`there is no button ${button}: left, right or middle`);
-            return act(() => targetOf(context, target, options).click({ button, count, modifiers, pointer, ...context.waiting }));
-        });
+        .action((target: string, { button, count, modifiers, pointer, ...options }: ClickOptions) =>
+            act(() => targetOf(context, target, options).click({ button, count, modifiers, pointer, ...context.waiting })));
 
     withTarget(program.command("fill"), { required: true })
         .description("gives a field, slider, combo box or check box a value")

@@ -1,8 +1,8 @@
-import tab from "@bomb.sh/tab/commander";
 import { Command } from "commander";
 import { readFileSync } from "node:fs";
 import { type ServerOptions, addServerOptions, start } from "quil-mcp";
 import { addActing } from "./acting.js";
+import { addCompletion } from "./completion.js";
 import { Context, type GlobalOptions } from "./context.js";
 import { addDoctor } from "./doctor/command.js";
 import { addLooking } from "./looking.js";
@@ -47,6 +47,6 @@ export function makeProgram(context: Context, inShell = false): Command {
     }
     // Subcommands report their errors by throwing, as the program does.
     for (const command of program.commands) command.exitOverride().showHelpAfterError("(--help shows how)");
-    if (!inShell) tab(program, { completionCommandName: "completion" });
+    if (!inShell) addCompletion(program, context);
     return program;
 }

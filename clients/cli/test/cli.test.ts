@@ -91,6 +91,18 @@ test("the doctor is content with a simulated desktop, and leaves it as it was", 
 
 test("completions are there for the shells that people use", () => {
     for (const shell of ["bash", "zsh", "fish"]) assert.match(quil(["completion", shell]).stdout, /quil-cli/, shell);
-    const { stdout } = spawnSync(process.execPath, [COMMAND, "complete", "--", "cl"], { encoding: "utf8" });
-    assert.match(stdout, /^click/m);
+    const runtime = ["--runtime", `${QUIL_SIM} ${FORM}`];
+    for (const [words, offered] of [
+        [["cl"], /^click/m],
+        [["click", "but"], /^button:/m],
+        [["click", "x", "--button", "r"], /^right/m],
+        [["click", "x", "--in", "di"], /^dialog:/m],
+        [["keys", "ctrl+a", "es"], /^escape/m],
+        [[...runtime, "launch", "com.example.cl"], /^com.example.clock\tClock$/m],
+        [[...runtime, "screenshot", "--window", ""], /^\d+\tNew Order$/m],
+        [["--runtime", "false", "launch", "c"], /^:4$/m],
+    ] as const) {
+        const { stdout } = spawnSync(process.execPath, [COMMAND, "complete", "--", ...words], { encoding: "utf8" });
+        assert.match(stdout, offered, words.join(" "));
+    }
 });

@@ -1,4 +1,5 @@
 /** The server as a library, and what the terminal's command shares with it. */
+export { KEY_NAMES } from "./doing.js";
 export { BadArguments } from "./mistakes.js";
 export { type ServerOptions, addServerOptions, commandOf } from "./options.js";
 export { Policy } from "./policy.js";

@@ -31,6 +31,7 @@ export { body, type OutlineOptions } from "./outline.js";
 export type { Picture } from "./pictures.js";
 export { type Command, findRuntime, Process } from "./process.js";
 export type { Recording, ReplayOptions, Source } from "./recording.js";
+export { SHORT_ROLES } from "./roles.js";
 export { Runtime } from "./runtime.js";
 export { squeezed, type Text } from "./texts.js";
 export type { Waiting } from "./waiting.js";

@@ -12,6 +12,9 @@ export const POINTED: ReadonlySet<string> = new Set(TABLE.pointed);
 const NAMES: ReadonlyMap<string, readonly string[]> = new Map(Object.entries(TABLE.names));
 const SHOWN: ReadonlyMap<string, string> = new Map(Object.entries(TABLE.shown));
 
+/** The names by which elements are asked for, such as "button". */
+export const SHORT_ROLES: readonly string[] = [...NAMES.keys()].sort();
+
 /** A native role, with the role of the parent that is asked for, "" for any. */
 export interface NativeRole {
     parent: string;
@@ -27,7 +30,7 @@ export function natives(role: string): NativeRole[] {
     const entries = NAMES.get(role);
     if (!entries) {
         throw new InvalidParameter(
-            "role", `there is no role '${role}'; there are ${[...NAMES.keys()].sort().join(", ")}, and native roles such as AXButton`);
+            "role", `there is no role '${role}'; there are ${SHORT_ROLES.join(", ")}, and native roles such as AXButton`);
     }
     return entries.map((entry) => {
         const [native = "", parent = ""] = entry.split(" > ").reverse();

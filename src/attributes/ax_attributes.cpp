@@ -13,8 +13,9 @@ std::optional<std::int64_t> roundedCoordinate(double coordinate) {
 }
 
 /// A floating-point number with 16 significant digits, as NSNumber's `stringValue` is documented to
-/// write it ("%0.16g").
+/// write it ("%0.16g"); what is no number without the sign that it may bear.
 std::string numberText(double number) {
+    if (std::isnan(number)) return "nan";
     char text[32];
     std::snprintf(text, sizeof text, "%0.16g", number);
     return text;

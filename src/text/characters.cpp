@@ -10,6 +10,8 @@ namespace quil {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+/// The one letter whose lower case is two code points.
+constexpr char32_t kDottedCapitalI = 0x130;
 
 struct CodePoint {
     std::optional<char32_t> value;  // nothing for a byte that is not UTF-8
@@ -174,7 +176,9 @@ std::string lowercased(std::string_view text) {
     lower.reserve(text.size());
     for (std::size_t position = 0; position < text.size();) {
         const CodePoint current = codePointAt(text, position);
-        if (current.value) {
+        if (current.value == kDottedCapitalI) {
+            lower += "i\u0307";
+        } else if (current.value) {
             appendUtf8(lower, static_cast<char32_t>(
                                   utf8proc_tolower(static_cast<utf8proc_int32_t>(*current.value))));
         } else {

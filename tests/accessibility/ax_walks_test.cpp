@@ -73,6 +73,8 @@ TEST_F(AxWalks, LeaveOutPlacesThatAreNoNumbers) {
         window.bounds({0, impossible, 1, 1});
         EXPECT_FALSE(observe(1).nodes[0].bounds) << impossible;
     }
+    window.value(std::copysign(NAN, -1.0));
+    EXPECT_EQ(observe(1).nodes[0].value, "nan");
 }
 
 TEST_F(AxWalks, SeeOneNobodyWithoutPermission) {

@@ -153,7 +153,7 @@ class Keys(unittest.TestCase):
                     ("`", "50 flags 0x0"), ("\\", "42 flags 0x0"), ("delete", "51 flags 0x0"),
                     ("shift", None), ("", None), ("+", None), ("enter", None), ("cmd + c", None),
                     ("keycode-", None), ("keycode-65536", None), ("keycode--1", None),
-                    ("keycode-1 ", None), ("é", None),
+                    ("keycode-1 ", None), ("é", None), ("İ", None),
                     ("keycode-99999999999999999999", None), ("K", "40 flags 0x0")]:
                 before = len(host.log())
                 self.assertEqual(host.result("desktop_keypress", combo=combo), {"ok": True})

@@ -9,6 +9,7 @@ BUTTON = {"id": "ok", "role": "AXButton", "title": "OK", "bounds": [10, 40, 25, 
           "actions": ["AXPress", {"name": "AXShowMenu", "does": {"update": "ok", "title": "Menu"}}]}
 TWO_DISPLAYS = [{"id": 7, "bounds": [0, 0, 1440, 900], "name": "Main"},
                 {"id": 9, "bounds": [1440, -180, 1920, 1080]}]
+NOT_COME = {"code": "COMPUTER_CONTROL_COMMAND_FAILED", "message": "window did not come to the front"}
 
 
 def png_size(url):
@@ -175,7 +176,8 @@ class Extensions(unittest.TestCase):
         other = {"pid": 2, "name": "Other", "windows": [
             {"title": "Hidden", "bounds": [0, 0, 9, 9], "onScreen": False},
             {"title": "Behind", "bounds": [0, 0, 9, 9]}]}
-        scenario = {"applications": [application(BUTTON), other]}
+        scenario = {"applications": [application(BUTTON), other],
+                    "windows": [{"title": "Nobody's", "bounds": [0, 0, 9, 9]}]}
         with Simulated(scenario) as host:
             ids = {window["name"]: window["id"]
                    for window in host.result("desktop_windows_list")["windows"]}
@@ -185,6 +187,7 @@ class Extensions(unittest.TestCase):
                 result = host.result("desktop_window_activate", window=window)
                 self.assertEqual(result["target"]["windowTitle"], name)
                 self.assertEqual(host.result("desktop_windows_list")["windows"][0]["name"], name)
+            self.assertEqual(host.error("desktop_window_activate", window=ids["Nobody's"]), NOT_COME)
             for params in ({}, {"window": "1"}, {"window": 1.5}):
                 self.assertEqual(host.error("desktop_window_activate", **params),
                                  {"message": "window is required"})
@@ -194,9 +197,7 @@ class Extensions(unittest.TestCase):
 
     def test_a_window_that_does_not_come(self):
         with Simulated(desktop(rules=[{"call": "activeWindow", "fails": True}])) as host:
-            self.assertEqual(host.error("desktop_window_activate", window=1), {
-                "code": "COMPUTER_CONTROL_COMMAND_FAILED",
-                "message": "window did not come to the front"})
+            self.assertEqual(host.error("desktop_window_activate", window=1), NOT_COME)
 
 
 if __name__ == "__main__":

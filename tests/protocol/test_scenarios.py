@@ -235,16 +235,18 @@ class Scripts(unittest.TestCase):
                 return next(int(line.split()[1]) for line in file if line.startswith("VmSize:"))
 
         with Simulated({"rules": [{"call": "startThread", "about": "quil.input-tap", "nth": 3,
-                                   "fails": True}]}) as host:
+                                   "fails": True}],
+                        "script": [{"request": 7, "do": {"user": {"type": "x"}}}]}) as host:
             for _ in range(2):
                 host.result("startInputRecording")
                 host.result("stopInputRecording")
             self.assertEqual(host.error("startInputRecording"), {
                 "code": "RECORDING_CAPTURE_UNAVAILABLE", "message": "input event tap unavailable"})
             before = address_space()
-            for _ in range(100):  # a thread's stack takes 8 MB
+            for turn in range(100):  # a thread's stack takes 8 MB
                 self.assertEqual(host.result("startInputRecording"), {})
-                host.result("stopInputRecording")
+                events = host.result("stopInputRecording")["events"]
+                self.assertEqual(len(events), 1 if turn == 0 else 0)
             self.assertLess(address_space() - before, 400_000)
 
     def test_recordings_that_cannot_start(self):

@@ -65,8 +65,9 @@ bool MacWindowList::activateWindow(std::int64_t number) {
     const auto window = findWindow(0, [&](const Value::Dictionary& members) {
         return integerMember(members, kWindowNumber) == number;
     });
-    const auto pid = window ? integerMember(*window, kWindowOwnerPid) : std::nullopt;
-    if (!pid) return false;
+    if (!window) return false;
+    const auto pid = integerMember(*window, kWindowOwnerPid);
+    if (!pid) return true;  // nobody can be asked for it
     MacAccessibility accessibility;
     const ElementRef application = accessibility.createApplication(static_cast<std::int32_t>(*pid));
     const auto windows = attribute(accessibility, application, "AXWindows");
@@ -84,7 +85,7 @@ bool MacWindowList::activateWindow(std::int64_t number) {
     NSRunningApplication* owner =
         [NSRunningApplication runningApplicationWithProcessIdentifier:static_cast<pid_t>(*pid)];
     [owner activateWithOptions:0];
-    return owner != nil;
+    return true;
 }
 
 std::optional<std::int64_t> MacWindowList::activeWindow() {

@@ -19,6 +19,12 @@ def front(host):
     return host.result("desktop_target")["target"].get("pid")
 
 
+def newest_thread():
+    """The number of the thread that was created last, by any process."""
+    with open("/proc/loadavg", encoding="ascii") as file:
+        return int(file.read().split()[-1])
+
+
 class DisplayServerTest(unittest.TestCase):
     def quil(self, environment, **variables):
         return self.enterContext(Host(env=dict(environment, **variables)))
@@ -36,6 +42,10 @@ class DisplayServerTest(unittest.TestCase):
             self.assertEqual(host.result("ping"),
                              NOTHING | {"screenRecording": True, "inputMonitoring": True})
             server.stop()
+        before = newest_thread()
+        for _ in range(500):  # each found out without a thread
+            host.result("ping")
+        self.assertLess(newest_thread() - before, 500)
         host = self.quil(server.environment)
         self.assertTrue(host.result("ping")["accessibility"])
         self.assertEqual((names(host), front(host)), ([], None))

@@ -1,7 +1,5 @@
 /** What to do where something does not work, on this platform. */
 
-import { NO_PROGRAM } from "./window.js";
-
 const isMac = process.platform === "darwin";
 
 function settings(pane: string): string {
@@ -23,12 +21,12 @@ export const ADVICE = {
         : noDisplay() ?? noBus() ?? "install at-spi2-core, and check that /usr/libexec/at-spi-bus-launcher runs in this session",
     screenRecording: () => isMac ? settings("Screen Recording") : noDisplay() ?? "the display lacks the Composite extension: use another X server, or switch it on",
     inputMonitoring: () => isMac ? settings("Input Monitoring") : noDisplay() ?? "the display lacks XInput 2.2 or RECORD: use another X server",
-    displays: () => noDisplay() ?? "no display is switched on",
-    window: () => noDisplay() ?? wayland() ?? `no program is there that could show a small window: ${NO_PROGRAM}`,
+    displays: () => noDisplay() ?? (isMac ? "no display is switched on" : `no X server answers at ${process.env["DISPLAY"]}, or it lets nobody in: check DISPLAY and XAUTHORITY`),
+    window: () => noDisplay() ?? wayland() ?? "something keeps it from the front: a menu that is open, a window manager that waits for a click to place it",
     tree: () => isMac ? settings("Accessibility") : noBus() ?? wayland()
         ?? "the application does not tell what is in its window: set GTK_MODULES and QT_ACCESSIBILITY=1 only if they were switched off, start Chromium with --force-renderer-accessibility, and Java programs with libatk-wrapper-java",
     picture: () => wayland() ?? "the window is hidden or its screen is locked",
-    pointer: () => wayland() ?? "something holds the pointer: an open menu, a screen locker, another program that controls it",
+    pointer: () => wayland() ?? "something holds the pointer (an open menu, a screen locker, another program that controls it), or the window does not fit on the screen",
     typing: () => wayland() ?? "something holds the keyboard (a menu, a screen locker), or an input method changes what is typed",
     recording: () => isMac ? settings("Input Monitoring") : wayland() ?? "the display does not tell of input: check XInput 2 and RECORD by xdpyinfo",
     clipboard: () => wayland() ?? "a clipboard manager takes texts away: try without it",

@@ -4,7 +4,7 @@ import { spawnSync } from "node:child_process";
 import { PNG } from "pngjs";
 import { type Desktop, type Element, type Locator, type RecordedAction, type Recording, type Target, QuilError, center } from "quil";
 import { ADVICE } from "./advice.js";
-import { TITLE, closeWindow, openWindow } from "./window.js";
+import { NO_PROGRAM, TITLE, closeWindow, openWindow } from "./window.js";
 
 export interface Finding {
     readonly name: string;
@@ -43,17 +43,18 @@ export async function examine(desktop: Desktop, report: Report, signal: AbortSig
         }
     }
 
-    const granted = await desktop.permissions({ signal });
-    for (const [name, what] of [["accessibility", "Accessibility"], ["screenRecording", "Screen Recording"], ["inputMonitoring", "Input Monitoring"]] as const) {
-        await check(name, `permission ${what}`, async () => granted[name] ? ["granted", true] : fail("not granted"));
-    }
     const hasDisplays = await check("displays", "displays", async () => {
         const { displays } = await desktop.runtime.desktopDisplaysList({ signal });
         if (displays.length === 0) fail("there is none");
         return [displays.map(({ name, bounds }) => `${name} ${bounds.width}×${bounds.height}`).join(", "), true];
     });
-
     // Without one nothing else can work, and an empty clipboard would seem to.
+    if (!hasDisplays && process.platform !== "darwin") return;
+
+    const granted = await desktop.permissions({ signal });
+    for (const [name, what] of [["accessibility", "Accessibility"], ["screenRecording", "Screen Recording"], ["inputMonitoring", "Input Monitoring"]] as const) {
+        await check(name, `permission ${what}`, async () => granted[name] ? ["granted", true] : fail("not granted"));
+    }
     if (!hasDisplays) return;
 
     const before = await desktop.target({ signal });
@@ -62,7 +63,7 @@ export async function examine(desktop: Desktop, report: Report, signal: AbortSig
     try {
         const field = granted.accessibility ? await check("window", "a window with a text field", () => findField(desktop, own, signal)) : undefined;
         if (field && await check("tree", "the elements of the window", () => readTree(desktop, signal)) === undefined) return;
-        if (granted.screenRecording) await check("picture", "a picture of the window", () => takePicture(desktop, signal));
+        if (granted.screenRecording) await check("picture", `a picture of the ${field ? "window" : "display"}`, () => takePicture(desktop, field !== undefined, signal));
         if (granted.inputMonitoring) recording = await check("recording", "a recording begins", async () => ["it runs", await desktop.record({ signal })]);
         if (field) {
             await tryInput(desktop, field, recording, check, signal);
@@ -87,7 +88,7 @@ function isSimulated(desktop: Desktop): boolean {
 async function findField(desktop: Desktop, own: ReturnType<typeof openWindow>, signal: AbortSignal): Promise<[string, Locator]> {
     const fields = desktop.getByRole("textbox");
     if (!own) {
-        if (!isSimulated(desktop)) fail("none could be opened");
+        if (!isSimulated(desktop)) fail(`there is no program that could show one: ${NO_PROGRAM}`);
         const [first] = (await fields.elements({ signal })).filter((one) => one.isVisible && one.enabled !== false);
         return first ? [`the simulated window's ${first.label || "first one"}`, desktop.again(first)] : fail("the simulated window has none");
     }
@@ -123,12 +124,12 @@ async function readTree(desktop: Desktop, signal: AbortSignal): Promise<[string,
     return [`${elements.length} elements, ${placed} of them to be seen, read in ${milliseconds} ms`, true];
 }
 
-async function takePicture(desktop: Desktop, signal: AbortSignal): Promise<[string, true]> {
-    const { bytes, size: { width, height } } = await desktop.screenshot({ signal });
+async function takePicture(desktop: Desktop, ofWindow: boolean, signal: AbortSignal): Promise<[string, true]> {
+    const { bytes, size: { width, height } } = ofWindow ? await desktop.screenshot({ signal }) : await desktop.capture({ signal });
     const { data } = PNG.sync.read(bytes);
     const isPlain = !data.some((value, index) => value !== data[index % 4]);
-    if (isPlain && !isSimulated(desktop)) fail(`${width} × ${height} pixels, all of one colour`);
-    return [`${width} × ${height} pixels${isPlain ? ", of one colour as simulated windows are" : ", of several colours"}`, true];
+    if (isPlain && ofWindow && !isSimulated(desktop)) fail(`${width} × ${height} pixels, all of one colour`);
+    return [`${width} × ${height} pixels${isPlain ? ", of one colour" : ", of several colours"}`, true];
 }
 
 type Checker = <T>(name: Check, what: string, body: () => Promise<[string, T]>) => Promise<T | undefined>;
@@ -138,6 +139,9 @@ async function tryInput(desktop: Desktop, field: Locator, recording: Recording |
     const text = await field.value(waiting);
     await check("pointer", "the pointer", async () => {
         const [x, y] = center(await field.bounds(waiting));
+        const { displays } = await desktop.runtime.desktopDisplaysList({ signal });
+        const isShown = displays.some(({ bounds }) => x >= bounds.x && x < bounds.x + bounds.width && y >= bounds.y && y < bounds.y + bounds.height);
+        if (!isShown) fail(`the field of the window is at ${x}, ${y}, where no display is`);
         await desktop.mouse.click([x, y], { signal });
         if (!recording) return [`clicked at ${x}, ${y}; not seen, since nothing is recorded`, true];
         const screen = (await desktop.runtime.desktopDisplaysList({ signal })).virtualScreen;

@@ -12,9 +12,9 @@ from gi.repository import GLib, Gtk
 # The window goes when whoever opened it does, however that ends.
 GLib.io_add_watch(0, GLib.PRIORITY_DEFAULT, GLib.IO_HUP, Gtk.main_quit)
 window = Gtk.Window(title=${JSON.stringify(TITLE)})
-box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=12, margin=24)
-box.add(Gtk.Label(label="Quil tries out what it can do. This window closes by itself."))
-box.add(Gtk.Entry(width_chars=40))
+box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=12, margin=12)
+box.add(Gtk.Label(label="Quil tries out what it can do. This window closes by itself.", wrap=True, max_width_chars=30))
+box.add(Gtk.Entry(width_chars=10))
 window.add(box)
 window.connect("destroy", Gtk.main_quit)
 window.show_all()

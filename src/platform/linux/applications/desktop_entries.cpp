@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "text/characters.h"
+
 namespace quil::linux_platform {
 namespace {
 
@@ -84,6 +86,27 @@ std::optional<std::string> localizedNameOf(const DesktopEntry& entry) {
     const GlibText name(
         g_desktop_app_info_get_locale_string(entry.get(), G_KEY_FILE_DESKTOP_KEY_NAME));
     return name ? std::optional<std::string>(name.get()) : std::nullopt;
+}
+
+std::string commandLineOf(const DesktopEntry& entry) {
+    const char* line = entry ? g_app_info_get_commandline(G_APP_INFO(entry.get())) : nullptr;
+    return line ? line : "";
+}
+
+std::vector<std::string> commandOf(const DesktopEntry& entry) {
+    int count = 0;
+    char** parsed = nullptr;
+    if (!g_shell_parse_argv(commandLineOf(entry).c_str(), &count, &parsed, nullptr)) return {};
+    std::vector<std::string> words;
+    for (int i = 0; i < count; ++i) words.push_back(validUtf8(parsed[i]));
+    g_strfreev(parsed);
+    std::erase_if(words, [](const std::string& w) { return w.size() == 2 && w.front() == '%'; });
+    return words;
+}
+
+std::string windowClassOf(const DesktopEntry& entry) {
+    const char* name = g_desktop_app_info_get_startup_wm_class(entry.get());
+    return name ? validUtf8(name) : std::string();
 }
 
 }  // namespace quil::linux_platform

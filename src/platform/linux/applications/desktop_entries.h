@@ -45,4 +45,13 @@ GlibKeyFile readKeysOfDesktopEntry(const std::string& path);
 /// The name in the user's language; nothing when the entry has none.
 std::optional<std::string> localizedNameOf(const DesktopEntry& entry);
 
+/// The command that the entry starts its program with, as it is written there; empty for none.
+std::string commandLineOf(const DesktopEntry& entry);
+
+/// The words of the command, placeholders for files and URLs left out.
+std::vector<std::string> commandOf(const DesktopEntry& entry);
+
+/// The class that the application's windows have (StartupWMClass); empty when the entry has none.
+std::string windowClassOf(const DesktopEntry& entry);
+
 }  // namespace quil::linux_platform

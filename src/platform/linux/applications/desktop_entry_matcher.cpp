@@ -1,10 +1,7 @@
 #include "platform/linux/applications/desktop_entry_matcher.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <filesystem>
-#include <tuple>
 
 #include "platform/linux/applications/desktop_entries.h"
 #include "platform/linux/applications/processes.h"
@@ -14,10 +11,6 @@
 
 namespace quil::linux_platform {
 namespace {
-
-std::string textOrEmpty(const char* text) {
-    return text ? validUtf8(text) : std::string();
-}
 
 std::string withSuffix(const std::string& id) {
     return id.ends_with(kDesktopEntrySuffix) ? id : id + std::string(kDesktopEntrySuffix);
@@ -33,11 +26,6 @@ std::string idOfFile(const std::string& path) {
         return id;
     }
     return std::string(fileName(path));
-}
-
-std::string commandLineOf(const DesktopEntry& entry) {
-    const char* line = entry ? g_app_info_get_commandline(G_APP_INFO(entry.get())) : nullptr;
-    return line ? line : "";
 }
 
 /// What can be launched again under the name that it is given: an entry that is not installed, or
@@ -69,18 +57,6 @@ std::optional<MatchedEntry> with(Evidence evidence, std::optional<MatchedEntry> 
     return entry;
 }
 
-/// The words that the entry starts its program with, file and URL placeholders left out.
-std::vector<std::string> commandOf(const DesktopEntry& entry) {
-    int count = 0;
-    char** parsed = nullptr;
-    if (!g_shell_parse_argv(commandLineOf(entry).c_str(), &count, &parsed, nullptr)) return {};
-    std::vector<std::string> words;
-    for (int i = 0; i < count; ++i) words.push_back(validUtf8(parsed[i]));
-    g_strfreev(parsed);
-    std::erase_if(words, [](const std::string& w) { return w.size() == 2 && w.front() == '%'; });
-    return words;
-}
-
 /// Whether what the entry starts only starts something else, as far as that can be seen.
 bool startsWrapper(const DesktopEntry& entry) {
     const auto words = commandOf(entry);
@@ -100,7 +76,7 @@ std::optional<LaunchedEntry> launchedEntry(std::int32_t pid, const IsOnDisplay& 
     // A program that has ended may have started others, but is it what it was launched for?
     if (!entry || (note.hasEnded && !startsWrapper(entry))) return {};
     return LaunchedEntry{{launchableIdOf(note.file, entry), localizedNameOf(entry).value_or("")},
-                         textOrEmpty(g_desktop_app_info_get_startup_wm_class(entry.get()))};
+                         windowClassOf(entry)};
 }
 
 /// An application can have more entries than the one that was launched, each with a class of its
@@ -180,105 +156,6 @@ std::vector<std::string> namesOf(const ApplicationHints& hints) {
 
 }  // namespace
 
-bool DesktopEntryMatcher::Candidate::isBetterThan(const Candidate& other) const {
-    // It is not hidden, and it starts the program plainly and not in some special mode.
-    return std::tuple(!isShown, argumentCount, id.size(), id) <
-           std::tuple(!other.isShown, other.argumentCount, other.id.size(), other.id);
-}
-
-std::string DesktopEntryMatcher::Candidate::programPath(bool isInterpreted) const {
-    const bool isLocal = isInterpreted && !folder.empty() && program.find('/') == std::string::npos;
-    return programFile(isLocal ? "./" + program : program, folder.empty() ? "/" : folder);
-}
-
-bool DesktopEntryMatcher::Candidate::runs(const RunProgram& running) const {
-    if (fileName(program) != running.name) return false;
-    const std::string path = programPath(running.isInterpreted);
-    if (running.isInterpreted) return path == running.path;
-    // Packages call a script that starts a program by the program's name.
-    return path == running.path || path.empty() || running.path.empty() || isScript(path);
-}
-
-std::string DesktopEntryMatcher::currentStamp() const {
-    std::string stamp;
-    for (const std::string& folder : folders_) {
-        struct stat status {};
-        if (stat(folder.c_str(), &status) != 0) continue;
-        stamp += folder + ':' + std::to_string(status.st_mtim.tv_sec) + '.' +
-                 std::to_string(status.st_mtim.tv_nsec) + '\n';
-    }
-    return stamp;
-}
-
-const std::string& DesktopEntryMatcher::installedEntriesStamp() {
-    if (!stamp_.empty() && currentStamp() == stamp_) return stamp_;
-    folders_.clear();
-    ids_.clear();
-    byWindowClass_.clear();
-    byFoldedWindowClass_.clear();
-    byProgram_.clear();
-    for (const std::string& folder : desktopEntryFolders()) indexFolder(folder, "", 0);
-    stamp_ = currentStamp();
-    return stamp_;
-}
-
-void DesktopEntryMatcher::indexFolder(const std::string& folder, const std::string& idPrefix,
-                                      int depth) {
-    folders_.push_back(folder);
-    std::error_code error;
-    for (const auto& file : std::filesystem::directory_iterator(folder, error)) {
-        const std::string name = file.path().filename().string();
-        if (file.is_directory(error)) {
-            if (depth < kDeepestEntryFolder) {
-                indexFolder(file.path(), idPrefix + name + '-', depth + 1);
-            }
-        } else if (isDesktopEntryName(name)) {
-            indexEntry(file.path(), idPrefix + name);
-        }
-    }
-}
-
-void DesktopEntryMatcher::indexEntry(const std::string& path, const std::string& id) {
-    // An earlier folder's entry replaces a later one's, even one that only says "removed".
-    if (!ids_.insert(id).second) return;
-    const DesktopEntry entry = readDesktopEntry(path);
-    if (!entry) return;
-    const auto command = commandOf(entry);
-    const GlibText folder(g_desktop_app_info_get_string(entry.get(), G_KEY_FILE_DESKTOP_KEY_PATH));
-    const Candidate candidate{id, g_app_info_should_show(G_APP_INFO(entry.get())) != 0,
-                              command.size(), programOf(command), textOrEmpty(folder.get())};
-    const std::string windowClass =
-        textOrEmpty(g_desktop_app_info_get_startup_wm_class(entry.get()));
-    if (!windowClass.empty()) {
-        byWindowClass_.emplace(windowClass, candidate);
-        byFoldedWindowClass_.emplace(lowercased(windowClass), candidate);
-    }
-    if (!candidate.program.empty()) {
-        byProgram_.emplace(std::string(fileName(candidate.program)), candidate);
-    }
-}
-
-const DesktopEntryMatcher::Candidate* DesktopEntryMatcher::best(const Index& index,
-                                                                std::string_view key,
-                                                                const Programs& programs,
-                                                                bool mustRun) {
-    const Candidate* found = nullptr;
-    bool foundRuns = false;
-    const auto [first, last] = index.equal_range(key);
-    for (auto entry = first; entry != last; ++entry) {
-        const Candidate& candidate = entry->second;
-        const bool runs = std::ranges::any_of(
-            programs, [&](const RunProgram& program) { return candidate.runs(program); });
-        if (mustRun && !runs) continue;
-        if (!found || (runs && !foundRuns) ||
-            (runs == foundRuns && candidate.isBetterThan(*found))) {
-            found = &candidate;
-            foundRuns = runs;
-        }
-    }
-    return found;
-}
-
 std::optional<MatchedEntry> DesktopEntryMatcher::namedByWindow(const ApplicationHints& hints,
                                                                const Programs& programs) const {
     if (hints.desktopFile.starts_with('/')) {
@@ -290,7 +167,7 @@ std::optional<MatchedEntry> DesktopEntryMatcher::namedByWindow(const Application
         if (auto entry = entryWithId(withSuffix(hints.gtkApplicationId))) return entry;
     }
     for (const std::string& name : namesOf(hints)) {
-        const Candidate* found = best(byWindowClass_, name, programs, false);
+        const InstalledEntry* found = bestEntry(installed_.byWindowClass(), name, programs, false);
         if (auto entry = found ? entryWithId(found->id) : std::nullopt) return entry;
     }
     for (const std::string& name : namesOf(hints)) {
@@ -303,7 +180,8 @@ std::optional<MatchedEntry> DesktopEntryMatcher::namedByWindow(const Application
 std::optional<MatchedEntry> DesktopEntryMatcher::withSimilarName(const ApplicationHints& hints,
                                                                  const Programs& programs) const {
     for (const std::string& name : namesOf(hints)) {
-        const Candidate* found = best(byFoldedWindowClass_, lowercased(name), programs, false);
+        const InstalledEntry* found =
+            bestEntry(installed_.byFoldedWindowClass(), lowercased(name), programs, false);
         if (auto entry = found ? entryWithId(found->id) : std::nullopt) return entry;
     }
     for (const std::string& name : namesOf(hints)) {
@@ -316,12 +194,13 @@ std::optional<MatchedEntry> DesktopEntryMatcher::withSimilarName(const Applicati
 
 std::optional<MatchedEntry> DesktopEntryMatcher::ofProgram(const Programs& programs) const {
     for (const RunProgram& program : programs) {
-        const Candidate* found = best(byProgram_, program.name, {program}, true);
+        const InstalledEntry* found =
+            bestEntry(installed_.byProgram(), program.name, {program}, true);
         if (auto entry = found ? entryWithId(found->id) : std::nullopt) return entry;
     }
     // A part of an application that another part has started.
-    const Candidate* found = nullptr;
-    for (const auto& [name, candidate] : byProgram_) {
+    const InstalledEntry* found = nullptr;
+    for (const auto& [name, candidate] : installed_.byProgram()) {
         if (found && !candidate.isBetterThan(*found)) continue;
         const std::string path = candidate.programPath(false);
         const bool fits = std::ranges::any_of(programs, [&](const RunProgram& program) {
@@ -334,7 +213,7 @@ std::optional<MatchedEntry> DesktopEntryMatcher::ofProgram(const Programs& progr
 
 std::optional<MatchedEntry> DesktopEntryMatcher::find(const ApplicationHints& hints,
                                                       const IsOnDisplay& isOnDisplay) {
-    installedEntriesStamp();
+    installed_.stamp();
     const auto launched = launchedEntry(hints.pid, isOnDisplay);
     if (launched && !mayBeOfOther(*launched, hints)) {
         return with(Evidence::statement, launched->entry);

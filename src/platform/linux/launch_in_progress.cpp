@@ -26,9 +26,9 @@ bool LaunchInProgress::follow(X11Connection& connection,
     const auto active = activeWindow(connection);
     if (active && (active->id != activeBefore_ || isLaunched(*active))) return true;
     for (const X11Window& window : topLevelWindows(connection)) {
-        const bool isMeant = window.layer == 0 && window.onScreen &&
-                             (window.demandsAttention || !known_.contains(window.id));
-        if (!isMeant || broughtToFront_.contains(window.id) || !isLaunched(window)) continue;
+        const bool isWanted = window.layer == 0 && window.onScreen &&
+                              (window.demandsAttention || !known_.contains(window.id));
+        if (!isWanted || broughtToFront_.contains(window.id) || !isLaunched(window)) continue;
         broughtToFront_.insert(window.id);
         bringToFront(connection, window.id);
         return false;

@@ -41,8 +41,8 @@ std::string startupIdOf(X11Connection& connection, unsigned launch) {
 /// The window by which its process is known.
 const X11Window& topmost(const std::vector<const X11Window*>& windows,
                          const std::optional<X11Window>& active) {
-    const auto find = [&](auto isMeant) {
-        const auto found = std::ranges::find_if(windows, isMeant);
+    const auto find = [&](auto isWanted) {
+        const auto found = std::ranges::find_if(windows, isWanted);
         return found == windows.end() ? nullptr : *found;
     };
     const auto* window = find([&](const X11Window* w) { return active && w->id == active->id; });

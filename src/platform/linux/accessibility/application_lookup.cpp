@@ -20,8 +20,6 @@ using std::chrono::milliseconds;
 constexpr milliseconds kJoiningTime{1500};
 constexpr milliseconds kPause{20};
 
-constexpr int kMaximumGenerations = 16;
-
 /// Libraries of the toolkits that join it; processes without them never do.
 constexpr std::string_view kToolkits[] = {"/libatk-bridge-2.0.", "/libgtk-4.", "/libQt5Gui.",
                                           "/libQt6Gui."};
@@ -40,19 +38,11 @@ milliseconds ageOf(std::uint64_t startTime) {
     return std::chrono::duration_cast<milliseconds>(sinceBoot) - start;
 }
 
-bool isAncestor(std::int32_t ancestor, std::int32_t pid) {
-    std::optional<std::int32_t> current = pid;
-    for (int generation = 0; current && generation < kMaximumGenerations; ++generation) {
-        current = parentOf(*current);
-        if (current == ancestor) return true;
-    }
-    return false;
-}
-
 /// Whether two processes may be of one application.
 bool areRelated(std::int32_t a, std::int32_t b) {
     const std::string sandbox = flatpakIdOf(a);
-    return (!sandbox.empty() && sandbox == flatpakIdOf(b)) || isAncestor(a, b) || isAncestor(b, a);
+    return (!sandbox.empty() && sandbox == flatpakIdOf(b)) || isDescendantOf(b, a) ||
+           isDescendantOf(a, b);
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "platform/linux/applications/processes.h"
-#include "platform/linux/atspi/messages.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -20,13 +19,6 @@ using std::chrono::milliseconds;
 constexpr const char* kEventClasses[] = {"object:", "window:", "document:"};
 constexpr const char* kEventInterfaces[] = {
     "org.a11y.atspi.Event.Object", "org.a11y.atspi.Event.Window", "org.a11y.atspi.Event.Document"};
-constexpr int kMaximumGenerations = 16;
-
-bool isDescendantOf(std::int32_t pid, std::int32_t ancestor) {
-    std::optional<std::int32_t> at = pid;
-    for (int i = 0; i < kMaximumGenerations && at && *at != ancestor; ++i) at = parentOf(*at);
-    return at == ancestor;
-}
 
 }  // namespace
 
@@ -58,13 +50,7 @@ void AtspiChangeWatch::listen() {
                        }
                    });
     }
-    for (const char* eventClass : kEventClasses) {
-        bus.peer(atspi::kRegistry)
-            .call(
-                "/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", [](Reply) {}, "s",
-                eventClass);
-    }
-    bus.waitForReplies();
+    bus_.registerEvents(kEventClasses);
 }
 
 void AtspiChangeWatch::eventFrom(const std::string& busName) {
@@ -74,16 +60,11 @@ void AtspiChangeWatch::eventFrom(const std::string& busName) {
 }
 
 void AtspiChangeWatch::learnProcess(const std::string& busName) {
-    bus_.bus().otherEnd().call(
-        "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-        [this, busName](Reply reply) {
-            const auto pid =
-                reply.message ? readUint32(reply.message) : std::optional<std::uint32_t>();
-            const bool isOurs = pid && isDescendantOf(static_cast<std::int32_t>(*pid), pid_);
-            isWatched_[busName] = isOurs;
-            if (isOurs) noticed_ = true;
-        },
-        "s", busName.c_str());
+    bus_.askProcess(busName, [this, busName](std::optional<std::int32_t> pid) {
+        const bool isOurs = pid && (*pid == pid_ || isDescendantOf(*pid, pid_));
+        isWatched_[busName] = isOurs;
+        if (isOurs) noticed_ = true;
+    });
 }
 
 /// Processes what has arrived. Whether something was noticed since the last call.

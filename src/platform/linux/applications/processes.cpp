@@ -10,6 +10,8 @@
 namespace quil::linux_platform {
 namespace {
 
+constexpr int kMaximumGenerations = 16;
+
 std::string pathOf(std::int32_t pid, std::string_view file) {
     return "/proc/" + std::to_string(pid) + '/' + std::string(file);
 }
@@ -116,6 +118,15 @@ std::optional<std::int32_t> parentOf(std::int32_t pid) {
     return parent && *parent > 0 ? std::optional(static_cast<std::int32_t>(*parent)) : std::nullopt;
 }
 
+bool isDescendantOf(std::int32_t pid, std::int32_t ancestor) {
+    std::optional<std::int32_t> current = pid;
+    for (int generation = 0; current && generation < kMaximumGenerations; ++generation) {
+        current = parentOf(*current);
+        if (current == ancestor) return true;
+    }
+    return false;
+}
+
 std::optional<std::int32_t> sessionOf(std::int32_t pid) {
     const auto session = statusNumber(pid, 6);
     return session ? std::optional(static_cast<std::int32_t>(*session)) : std::nullopt;
@@ -127,12 +138,12 @@ std::optional<std::string> workingFolderOf(std::int32_t pid) {
     return error ? std::nullopt : std::optional(std::move(path));
 }
 
-bool hasMappedFile(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant) {
+bool hasMappedFile(std::int32_t pid, const std::function<bool(std::string_view path)>& isWanted) {
     std::ifstream maps(pathOf(pid, "maps"));
     for (std::string line; std::getline(maps, line);) {
         // The path is the last field, and the only one with slashes.
         const std::size_t path = line.find('/');
-        if (path != std::string::npos && isMeant(std::string_view(line).substr(path))) return true;
+        if (path != std::string::npos && isWanted(std::string_view(line).substr(path))) return true;
     }
     return false;
 }

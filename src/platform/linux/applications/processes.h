@@ -33,6 +33,9 @@ bool hasEnded(std::int32_t pid);
 /// The process that started it, or has adopted it.
 std::optional<std::int32_t> parentOf(std::int32_t pid);
 
+/// Whether it was started by the other process, directly or through others (15 at the most).
+bool isDescendantOf(std::int32_t pid, std::int32_t ancestor);
+
 /// The session that it belongs to, which is the id of the process that began it (setsid(2)).
 std::optional<std::int32_t> sessionOf(std::int32_t pid);
 
@@ -40,7 +43,7 @@ std::optional<std::int32_t> sessionOf(std::int32_t pid);
 std::optional<std::string> workingFolderOf(std::int32_t pid);
 
 /// Whether a file with such a path is mapped into its memory, as libraries and modules are.
-bool hasMappedFile(std::int32_t pid, const std::function<bool(std::string_view path)>& isMeant);
+bool hasMappedFile(std::int32_t pid, const std::function<bool(std::string_view path)>& isWanted);
 
 /// A thread of a process.
 struct ThreadActivity {

@@ -146,14 +146,9 @@ void AccessibilityBus::note(AtspiProgram& program, const Introduction& said) {
 
 std::vector<AccessibilityBus::Registered> AccessibilityBus::registeredPrograms() {
     std::vector<Registered> registered;
-    bus_->peer(atspi::kRegistry)
-        .call(atspi::kRootPath, atspi::kAccessible, "GetChildren", [&](Reply reply) {
-            if (!reply.message) return;
-            for (Reference& child :
-                 readReferences(reply.message).value_or(std::vector<Reference>())) {
-                registered.push_back({std::move(child.busName), {}});
-            }
-        });
+    askPrograms([&](std::vector<Reference> programs) {
+        for (Reference& program : programs) registered.push_back({std::move(program.busName), {}});
+    });
     bus_->waitForReplies();
     for (Registered& program : registered) {
         const auto known = processIds_.find(program.busName);
@@ -161,20 +156,45 @@ std::vector<AccessibilityBus::Registered> AccessibilityBus::registeredPrograms()
             program.pid = known->second;
             continue;
         }
-        bus_->otherEnd().call(
-            "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-            [&](Reply reply) {
-                const auto pid =
-                    reply.message ? readUint32(reply.message) : std::optional<std::uint32_t>();
-                if (!pid) return;
-                program.pid = static_cast<std::int32_t>(*pid);
-                processIds_.emplace(program.busName, *program.pid);
-            },
-            "s", program.busName.c_str());
+        askProcess(program.busName, [&](std::optional<std::int32_t> pid) {
+            program.pid = pid;
+            if (pid) processIds_.emplace(program.busName, *pid);
+        });
     }
     bus_->waitForReplies();
     forgetGonePrograms(registered);
     return registered;
+}
+
+void AccessibilityBus::askPrograms(std::function<void(std::vector<Reference>)> handler) {
+    bus_->peer(atspi::kRegistry)
+        .call(atspi::kRootPath, atspi::kAccessible, "GetChildren",
+              [handler = std::move(handler)](Reply reply) {
+                  if (!reply.message) return;
+                  handler(readReferences(reply.message).value_or(std::vector<Reference>()));
+              });
+}
+
+void AccessibilityBus::askProcess(const std::string& busName,
+                                  std::function<void(std::optional<std::int32_t>)> handler) {
+    bus_->otherEnd().call(
+        "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
+        [handler = std::move(handler)](Reply reply) {
+            const auto pid =
+                reply.message ? readUint32(reply.message) : std::optional<std::uint32_t>();
+            handler(pid ? std::optional(static_cast<std::int32_t>(*pid)) : std::nullopt);
+        },
+        "s", busName.c_str());
+}
+
+void AccessibilityBus::registerEvents(std::span<const char* const> events) {
+    for (const char* event : events) {
+        bus_->peer(atspi::kRegistry)
+            .call(
+                "/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", [](Reply) {}, "s",
+                event);
+    }
+    bus_->waitForReplies();
 }
 
 std::optional<std::int32_t> AccessibilityBus::processId(const std::string& busName) const {

@@ -1,14 +1,17 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "platform/linux/atspi/bus.h"
+#include "platform/linux/atspi/facts.h"
 
 namespace quil::linux_platform {
 
@@ -91,6 +94,13 @@ class AccessibilityBus {
         std::optional<std::int32_t> pid;
     };
     std::vector<Registered> registeredPrograms();
+    /// Asks the registry for the roots of the programs that have registered.
+    void askPrograms(std::function<void(std::vector<Reference>)> handler);
+    /// Asks the bus which process has that name; the handler gets nothing when none has.
+    void askProcess(const std::string& busName,
+                    std::function<void(std::optional<std::int32_t>)> handler);
+    /// Has programs send these events, such as "object:state-changed:focused".
+    void registerEvents(std::span<const char* const> events);
 
     /// The process id of a registered program.
     std::optional<std::int32_t> processId(const std::string& busName) const;

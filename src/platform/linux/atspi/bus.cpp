@@ -225,8 +225,8 @@ void Bus::failCalls(const Peer* peer) {
     std::list<Pending> failed;
     for (auto entry = pending_.begin(); entry != pending_.end();) {
         const auto current = entry++;
-        const bool isMeant = !peer || current->peer == peer;
-        if (isMeant && !current->isProbe) failed.splice(failed.end(), pending_, current);
+        const bool concernsPeer = !peer || current->peer == peer;
+        if (concernsPeer && !current->isProbe) failed.splice(failed.end(), pending_, current);
     }
     for (Pending& entry : failed) {
         if (!entry.handler) continue;

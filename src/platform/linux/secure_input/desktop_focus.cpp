@@ -7,11 +7,6 @@
 #include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
-namespace {
-
-constexpr int kMaximumGenerations = 16;
-
-}  // namespace
 
 DesktopFocus::DesktopFocus(X11Display& display, const ServerClock& clock)
     : display_(display), clock_(clock), reports_(AtspiFocusReports::open(display)) {}
@@ -25,10 +20,11 @@ ActiveProgram DesktopFocus::activeProgram() {
     const auto window = connection ? activeWindow(*connection) : std::nullopt;
     if (!window) return {};
     const std::uint32_t mask = xcb_get_setup(connection->get())->resource_id_mask;
-    const auto bearer = readProperty(*connection, window->id, "_NET_WM_USER_TIME_WINDOW").number();
+    const auto timeWindow =
+        readProperty(*connection, window->id, "_NET_WM_USER_TIME_WINDOW").number();
     return {.pid = window->pid,
             .client = window->id & ~mask,
-            .userTimeWindow = bearer.value_or(window->id)};
+            .userTimeWindow = timeWindow.value_or(window->id)};
 }
 
 std::optional<TapTime> DesktopFocus::latestPressOf(const ActiveProgram& program) {
@@ -41,12 +37,9 @@ std::optional<TapTime> DesktopFocus::latestPressOf(const ActiveProgram& program)
 }
 
 bool DesktopFocus::isHelperOf(std::int32_t pid, std::int32_t program) {
-    std::optional<std::int32_t> ancestor = parentOf(pid);
-    for (int i = 1; i < kMaximumGenerations && ancestor && ancestor != program; ++i) {
-        ancestor = parentOf(*ancestor);
-    }
-    const auto connection = ancestor == program ? display_.connection() : nullptr;
-    if (!connection) return ancestor == program;
+    if (!isDescendantOf(pid, program)) return false;
+    const auto connection = display_.connection();
+    if (!connection) return true;
     const auto windows = topLevelWindows(*connection);
     return std::ranges::none_of(windows,
                                 [&](const X11Window& window) { return window.pid == pid; });

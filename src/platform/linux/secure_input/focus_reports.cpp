@@ -59,13 +59,7 @@ void AtspiFocusReports::listen() {
     bus.listen(signalRule("PropertyChange", "accessible-role"), [this](sd_bus_message* signal) {
         if (const auto element = subject(signal)) roleChanged(*element);
     });
-    for (const char* event : kEvents) {
-        bus.peer(atspi::kRegistry)
-            .call(
-                "/org/a11y/atspi/registry", atspi::kRegistry, "RegisterEvent", [](Reply) {}, "s",
-                event);
-    }
-    bus.waitForReplies();
+    bus_.registerEvents(kEvents);
 }
 
 void AtspiFocusReports::findFocus(X11Display& display) {
@@ -90,27 +84,13 @@ void AtspiFocusReports::add(Reference element, TapTime arrival) {
 
 void AtspiFocusReports::learnProcess(const std::string& name) {
     if (!processes_.try_emplace(name).second) return;
-    bus_.bus().otherEnd().call(
-        "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
-        [this, name](Reply reply) {
-            const auto pid =
-                reply.message ? readUint32(reply.message) : std::optional<std::uint32_t>();
-            if (pid) processes_[name] = static_cast<std::int32_t>(*pid);
-        },
-        "s", name.c_str());
+    bus_.askProcess(name, [this, name](auto pid) { processes_[name] = pid; });
 }
 
 void AtspiFocusReports::learnPrograms() {
-    bus_.bus()
-        .peer(atspi::kRegistry)
-        .call(atspi::kRootPath, atspi::kAccessible, "GetChildren", [this](Reply reply) {
-            if (!reply.message) return;
-            const auto programs = readReferences(reply.message);
-            if (!programs) return;
-            for (const Reference& program : *programs) {
-                learnProcess(program.busName);
-            }
-        });
+    bus_.askPrograms([this](const std::vector<Reference>& programs) {
+        for (const Reference& program : programs) learnProcess(program.busName);
+    });
 }
 
 void AtspiFocusReports::ask(FocusReport& report) {

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "platform/linux/x11/windows/window_tree.h"
+
 namespace quil::linux_platform {
 namespace {
 
@@ -24,18 +26,10 @@ constexpr std::size_t kMaximumWindows = 2000;
 /// The window and all windows inside it.
 std::vector<xcb_window_t> treeOf(X11Connection& connection, xcb_window_t window) {
     std::vector<xcb_window_t> windows{window};
-    for (std::size_t level = 0; level < windows.size() && windows.size() < kMaximumWindows;) {
-        std::vector<xcb_query_tree_cookie_t> cookies;
-        for (; level < windows.size(); ++level) {
-            cookies.push_back(xcb_query_tree(connection.get(), windows[level]));
-        }
-        for (const auto cookie : cookies) {
-            const auto tree = connection.reply(xcb_query_tree_reply, cookie);
-            if (!tree) continue;
-            const xcb_window_t* children = xcb_query_tree_children(tree.get());
-            windows.insert(windows.end(), children,
-                           children + xcb_query_tree_children_length(tree.get()));
-        }
+    std::vector<xcb_window_t> level = windows;
+    while (!level.empty() && windows.size() < kMaximumWindows) {
+        level = childrenOf(connection, level);
+        windows.insert(windows.end(), level.begin(), level.end());
     }
     return windows;
 }

@@ -3,20 +3,13 @@
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/windows/window_layers.h"
 #include "platform/linux/x11/windows/window_owners.h"
+#include "platform/linux/x11/windows/window_tree.h"
 
 namespace quil::linux_platform {
 namespace {
 
 /// Toolkits keep tiny windows for purposes of their own.
 constexpr int kSmallest = 8;
-
-std::vector<xcb_window_t> childrenOfRoot(X11Connection& connection) {
-    const auto tree =
-        connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.get(), connection.root()));
-    if (!tree) return {};
-    const xcb_window_t* children = xcb_query_tree_children(tree.get());
-    return {children, children + xcb_query_tree_children_length(tree.get())};
-}
 
 /// Those of the root's children that are shown and bypass the window manager.
 std::vector<PopUp> shownPopUps(X11Connection& connection) {

@@ -4,6 +4,7 @@
 
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/windows/window_manager.h"
+#include "platform/linux/x11/windows/window_tree.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -20,12 +21,6 @@ bool isManaged(X11Connection& connection) {
         connection.reply(xcb_get_window_attributes_reply,
                          xcb_get_window_attributes(connection.get(), connection.root()));
     return root && (root->all_event_masks & XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
-}
-
-std::vector<xcb_window_t> childrenFrom(const xcb_query_tree_reply_t* tree) {
-    if (!tree) return {};
-    const xcb_window_t* children = xcb_query_tree_children(tree);
-    return {children, children + xcb_query_tree_children_length(tree)};
 }
 
 /// Whether window managers manage it: they put "WM_STATE" on every window of an application
@@ -51,26 +46,14 @@ std::optional<xcb_window_t> clientInside(X11Connection& connection, xcb_window_t
         const auto found = std::find(isClient.begin(), isClient.end(), true);
         if (found != isClient.end())
             return level[static_cast<std::size_t>(found - isClient.begin())];
-        std::vector<xcb_query_tree_cookie_t> cookies;
-        cookies.reserve(level.size());
-        for (const xcb_window_t window : level) {
-            cookies.push_back(xcb_query_tree(connection.get(), window));
-        }
-        level.clear();
-        for (const auto cookie : cookies) {
-            const auto children =
-                childrenFrom(connection.reply(xcb_query_tree_reply, cookie).get());
-            level.insert(level.end(), children.begin(), children.end());
-        }
+        level = childrenOf(connection, level);
     }
     return {};
 }
 
 /// The applications' windows that are shown on the root, bottom to top.
 std::vector<xcb_window_t> windowsOnRoot(X11Connection& connection, bool isManagedRoot) {
-    const auto children = childrenFrom(
-        connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.get(), connection.root()))
-            .get());
+    const auto children = childrenOfRoot(connection);
     std::vector<xcb_get_window_attributes_cookie_t> cookies;
     cookies.reserve(children.size());
     for (const xcb_window_t child : children) {

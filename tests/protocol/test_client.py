@@ -23,7 +23,7 @@ from quil.matching import Criteria, Filter, Nth, Selector, one_of
 from quil.observation import Observation
 
 VECTORS = os.path.join(protocol_schema.ROOT, "clients", "vectors")
-SNAIL = "__import__('time').sleep(60)"
+SILENT_RUNTIME = "__import__('time').sleep(60)"
 
 
 def vectors(name):
@@ -220,7 +220,7 @@ class Faults(unittest.TestCase):
 
     def test_a_runtime_that_is_killed_in_a_request(self):
         begin = time.monotonic()
-        with quil.Desktop([sys.executable, "-c", SNAIL]) as desktop:
+        with quil.Desktop([sys.executable, "-c", SILENT_RUNTIME]) as desktop:
             threading.Timer(0.2, os.kill, (desktop.runtime.pid, signal.SIGKILL)).start()
             with self.assertRaisesRegex(quil.RuntimeGone, "ping: .* was ended by SIGKILL"):
                 desktop.permissions()
@@ -228,19 +228,19 @@ class Faults(unittest.TestCase):
         self.assertLess(time.monotonic() - begin, 20)
 
     def test_a_runtime_that_does_not_answer(self):
-        with quil.Desktop([sys.executable, "-c", SNAIL], answer_seconds=0.3) as desktop:
+        with quil.Desktop([sys.executable, "-c", SILENT_RUNTIME], answer_seconds=0.3) as desktop:
             pid = desktop.runtime.pid
             with self.assertRaisesRegex(quil.RuntimeGone, "desktop_target: .* gave no answer within 0.3 s"):
                 desktop.target()
             self.assertFalse(is_running(pid))
             with self.assertRaisesRegex(quil.RuntimeGone, "gave no answer"):
                 desktop.runtime.desktop_type("x" * 1_000_000)
-        with quil.Desktop([sys.executable, "-c", SNAIL], answer_seconds=0.3) as desktop:
+        with quil.Desktop([sys.executable, "-c", SILENT_RUNTIME], answer_seconds=0.3) as desktop:
             with self.assertRaisesRegex(quil.RuntimeGone, "took no input"):
                 desktop.clipboard.write("x" * 1_000_000)
 
     def test_a_close_ends_the_request_of_another_thread(self):
-        desktop = quil.Desktop([sys.executable, "-c", SNAIL])
+        desktop = quil.Desktop([sys.executable, "-c", SILENT_RUNTIME])
         threading.Timer(0.2, desktop.close).start()
         with self.assertRaisesRegex(quil.RuntimeGone, "it was closed"):
             desktop.target()

@@ -5,7 +5,7 @@ import { Forbidden } from "./policy.js";
 import { BadArguments } from "./mistakes.js";
 import type { Session } from "./session.js";
 
-const MOST_OUTLINE = 2500;
+const MAX_OUTLINE = 2500;
 
 export async function explained(error: unknown, session: Session): Promise<string> {
     if (error instanceof Forbidden || error instanceof BadArguments) return session.redaction.text(error.message);
@@ -27,7 +27,7 @@ function headline(error: Error): string {
 
 async function outline(session: Session): Promise<string> {
     try {
-        const { text } = await session.observe({ interactiveOnly: true, maxCharacters: MOST_OUTLINE });
+        const { text } = await session.observe({ interactiveOnly: true, maxCharacters: MAX_OUTLINE });
         return session.redaction.text(`What can be operated now:\n${text}`);
     } catch (error) {
         return error instanceof Forbidden ? error.message : "The window could not be looked at.";

@@ -13,7 +13,7 @@ interface Window {
 }
 
 /** So many windows are remembered. */
-const MOST_WINDOWS = 50;
+const MAX_WINDOWS = 50;
 
 export class References {
     readonly #elements = new Map<number, Element>();
@@ -61,7 +61,7 @@ export class References {
         const window = known ?? { number: this.#nextWindow++, last: observation };
         window.last = observation;
         this.#windows = [window, ...this.#windows.filter((one) => one !== window)];
-        for (const gone of this.#windows.splice(MOST_WINDOWS)) this.#forget(gone);
+        for (const gone of this.#windows.splice(MAX_WINDOWS)) this.#forget(gone);
         return window;
     }
 

@@ -8,7 +8,7 @@ import { brief } from "./listing.js";
 import type { Log } from "./log.js";
 import { Forbidden } from "./policy.js";
 import { registerPrompts } from "./prompts.js";
-import { type Session, MOST_CHARACTERS } from "./session.js";
+import { type Session, MAX_CHARACTERS } from "./session.js";
 import { click, drag, fill, open, scroll, type } from "./tools/acting.js";
 import { clipboard, record } from "./tools/exchanging.js";
 import { list, observe, screenshot, waitFor } from "./tools/looking.js";
@@ -96,7 +96,7 @@ async function changed(tool: Tool, session: Session, signal: AbortSignal): Promi
     const { target } = changes.observation ?? {};
     const structured = { changed: changes.changed, application: target?.bundleIdentifier ?? target?.name, window: target?.windowTitle };
     if (tool.name !== "open" || !changes.observation) return { text: changes.text, structured };
-    const { text } = await session.observe({ maxCharacters: MOST_CHARACTERS }, signal);
+    const { text } = await session.observe({ maxCharacters: MAX_CHARACTERS }, signal);
     return { text, structured };
 }
 

@@ -14,13 +14,13 @@ import { Movement } from "./rest.js";
 const FIRST_CHANGE_MS = 400;
 const QUIET_MS = 50;
 /** A window that does not come to rest is shown after so long. */
-const LONGEST_UNREST_MS = 1500;
+const MAX_SETTLING_MS = 1500;
 /** What a key combination commands may come after the next key: a paste, a dialog. For so long nothing has to change before that is pressed. */
 const COMMAND = /^(?!shift\+[^+]*$).+\+/iu;
 const COMMAND_QUIET_MS = 250;
-const LONGEST_COMMAND_MS = 1000;
+const MAX_COMMAND_MS = 1000;
 /** Characters of an answer about a window, where the caller does not say. */
-export const MOST_CHARACTERS = 5000;
+export const MAX_CHARACTERS = 5000;
 
 /** A change is waited for in pieces, so that a wait that was given up holds nobody up. */
 const WAIT_MS = 500;
@@ -122,7 +122,7 @@ export class Session {
         this.#last = observation;
         let text = before ? observation.diff(before) : outlined(observation);
         const changed = text !== "";
-        if (text.length > MOST_CHARACTERS) text = shortened(text, observation);
+        if (text.length > MAX_CHARACTERS) text = shortened(text, observation);
         if (changed) text += hint(observation);
         return { text: text || "Nothing that observe shows has changed.", changed, observation };
     }
@@ -154,7 +154,7 @@ export class Session {
             latest = shown;
             if (hasChanged && !isNew) return latest;
             hasChanged ||= isNew;
-            const left = begin + (hasChanged ? LONGEST_UNREST_MS : FIRST_CHANGE_MS) - performance.now();
+            const left = begin + (hasChanged ? MAX_SETTLING_MS : FIRST_CHANGE_MS) - performance.now();
             if (left <= 0) return latest;
             if (hasChanged) await sleep(QUIET_MS, undefined, { signal });
             else if (!await this.#isOther(latest.revision, left, signal)) return latest;
@@ -196,7 +196,7 @@ export class Session {
         combos.forEach(checkKeys);
         for (const [index, combo] of combos.entries()) {
             await this.desktop.keyboard.press(combo, { signal });
-            if (index + 1 < combos.length && COMMAND.test(combo)) await this.#quiet(COMMAND_QUIET_MS, LONGEST_COMMAND_MS, signal);
+            if (index + 1 < combos.length && COMMAND.test(combo)) await this.#quiet(COMMAND_QUIET_MS, MAX_COMMAND_MS, signal);
         }
     }
 
@@ -247,14 +247,14 @@ function hint(observation: Observation): string {
 
 /** An outline; its notes name the options as the tool has them. */
 function outlined(observation: Observation, options: OutlineOptions = {}): string {
-    const text = observation.outline({ maxCharacters: MOST_CHARACTERS, ...options });
+    const text = observation.outline({ maxCharacters: MAX_CHARACTERS, ...options });
     const lines = text.split("\n");
     return lines.map((line) => (line.startsWith("… ") ? line.replace(/max(C|D)|interactiveO/g, (name) => name.replace(/[A-Z]/, (letter) => `_${letter.toLowerCase()}`)) : line)).join("\n");
 }
 
 function shortened(changes: string, observation: Observation): string {
     if (changes.startsWith("= now in front: ")) return `= now in front: ${outlined(observation)}`;
-    const cut = changes.lastIndexOf("\n", MOST_CHARACTERS);
+    const cut = changes.lastIndexOf("\n", MAX_CHARACTERS);
     const rest = changes.slice(cut + 1).split("\n").length;
     return `${changes.slice(0, cut)}\n… ${rest} more lines of changes; call observe to see the window`;
 }

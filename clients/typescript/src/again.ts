@@ -47,25 +47,25 @@ export function isSameWindow(before: Observation, now: Observation): boolean {
     if (!before.root || !now.root || before.target.pid !== now.target.pid || before.root.role !== now.root.role) return false;
     if (squeezed(before.root.label) === squeezed(now.root.label)) return true;
     const counts = new Map<string, number>();
-    for (const element of before.elements) counts.set(likeness(element), (counts.get(likeness(element)) ?? 0) + 1);
+    for (const element of before.elements) counts.set(signature(element), (counts.get(signature(element)) ?? 0) + 1);
     let common = 0;
     for (const element of now.elements) {
-        const rest = counts.get(likeness(element)) ?? 0;
+        const rest = counts.get(signature(element)) ?? 0;
         if (rest > 0) common += 1;
-        counts.set(likeness(element), rest - 1);
+        counts.set(signature(element), rest - 1);
     }
     return 2 * common > Math.max(before.elements.length, now.elements.length);
 }
 
-function likeness({ role, id, label }: Element): string {
+function signature({ role, id, label }: Element): string {
     return JSON.stringify([role, id, squeezed(label)]);
 }
 
 function isAlike(one: Element, other: Element): boolean {
-    return one.role === other.role && likeness(one) === likeness(other);
+    return one.role === other.role && signature(one) === signature(other);
 }
 
 /** The labels in a part of the tree. */
 function labels(part?: Element): string {
-    return part ? [part, ...part.descendants()].map(likeness).join("\n") : "";
+    return part ? [part, ...part.descendants()].map(signature).join("\n") : "";
 }

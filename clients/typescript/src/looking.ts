@@ -9,7 +9,7 @@ import { now, short, sleep } from "./waiting.js";
 const FIRST_PAUSE = 0.02;
 const LONGEST_PAUSE = 0.25;
 const PAUSE_GROWS = 1.5;
-const REST = 0.01; // a tree that changes all the time is not read without a break
+const PAUSE_SECONDS = 0.01; // a tree that changes all the time is not read without a break
 const WAIT_SLICE = 1; // another application may come to the front, of which nothing tells
 const SLOW = 1.5;
 
@@ -51,7 +51,7 @@ export class Looks {
                 if (this.#stales < 3) continue;
             }
             if (await this.#awaitChange(look.revision, Math.min(rest, WAIT_SLICE))) {
-                await sleep(REST, signal);
+                await sleep(PAUSE_SECONDS, signal);
             } else {
                 await sleep(Math.min(pause, Math.max(0, deadline - now())), signal);
                 pause = Math.min(pause * PAUSE_GROWS, LONGEST_PAUSE);

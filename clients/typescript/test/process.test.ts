@@ -9,7 +9,7 @@ import { runInNewContext } from "node:vm";
 import { Desktop, findRuntime, Fraction, RuntimeGone, RuntimeNotFound } from "../src/index.js";
 import { application, example, executable, folder, Simulated, until } from "./support.js";
 
-const SNAIL = ["sleep", "60"];
+const SILENT_RUNTIME = ["sleep", "60"];
 const BUTTON = { role: "AXButton", title: "OK", bounds: [0, 0, 9, 9], actions: ["AXPress"] };
 
 function isRunning(pid: number): boolean {
@@ -47,13 +47,13 @@ test("a runtime that ends says why, to all who wait", async (t) => {
 });
 
 test("a runtime that is killed in a request", async () => {
-    await using desktop = new Desktop({ runtime: SNAIL });
+    await using desktop = new Desktop({ runtime: SILENT_RUNTIME });
     setTimeout(() => process.kill(desktop.runtime.process.pid, "SIGKILL"), 100);
     await assert.rejects(desktop.permissions(), gone(/^ping: .* was ended by SIGKILL$/));
 });
 
 test("a runtime that does not answer, takes no input, answers what is no answer", async () => {
-    const options = { runtime: SNAIL, answerSeconds: 0.3 };
+    const options = { runtime: SILENT_RUNTIME, answerSeconds: 0.3 };
     await using silent = new Desktop(options);
     await assert.rejects(silent.target(), gone(/^desktop_target: .* gave no answer within 0.3 s$/));
     assert.ok(!isRunning(silent.runtime.process.pid));
@@ -66,7 +66,7 @@ test("a runtime that does not answer, takes no input, answers what is no answer"
 });
 
 test("a close ends what waits", async () => {
-    const desktop = new Desktop({ runtime: SNAIL });
+    const desktop = new Desktop({ runtime: SILENT_RUNTIME });
     const waits = Promise.all([assert.rejects(desktop.target(), gone(/it was closed/)), assert.rejects(desktop.target(), gone(/it was closed/))]);
     await Promise.all([desktop.close(), desktop.close()]);
     await waits;

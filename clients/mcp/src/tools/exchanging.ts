@@ -4,7 +4,7 @@ import { BadArguments } from "../mistakes.js";
 import { Forbidden } from "../policy.js";
 import { tool } from "./tool.js";
 
-const MOST_TEXT = 20_000;
+const MAX_TEXT = 20_000;
 
 export const clipboard = tool({
     name: "clipboard",
@@ -24,8 +24,8 @@ export const clipboard = tool({
         const text = await session.desktop.clipboard.read({ signal });
         if (text === null) return { text: "The clipboard has no text.", structured: { text } };
         const characters = [...text];
-        const rest = characters.length - MOST_TEXT;
-        const cut = rest > 0 ? `${characters.slice(0, MOST_TEXT).join("")}\n… ${rest} more characters` : text;
+        const rest = characters.length - MAX_TEXT;
+        const cut = rest > 0 ? `${characters.slice(0, MAX_TEXT).join("")}\n… ${rest} more characters` : text;
         return { text: cut, structured: { characters: characters.length } };
     },
 });

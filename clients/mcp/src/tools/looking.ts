@@ -60,7 +60,7 @@ export const waitFor = tool({
     },
 });
 
-const MOST_PIXELS = 1280;
+const MAX_PIXELS = 1280;
 
 export const screenshot = tool({
     name: "screenshot",
@@ -100,7 +100,7 @@ export const screenshot = tool({
             bounds = display.bounds;
         }
         const longest = Math.max(1, bounds?.width ?? 1, bounds?.height ?? 1);
-        const picture = await desktop.capture({ ...part, scale: Math.min(1, (input.max_size ?? MOST_PIXELS) / longest), signal });
+        const picture = await desktop.capture({ ...part, scale: Math.min(1, (input.max_size ?? MAX_PIXELS) / longest), signal });
         // Another window may have come up while the picture was taken.
         if (part.display !== undefined) await session.demandAllWindows(signal);
         const shows = picture.bounds ?? bounds;
@@ -125,7 +125,7 @@ export const screenshot = tool({
     },
 });
 
-const MOST_LISTED = 40;
+const MAX_LISTED = 40;
 
 export const list = tool({
     name: "list",
@@ -144,11 +144,11 @@ export const list = tool({
         const apps = (await session.desktop.apps({ signal })).filter((one) => (one.running || wanted !== undefined) && isWanted(one.name, one.appId) && session.policy.permits(one));
         const lines = ["windows:", ...windows.map((one) => `  ${one.id} ${JSON.stringify(one.name)} of ${one.owner}`),
             wanted === undefined ? "running applications:" : "applications:",
-            ...apps.slice(0, MOST_LISTED).map((one) => `  ${one.appId} ${JSON.stringify(one.name)}${one.running && wanted !== undefined ? " running" : ""}`)];
-        if (apps.length > MOST_LISTED) lines.push(`  … ${apps.length - MOST_LISTED} more; narrow it with find`);
+            ...apps.slice(0, MAX_LISTED).map((one) => `  ${one.appId} ${JSON.stringify(one.name)}${one.running && wanted !== undefined ? " running" : ""}`)];
+        if (apps.length > MAX_LISTED) lines.push(`  … ${apps.length - MAX_LISTED} more; narrow it with find`);
         return {
             text: lines.join("\n"),
-            structured: { windows: windows.map(({ id, name, owner }) => ({ id, name, owner })), apps: apps.slice(0, MOST_LISTED).map(({ appId, name, running }) => ({ appId, name, running })) },
+            structured: { windows: windows.map(({ id, name, owner }) => ({ id, name, owner })), apps: apps.slice(0, MAX_LISTED).map(({ appId, name, running }) => ({ appId, name, running })) },
         };
     },
 });

@@ -81,13 +81,13 @@ export async function place(session: Session, input: PointInput, signal: AbortSi
     if (shown.isBehind) throw new BadArguments("The last screenshot is of a window that is not in front. Bring it there with open, then take a new one.");
     const front = await session.front(signal);
     if (front?.id !== shown.front?.id) throw new BadArguments("Another window is in front than when the last screenshot was taken; take a new one.");
-    if (!isSamePlace(front?.bounds, shown.front?.bounds)) throw new BadArguments("The window has moved since the last screenshot was taken; take a new one.");
+    if (!isSamePosition(front?.bounds, shown.front?.bounds)) throw new BadArguments("The window has moved since the last screenshot was taken; take a new one.");
     const [x, y] = [shown.x + input.x / shown.pixelsPerPoint, shown.y + input.y / shown.pixelsPerPoint];
     await session.demandAt(x, y, signal);
     return [x, y];
 }
 
-function isSamePlace(one?: Rectangle, other?: Rectangle): boolean {
+function isSamePosition(one?: Rectangle, other?: Rectangle): boolean {
     return one?.x === other?.x && one?.y === other?.y && one?.width === other?.width && one?.height === other?.height;
 }
 

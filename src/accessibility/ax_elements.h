@@ -44,7 +44,7 @@ ResolvedElement currentAxElement(Platform& platform, LastAxSnapshot& lastAxSnaps
 std::optional<std::vector<AxNode>> axSubtreeNodes(const std::vector<AxNode>& nodes,
                                                   const std::string& root);
 
-/// The centre of the element's bounds, read afresh, in global screen coordinates. Throws as
+/// The centre of the element's bounds, read now, in global screen coordinates. Throws as
 /// `currentAxElement` does, and unsupported for an element without bounds.
 Point axElementCenter(Platform& platform, LastAxSnapshot& lastAxSnapshot, const std::string& token);
 
@@ -59,7 +59,7 @@ AxOutcome performAxAction(Platform& platform, LastAxSnapshot& lastAxSnapshot,
                           const std::optional<std::string>& value,
                           std::optional<std::int64_t> amount);
 
-/// The element's value, read afresh. Throws as `currentAxElement` does.
+/// The element's value, read now. Throws as `currentAxElement` does.
 AxValueOutcome readAxValue(Platform& platform, LastAxSnapshot& lastAxSnapshot,
                            const std::string& token);
 

@@ -81,8 +81,8 @@ class EventTaps {
     virtual void enableTap(const EventTapRef& tap, bool enable) = 0;
     /// Ends the tap: once this has returned no callback begins.
     virtual void invalidateTap(const EventTapRef& tap) = 0;
-    /// Waits, bounded, until the events of before have been delivered, which a backend may hold
-    /// back until it knows whether a secret is typed. Does nothing where none are held back.
+    /// Waits, bounded, until earlier events have been delivered, which a backend may hold back
+    /// until it knows whether a secret is typed. Does nothing where none are held back.
     virtual void flushTap(const EventTapRef&) {}
     /// A new source for the tap's events; null when it cannot be made.
     virtual RunLoopSourceRef createRunLoopSource(const EventTapRef& tap) = 0;

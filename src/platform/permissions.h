@@ -2,8 +2,8 @@
 
 namespace quil {
 
-/// The privacy permissions of this process. The queries never ask the user and are evaluated
-/// afresh every time.
+/// The privacy permissions of this process. The queries never ask the user and are evaluated each
+/// time.
 class Permissions {
   public:
     virtual ~Permissions() = default;

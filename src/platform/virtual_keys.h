@@ -4,7 +4,7 @@
 
 /// Virtual key codes: the numbers by which the protocol names physical keys on every platform. They
 /// are those of the Mac (kVK_… in HIToolbox's Events.h, where the letters are the keys of the ANSI
-/// layout that bear them).
+/// layout that have them).
 namespace quil::virtual_key {
 
 enum Code : std::uint16_t {

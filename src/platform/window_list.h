@@ -28,7 +28,7 @@ class WindowList {
     virtual ~WindowList() = default;
 
     /// The windows that `options` select, front to back, as a list of information dictionaries.
-    /// `relativeToWindow` is 0 for none. Nothing when the list cannot be had.
+    /// `relativeToWindow` is 0 for none. Nothing when the list cannot be read.
     virtual std::optional<Value> copyWindowInfo(std::uint32_t options,
                                                 std::uint32_t relativeToWindow) = 0;
 

@@ -71,7 +71,7 @@ class InputRecorder : public std::enable_shared_from_this<InputRecorder> {
     RunLoopRef tapRunLoop_;
     ThreadRef thread_;
     Recording lastRecording_ = 0;
-    /// The one that `active_` is about: a callback may still be at work for one of before.
+    /// The one that `active_` is about: a callback may still be at work for an earlier one.
     Recording recording_ = 0;
     /// Written under the lock, read without it for every event.
     std::atomic<bool> active_ = false;

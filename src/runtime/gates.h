@@ -5,7 +5,7 @@
 #include "runtime/runtime.h"
 
 /// The permission tests that come first in a handler, before any parameter is read. They only
-/// query, afresh for every request, and never ask the user.
+/// query, for every request, and never ask the user.
 namespace quil {
 
 bool accessibilityGranted(Runtime& runtime);

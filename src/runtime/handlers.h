@@ -12,7 +12,7 @@ namespace quil {
 
 // What the runtime may do, what is in front, and what it looks like.
 
-/// `ping`: the permissions, each queried afresh.
+/// `ping`: the permissions, as they are now.
 void handlePing(Runtime& runtime, std::int64_t id, const Parameters& parameters);
 /// `desktop_target`: the frontmost application and window.
 void handleTarget(Runtime& runtime, std::int64_t id, const Parameters& parameters);

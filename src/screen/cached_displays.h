@@ -9,7 +9,7 @@
 namespace quil {
 
 /// The displays as they are when they are first asked for, for a request that needs them thousands
-/// of times: each question goes to the platform once. Made anew for every request.
+/// of times: each question goes to the platform once. Made for one request.
 class CachedDisplays : public Displays {
   public:
     /// `displays` outlives this.

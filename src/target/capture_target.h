@@ -25,8 +25,8 @@ struct CaptureTarget {
     bool operator==(const CaptureTarget&) const = default;
 };
 
-/// The frontmost application and its focused window, queried afresh; all absent when no application
-/// is frontmost. Needs no permission, but the title is absent without Accessibility.
+/// The frontmost application and its focused window, as they are now; all absent when no
+/// application is frontmost. Needs no permission, but the title is absent without Accessibility.
 CaptureTarget frontmostTarget(Platform& platform);
 
 /// The target as the protocol writes it; absent fields are left out.

@@ -78,7 +78,7 @@ bool AtspiChangeWatch::process() {
                 const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
                 noticed_ = noticed_ || change.atom == active;
             } else if (type == XCB_MAP_NOTIFY || type == XCB_UNMAP_NOTIFY) {
-                // Menus are windows that no window manager speaks of.
+                // Menus are windows that no window manager lists.
                 noticed_ = true;
             }
         }

@@ -38,7 +38,7 @@ FactSet needsForText(const Facts& facts) {
     return FactSet{Fact::text}.without(facts.asked);
 }
 
-/// The element's text, as far as it is read; nothing when it cannot be had.
+/// The element's text, as far as it is read; nothing when it cannot be read.
 std::optional<std::string> textOf(AccessibilityBus& bus, const Reference& element) {
     Facts facts;
     const std::int32_t code = readFacts(bus, element, needsForText, facts);

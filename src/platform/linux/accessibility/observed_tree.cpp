@@ -21,7 +21,7 @@ constexpr std::chrono::milliseconds kDocumentTimeout{2000};
 constexpr std::chrono::milliseconds kDocumentPollInterval{40};
 
 /// Elements that are asked at a time: enough for the application never to wait for us, few enough
-/// that little is asked in vain when the elements before them turn out to fill the walk.
+/// that few requests are wasted when the elements before them turn out to fill the walk.
 constexpr int kMaximumActive = 128;
 
 /// While all of these are replied to, so many times further elements are looked for.

@@ -7,7 +7,7 @@
 
 namespace quil::linux_platform {
 
-/// Gives role, states, interfaces and children of an element; null when they cannot be had.
+/// Gives role, states, interfaces and children of an element; null when they cannot be read.
 using FactsOf = std::function<const Facts*(const Reference&)>;
 
 /// Scroll bars come early, beside what they scroll: the search looks at so many children of an

@@ -29,7 +29,7 @@ std::string idOfFile(const std::string& path) {
 }
 
 /// What can be launched again under the name that it is given: an entry that is not installed, or
-/// is replaced by one that does something else, goes by its path.
+/// is replaced by one that does something else, is named by its path.
 std::string launchableIdOf(const std::string& path, const DesktopEntry& entry) {
     std::string id = idOfFile(path);
     const auto installed = findDesktopEntry(id);
@@ -144,8 +144,8 @@ bool startsOther(const std::string& entryId, const std::vector<RunProgram>& prog
            });
 }
 
-/// The names that the window goes by. The instance goes first: it is the finer of the two, such as
-/// a browser's installed web page.
+/// The window's names, the instance first: it is the more specific of the two, such as a browser's
+/// installed web page.
 std::vector<std::string> namesOf(const ApplicationHints& hints) {
     std::vector<std::string> names;
     for (const std::string& name : {hints.instanceName, hints.className}) {

@@ -42,9 +42,9 @@ struct MatchedEntry {
 };
 
 /// Finds the desktop entries of running applications. Nothing on Linux says for sure which entry a
-/// window comes from, so that the surest hints are tried first: the entry that its launcher noted,
-/// the sandbox that it runs in, the id that the window carries, its class as entries name it, names
-/// that are only alike, and last the program that the process runs.
+/// window comes from, so that the most certain hints are tried first: the entry that its launcher
+/// noted, the sandbox that it runs in, the id that the window carries, its class as entries name
+/// it, names that are only alike, and last the program that the process runs.
 class DesktopEntryMatcher {
   public:
     /// Nothing when no installed entry fits.

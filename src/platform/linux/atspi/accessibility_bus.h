@@ -68,7 +68,7 @@ class AtspiProgram {
 };
 
 /// The accessibility bus and the programs on it. It is found through the session bus. Connections
-/// are kept from one request to the next and made anew when a bus has gone. While connected, we
+/// are kept from one request to the next and made again when a bus has gone. While connected, we
 /// count as an assistive program, so that toolkits show their trees.
 class AccessibilityBus {
   public:

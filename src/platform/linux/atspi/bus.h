@@ -79,7 +79,7 @@ class Peer {
     bool hangs_ = false;
     bool isProbed_ = false;
     std::size_t waiting_ = 0;
-    /// When it was last heard of, or asked after it had replied to everything.
+    /// When it last replied, or was asked after it had replied to everything.
     BusDeadline lastHeard_;
 };
 

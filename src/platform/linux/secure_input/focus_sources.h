@@ -18,7 +18,8 @@ struct ActiveProgram {
     std::optional<std::int32_t> pid;
     /// 0 when there is none.
     ClientId client = 0;
-    /// The window that bears the time of the latest key or button press that it has processed.
+    /// The window whose property has the time of the latest key or button press that it has
+    /// processed.
     std::uint32_t userTimeWindow = 0;
 };
 

@@ -13,7 +13,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kVerdictTimeout{20000};
 /// How often a program is looked at that has not processed what the user did.
 constexpr milliseconds kPollInterval{25};
-/// A program that takes longer to reply is busy with something.
+/// A program that takes longer to reply is busy.
 constexpr milliseconds kPromptReply{100};
 /// For so long the active window is taken to be the same one, unless windows get the focus.
 constexpr milliseconds kActiveProgramLifetime{1000};

@@ -75,7 +75,7 @@ class SecretInput {
     TapTime activeProgramFound_;
     ActiveProgram active_;
     std::optional<std::int32_t> previousPid_;
-    /// Whether these processes speak for the active program.
+    /// Whether these processes belong to the active program.
     std::map<std::int32_t, bool> belongToActive_;
     /// The question that is open, when the latest reply came, and when the latest question was
     /// asked that all have replied to.

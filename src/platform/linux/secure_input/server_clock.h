@@ -29,7 +29,7 @@ class ServerClock {
     }
 
     /// The uptime at that time, in nanoseconds. The time lies less than 24 days from now, so it
-    /// does not matter how often the server's count has begun anew.
+    /// does not matter how often the server's count has wrapped around.
     std::uint64_t uptimeNanoseconds(std::uint32_t serverTime, std::uint64_t uptimeMs) const {
         const std::uint32_t time = serverTime + static_cast<std::uint32_t>(difference_);
         const auto age = static_cast<std::int32_t>(static_cast<std::uint32_t>(uptimeMs) - time);

@@ -21,7 +21,7 @@ struct ValueSource {
     /// The value on that desktop as it is now. An element that is not there becomes a handle on
     /// which every call fails.
     std::function<Value(SimulatedDesktop&)> get;
-    /// Whether elements are mentioned, so that it can be had only once they exist.
+    /// Whether elements are mentioned, so that it exists only once they do.
     bool mentionsElements = false;
 };
 

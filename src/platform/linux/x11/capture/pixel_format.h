@@ -27,7 +27,7 @@ struct PixelFormat {
 };
 
 /// The format of images of windows with that depth and visual. Nothing when pixels are entries of a
-/// colour map (no server keeps the content of such windows), or are stored in a way unheard of.
+/// colour map (no server keeps the content of such windows), or are stored in an unknown way.
 std::optional<PixelFormat> readPixelFormat(X11Connection& connection, std::uint8_t depth,
                                            xcb_visualid_t visual);
 

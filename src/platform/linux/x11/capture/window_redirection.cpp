@@ -115,7 +115,7 @@ bool WindowRedirection::redirect(xcb_window_t window) {
         connection_->get(), connection_->root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC));
     selectEvents(*connection_, windows, XCB_EVENT_MASK_NO_EVENT);
     // Programs are asked to paint what was covered, and nothing else. These events precede the
-    // reply that has just come; what the server itself painted in its stead has been reported, too.
+    // reply that has just come; what the server itself painted instead has been reported, too.
     bool wasCovered = false;
     while (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(connection_->get())}) {
         wasCovered = wasCovered || typeOf(*event) == XCB_EXPOSE;

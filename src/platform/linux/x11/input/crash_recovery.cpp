@@ -94,7 +94,7 @@ void releaseKeysOfCrashedRuntime(X11Connection& connection) {
     const auto locks = readProperty(connection, connection.root(), kLocksProperty).number();
     if (!locks) return;
     KeySet left = keysDown(connection);
-    for (const HeldKeys& held : keysHeldByHand(connection)) left &= ~held.keys;
+    for (const HeldKeys& held : keysHeldByUser(connection)) left &= ~held.keys;
     for (std::size_t code = 0; code < left.size(); ++code) {
         if (left[code]) release(connection, XCB_KEY_RELEASE, static_cast<std::uint8_t>(code));
     }

@@ -54,7 +54,7 @@ KeySet keysDown(X11Connection& connection) {
     return reply ? fromBytes(reply->keys) : KeySet();
 }
 
-std::vector<HeldKeys> keysHeldByHand(X11Connection& connection) {
+std::vector<HeldKeys> keysHeldByUser(X11Connection& connection) {
     if (!connection.hasExtension(xcb_input_id)) return {};
     const std::vector<std::uint8_t> keyboards = realKeyboards(connection);
     std::vector<xcb_input_query_device_state_cookie_t> cookies;

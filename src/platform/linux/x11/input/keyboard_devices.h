@@ -22,9 +22,9 @@ struct HeldKeys {
     KeySet keys;
 };
 
-/// The keyboards behind the one that programs listen to, without the device that synthetic events
-/// come from.
-std::vector<HeldKeys> keysHeldByHand(X11Connection& connection);
+/// The keys that are down on the keyboards behind the one that programs listen to, without the
+/// device that synthetic events come from.
+std::vector<HeldKeys> keysHeldByUser(X11Connection& connection);
 
 /// Programs see a key go down that is held on a real keyboard and that they take to be up.
 void pressHeldKey(X11Connection& connection, std::uint8_t device, std::uint8_t keyCode);

@@ -53,7 +53,7 @@ void KeyboardSession::takeKeyboard() {
 void KeyboardSession::releaseHeldKeys() {
     const KeySet down = keysDown(*connection_);
     if (down.none()) return;
-    for (const HeldKeys& held : keysHeldByHand(*connection_)) heldByHandBefore_ |= held.keys;
+    for (const HeldKeys& held : keysHeldByUser(*connection_)) heldByUserBefore_ |= held.keys;
     for (std::size_t code = 0; code < down.size(); ++code) {
         if (!down[code]) continue;
         send(static_cast<std::uint8_t>(code), false);
@@ -82,16 +82,16 @@ KeyboardSession::~KeyboardSession() {
 
 void KeyboardSession::giveHeldKeysBack() {
     if (heldBefore_.none()) return;
-    const std::vector<HeldKeys> byHand = keysHeldByHand(*connection_);
+    const std::vector<HeldKeys> byUser = keysHeldByUser(*connection_);
     for (std::size_t index = 0; index < heldBefore_.size(); ++index) {
         if (!heldBefore_[index]) continue;
         const auto code = static_cast<std::uint8_t>(index);
-        const auto held = std::find_if(byHand.begin(), byHand.end(), [&](const HeldKeys& keyboard) {
+        const auto held = std::find_if(byUser.begin(), byUser.end(), [&](const HeldKeys& keyboard) {
             return keyboard.keys[code];
         });
-        if (held != byHand.end()) {
+        if (held != byUser.end()) {
             pressHeldKey(*connection_, held->device, code);
-        } else if (!heldByHandBefore_[code]) {
+        } else if (!heldByUserBefore_[code]) {
             // A program pressed it, on the device on which we have released it.
             send(code, true);
         }

@@ -70,8 +70,8 @@ class KeyboardSession {
     std::uint8_t latchesBefore_ = 0;
     /// Modifier keys to be given back.
     KeySet heldBefore_;
-    /// The keys that a hand held when they were taken away.
-    KeySet heldByHandBefore_;
+    /// The keys that the user held when they were taken away.
+    KeySet heldByUserBefore_;
     std::vector<std::uint8_t> pressedFlagKeys_;
     std::uint8_t shiftKey_ = 0;
     bool isShiftPressed_ = false;

@@ -17,7 +17,7 @@ class SpareKeyUse {
     const SpareKeys& keys() const { return keys_; }
     /// Whether keys mean something now, from an earlier use perhaps.
     bool isMapped() const { return isMapped_; }
-    /// Gives the keys these meanings, all in one request, so that programs read the keyboard anew
+    /// Gives the keys these meanings, all in one request, so that programs read the keyboard again
     /// only once. Whether the server took it.
     bool map(const SpareKeysyms& keysyms);
     /// Takes all meanings from them.

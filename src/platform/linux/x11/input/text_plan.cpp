@@ -154,8 +154,8 @@ std::vector<std::uint8_t> combinationsOf(const KeyboardMap::KeyType& type) {
     return isWhole ? combinations : std::vector<std::uint8_t>();
 }
 
-/// Chooses the key type with the most levels that can be had without commands. It is one of those
-/// that are there: Xlib would not notice that a type has become another one.
+/// Chooses the key type with the most levels that needs no commands. It is one of those that are
+/// there: Xlib would not notice that a type has become another one.
 void chooseType(SpareKeys& spare, const KeyboardMap& map) {
     const std::uint8_t commands = commandModifiers(map);
     for (std::size_t i = 0; i < map.types.size(); ++i) {

@@ -92,7 +92,7 @@ std::span<const Stroke> nextPart(const FocusedClient& client, std::span<const St
     return part.first(static_cast<std::size_t>(change - part.begin()) + 1);
 }
 
-/// Sends strokes no faster than the program can follow. One that hangs gets them nevertheless, as
+/// Sends strokes no faster than the program can follow. One that hangs gets them all the same, as
 /// from a user who types on: the server keeps them until it reads them.
 Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
                      std::span<const Stroke> strokes) {

@@ -88,7 +88,7 @@ bool SelectionResponder::convert(xcb_window_t requestor, xcb_atom_t target, xcb_
     return false;
 }
 
-/// The property holds pairs of a target and a property. What cannot be had is marked there.
+/// The property holds pairs of a target and a property. What is not available is marked there.
 bool SelectionResponder::convertMultiple(xcb_window_t requestor, xcb_atom_t property,
                                          const SharedText& text) {
     const auto list = connection_.reply(

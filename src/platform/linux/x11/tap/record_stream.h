@@ -34,7 +34,7 @@ struct KeysymsChange {
     std::vector<std::uint32_t> keysyms;
 };
 
-/// A program described the keyboard anew.
+/// A program replaced the keyboard's description.
 struct KeyboardChange {};
 
 /// The keyboard focus moved, or moves for as long as a program grabs the keyboard.

@@ -131,16 +131,17 @@ class OtherProcesses(unittest.TestCase):
         host.result("desktop_move", point=MIDDLE)
         return round(host.entries()[-1]["time"] / 6)
 
-    def test_one_element_cannot_complete(self):
-        scenario = desktop({"role": "AXButton", "title": "before"},
-                           {"id": "ill", "role": "AXButton", "title": "ill"},
-                           {"role": "AXGroup", "title": "after", "children": [
-                               {"role": "AXButton", "title": "inside"}]},
-                           rules=[{"call": "copyAttributeValue", "about": "ill",
-                                   "fails": "cannotComplete"}])
-        with mac(scenario) as host:
-            names = [node.get("name") for node in host.result("desktop_ax_get_state")["nodes"]]
-            self.assertEqual(names, ["Main", "before", None, "after", "inside"])
+    def test_one_element_answers_otherwise(self):
+        for answer, name in [({"fails": "cannotComplete"}, None),
+                             ({"fails": "notImplemented", "nth": 1}, "ill")]:  # then it is read singly
+            scenario = desktop({"role": "AXButton", "title": "before"},
+                               {"id": "ill", "role": "AXButton", "title": "ill"},
+                               {"role": "AXGroup", "title": "after", "children": [
+                                   {"role": "AXButton", "title": "inside"}]},
+                               rules=[{"call": "copyAttributeValue", "about": "ill", **answer}])
+            with self.subTest(answer), mac(scenario) as host:
+                names = [node.get("name") for node in host.result("desktop_ax_get_state")["nodes"]]
+                self.assertEqual(names, ["Main", "before", name, "after", "inside"])
 
     def test_a_hung_process_among_healthy_ones(self):
         web = {"role": "AXGroup", "attributes": {"Process": 300}}

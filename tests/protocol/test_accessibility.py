@@ -114,6 +114,10 @@ class Observation(unittest.TestCase):
                 if count == 4000:
                     host.result("desktop_read_value", token="e0.3998")
                     self.assertEqual(host.error("desktop_read_value", token="e0.3999"), UNKNOWN)
+                host.result("startFrontmostGlimpseCapture", requestId="A")
+                text = host.result("nextGlimpseCaptureUpdate", requestId="A")["update"]["text"]
+            if count != 398:
+                self.assertEqual(text, state["axText"])
             self.assertEqual((len(state["nodes"]), state["truncated"]), (count, truncated))
             self.assertEqual(len(state["axText"].split("\n")), count)
             if count == 198:

@@ -186,30 +186,73 @@ class Scripts(unittest.TestCase):
                  "source": None}])
 
     def test_recorded_input(self):
-        user = [{"type": "Hi"}, {"click": [720, 450]}, {"scroll": {"at": [0, 0], "lines": -2}},
-                  {"key": {"code": 8, "characters": "c", "flags": ["command"]}},
-                  {"secureInput": True}, {"type": "secret"}, {"secureInput": False}]
-        scenario = {"permissions": {"accessibility": False, "screenRecording": False},
-                    "script": [{"request": 3, "do": {"user": user}},
-                               {"at": 0.12, "do": {"user": {"drag": {"from": [0, 0], "to": [9, 9]}}}},
-                               {"at": 0.4, "do": {"user": {"type": "end"}}},
-                               {"request": 16, "do": {"permissions": {"accessibility": True}}}]}
-        with Simulated(scenario) as host:
-            next = lambda **params: host.result("nextInputEvent", **params)["event"]
-            for _ in range(3):
+        event = {"type": "leftMouseDown", "location": [1, 2], "timestamp": 999_750_000_000}
+        scroll = lambda lines: {"scroll": {"at": [1680, 360], "lines": lines}}
+        user = [{"type": "Hi"}, {"click": [840, 360]}, *map(scroll, (250, -3, 0, -101)),
+                {"drag": {"from": [1, 2], "to": [300, 400]}},
+                {"secureInput": True}, {"type": "secret"}, {"secureInput": False},
+                {"disableTaps": "timeout"}, {"type": "x"}, {"disableTaps": "userInput"}, {"type": "y"},
+                {"event": event}]
+        with Simulated({"script": [{"request": 3, "do": {"user": user}}],
+                        "displays": [{"id": 1, "bounds": [0, 0, 1440, 900], "name": "Main"},
+                                     {"id": 2, "bounds": [1440, -180, 1920, 1080], "name": "Side"}],
+                        "permissions": {"accessibility": False, "screenRecording": False},
+                        "rules": [{"call": "screens", "from": 2, "fails": True}]}) as host:
+            for _ in range(3):  # starting again changes nothing
                 self.assertEqual(host.result("startInputRecording"), {})
-            events = [next() for _ in range(5)]
-            self.assertEqual([(event["action"], event["params"]) for event in events], [
-                ("type", {"text": "H"}), ("type", {"text": "i"}), ("click", {}), ("scroll", {"amount": -2}),
-                ("keypress", {"combo": "cmd+keycode-8"})])
-            self.assertEqual(events[2]["target"]["point"], {"x": 0.5, "y": 0.5})
-            for timeout in (0, -1, 0.0):
+            events = host.result("stopInputRecording")["events"]
+            self.assertEqual([(event["action"], *event["params"].values()) for event in events], [
+                ("type", "H"), ("type", "i"), ("click",), ("scroll", 100), ("scroll", -3), ("scroll", 0),
+                ("scroll", -100), ("click",), ("type", "x"), ("type", "y"), ("click",)])
+            self.assertEqual([event["at"] - 1_700_000_000_000 for event in events], [0] * 10 + [-250])
+            self.assertEqual([(event["target"]["display"]["name"], event["target"]["point"])
+                              for event in events[2:4]],
+                             [("Main", {"x": 0.25, "y": 0.5}), ("Side", {"x": 0.5, "y": 0.5})])
+            self.assertEqual(len({event["id"] for event in events}), len(events))
+            self.assertRegex(events[0]["id"], "^input-[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}$")
+
+    def test_the_buffer_keeps_the_oldest(self):
+        click = lambda x: {"click": [x, 0]}
+        script = [{"request": 2, "do": {"user": [click(0)] + [click(1)] * 10_000}},
+                  {"request": 3, "do": {"user": [click(720), click(2)]}}]
+        with Simulated({"script": script}) as host:
+            host.result("startInputRecording")
+            self.assertEqual(host.result("nextInputEvent")["event"]["target"]["point"]["x"], 0)
+            host.send("stopInputRecording")
+            events = json.loads(host.read_line())["result"]["events"]
+            self.assertEqual(len(events), 10_000)
+            self.assertEqual(events[-1]["target"]["point"]["x"], 0.5)
+
+    def test_recorded_keys(self):
+        """Text, or else combinations."""
+        keys = [(0, "a", "", "a"), (0, "A", "shift capsLock", "A"), (33, "ẞ한", "", "ẞ한"),
+                (0, "a", "command shift", "cmd+shift+keycode-0"), (8, "ç", "option", "alt+keycode-8"),
+                (9, "v", "capsLock shift option control command", "cmd+ctrl+alt+shift+keycode-9"),
+                (36, "\r", "shift", "shift+keycode-36"), (51, "\x7f", "", "keycode-51"),
+                (4, "x\x85", "", "keycode-4"), (5, "x\u200d", "", "keycode-5"), (6, "", "", "keycode-6"),
+                (65535, None, "", "keycode-65535")]
+        user = [{"key": {"code": code, "flags": flags.split()} |
+                 ({} if characters is None else {"characters": characters})}
+                for code, characters, flags, _ in keys]
+        with Simulated({"script": [{"request": 2, "do": {"user": user}}]}) as host:
+            host.result("startInputRecording")
+            events = host.result("stopInputRecording")["events"]
+            self.assertEqual([params for event in events for params in event["params"].values()],
+                             [record for *_, record in keys])
+            host.result("startInputRecording")
+            self.assertEqual(host.close()[1:], (0, b""), "ends while it records")
+
+    def test_waiting_for_input(self):
+        script = [{"at": 0.12, "do": {"user": {"type": "x"}}}, {"at": 0.4, "do": {"user": {"type": "y"}}}]
+        with Simulated({"script": script}) as host:
+            next = lambda **params: host.result("nextInputEvent", **params)["event"]
+            host.result("startInputRecording")
+            for timeout in (0, -1, 0.0, -2**63):
                 self.assertIsNone(next(timeoutMs=timeout))
-            self.assertEqual(next(timeoutMs="0")["action"], "click")  # waited for
+            self.assertEqual(next(timeoutMs="0")["params"], {"text": "x"})
             self.assertIsNone(next(timeoutMs=200))
-            self.assertEqual(next()["params"], {"text": "e"})
-            texts = [event["params"]["text"] for event in host.result("stopInputRecording")["events"]]
-            self.assertEqual(texts, ["n", "d"])
+            self.assertEqual(next()["params"], {"text": "y"})
+            self.assertEqual(host.result("stopInputRecording"), {"events": []})
             self.assertEqual(host.result("stopInputRecording"), {"events": []})
             self.assertIsNone(next())  # a second unless told
             host.result("desktop_keypress", combo="a")

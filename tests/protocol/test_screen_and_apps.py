@@ -166,6 +166,21 @@ class Captures(unittest.TestCase):
                     self.assertEqual(host.error(method, **params), {"message": "requestId is required"})
 
 
+    def test_the_one_started_longest_ago_goes(self):
+        with Simulated(desktop()) as host:
+            start = lambda name: host.result("startFrontmostGlimpseCapture", requestId=name)
+            for i in range(1000):
+                start(str(i))
+            self.next(host, "1")  # what has progressed does not stay longer
+            start("0")  # but what has begun again does
+            start("one more")
+            self.assertEqual(self.next(host, "1")["type"], "failed")
+            host.result("cancelGlimpseCapture", requestId="500")
+            start("in its place")
+            for name in ("0", "2", "one more"):
+                self.assertEqual(self.next(host, name)["type"], "axText")
+
+
 class Applications(unittest.TestCase):
     def test_the_catalogue(self):
         scenario = {

@@ -5,7 +5,6 @@
 #include <Foundation/Foundation.h>
 
 enum NSApplicationActivationPolicy : NSInteger {
-    NSApplicationActivationPolicyRegular = 0,
     NSApplicationActivationPolicyProhibited = 2,
 };
 

@@ -13,10 +13,8 @@ typedef const struct QUIL_BRIDGED(id) __AXValue* AXValueRef;
 enum AXError : SInt32 {
     kAXErrorSuccess = 0,
     kAXErrorFailure = -25200,
-    kAXErrorIllegalArgument = -25201,
     kAXErrorInvalidUIElement = -25202,
     kAXErrorCannotComplete = -25204,
-    kAXErrorAttributeUnsupported = -25205,
     kAXErrorActionUnsupported = -25206,
     kAXErrorNotImplemented = -25208,
     kAXErrorAPIDisabled = -25211,

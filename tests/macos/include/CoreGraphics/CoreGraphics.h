@@ -34,10 +34,6 @@ CGDirectDisplayID CGMainDisplayID();
 // Windows. Option sets are plain integers in C++.
 using CGWindowID = std::uint32_t;
 using CGWindowListOption = std::uint32_t;
-enum : CGWindowListOption {
-    kCGWindowListOptionOnScreenOnly = 1 << 0,
-    kCGWindowListExcludeDesktopElements = 1 << 4,
-};
 CFArrayRef CGWindowListCopyWindowInfo(CGWindowListOption option, CGWindowID relativeToWindow);
 
 // Permissions.
@@ -54,44 +50,19 @@ using CGEventTimestamp = std::uint64_t;
 using CGKeyCode = std::uint16_t;
 
 enum CGEventType : std::uint32_t {
-    kCGEventLeftMouseDown = 1,
-    kCGEventLeftMouseUp = 2,
-    kCGEventRightMouseDown = 3,
-    kCGEventRightMouseUp = 4,
-    kCGEventMouseMoved = 5,
-    kCGEventLeftMouseDragged = 6,
-    kCGEventRightMouseDragged = 7,
     kCGEventKeyDown = 10,
     kCGEventKeyUp = 11,
-    kCGEventScrollWheel = 22,
-    kCGEventOtherMouseDown = 25,
-    kCGEventOtherMouseUp = 26,
-    kCGEventOtherMouseDragged = 27,
-    kCGEventTapDisabledByTimeout = 0xFFFFFFFE,
-    kCGEventTapDisabledByUserInput = 0xFFFFFFFF,
 };
 using CGEventFlags = std::uint64_t;
-enum : CGEventFlags {
-    kCGEventFlagMaskAlphaShift = 0x00010000,
-    kCGEventFlagMaskShift = 0x00020000,
-    kCGEventFlagMaskControl = 0x00040000,
-    kCGEventFlagMaskAlternate = 0x00080000,
-    kCGEventFlagMaskCommand = 0x00100000,
-};
-enum CGMouseButton : std::uint32_t {
-    kCGMouseButtonLeft = 0,
-    kCGMouseButtonRight = 1,
-    kCGMouseButtonCenter = 2,
-};
-enum CGScrollEventUnit : std::uint32_t { kCGScrollEventUnitLine = 1 };
-enum CGEventSourceStateID : std::int32_t { kCGEventSourceStateHIDSystemState = 1 };
+enum CGMouseButton : std::uint32_t {};
+enum CGScrollEventUnit : std::uint32_t {};
+enum CGEventSourceStateID : std::int32_t {};
 enum CGEventField : std::uint32_t {
-    kCGMouseEventClickState = 1,
     kCGKeyboardEventKeycode = 9,
     kCGScrollWheelEventDeltaAxis1 = 11,
 };
-enum CGEventTapLocation : std::uint32_t { kCGHIDEventTap = 0, kCGSessionEventTap = 1 };
-enum CGEventTapPlacement : std::uint32_t { kCGHeadInsertEventTap = 0 };
+enum CGEventTapLocation : std::uint32_t { kCGSessionEventTap = 1 };
+enum CGEventTapPlacement : std::uint32_t {};
 enum CGEventTapOptions : std::uint32_t { kCGEventTapOptionListenOnly = 1 };
 using CGEventTapCallBack = CGEventRef (*)(CGEventTapProxy proxy, CGEventType type, CGEventRef event,
                                           void* userInfo);

@@ -1,7 +1,6 @@
 """Which desktop entry a running application comes from, and its name."""
 import os
 import shutil
-import signal
 import unittest
 
 from desktop_entries import FOLDER, EntriesTest
@@ -9,14 +8,6 @@ from desktop_tools import PYTHON, SUPPORT, Program, change, output, until, windo
 
 
 class ApplicationsTest(EntriesTest):
-    def install(self, name, **keys):
-        return super().install(name, "".join(f"{key}={value}\n" for key, value in
-                                             {"Name": "Any", **keys}.items()))
-
-    def entry(self, window):
-        return next(e for e in self.host.result("desktop_windows_list")["windows"]
-                    if e["id"] == window)
-
     def identifier(self, program):
         return self.entry(program.window).get("bundleIdentifier")
 
@@ -31,10 +22,8 @@ class ApplicationsTest(EntriesTest):
                 entry = self.entry(program.window)
                 self.assertEqual((entry.get("bundleIdentifier"), entry["owner"]),
                                  (identifier, name))
-                running = [app for app in self.host.result("desktop_apps_list")["apps"]
-                           if app["appId"] == identifier]
                 self.assertEqual([(app["name"], app["running"], app["executablePath"])
-                                  for app in running],
+                                  for app in self.apps() if app["appId"] == identifier],
                                  [(name, True, os.readlink(f"/proc/{program.pid}/exe"))])
                 program.end()
 
@@ -80,7 +69,7 @@ class ApplicationsTest(EntriesTest):
         )
         for case, name, keys, start, is_meant in cases:
             with self.subTest(case):
-                path = self.install(name, **keys)
+                path = self.install(name, Name="Any", **keys)
                 program = start()
                 identifier = name.replace("/", "-")
                 if is_meant:
@@ -95,25 +84,23 @@ class ApplicationsTest(EntriesTest):
         program = window_app(self, "qt5", "many hints")
         self.assertNotIn("bundleIdentifier", self.entry(program.window))
         self.assertEqual(self.entry(program.window)["owner"], "window_app.py")
-        expect = lambda name: self.assertEqual(self.identifier(program), name)
-        self.install("hidden.desktop", Exec="sh", StartupWMClass="window_app.py", NoDisplay="true")
-        expect("hidden.desktop")
-        self.install("shown.desktop", Exec="sh -x", StartupWMClass="window_app.py")
-        expect("shown.desktop")
-        self.install("plain.desktop", Exec="sh", StartupWMClass="window_app.py",
-                     **{"Name[de]": "Größe"})
-        expect("plain.desktop")
-        self.assertEqual(self.entry(program.window)["owner"], "Größe")
-        self.install("gone.desktop", Exec="/nowhere/program", StartupWMClass="window_app.py")
-        expect("plain.desktop")
-        self.install("gtk.desktop", Exec="sh")
-        change(program.window, "-f", "_GTK_APPLICATION_ID", "8u", "-set", "_GTK_APPLICATION_ID",
-               "gtk")
-        expect("gtk.desktop")
-        self.install("kde.desktop", Exec="sh")
-        change(program.window, "-f", "_KDE_NET_WM_DESKTOP_FILE", "8u", "-set",
-               "_KDE_NET_WM_DESKTOP_FILE", "kde")
-        expect("kde.desktop")
+        by_class = {"Exec": "sh", "StartupWMClass": "window_app.py"}
+        for name, keys, hint, wins in (
+                ("hidden", {**by_class, "NoDisplay": "true"}, None, True),
+                ("shown", {**by_class, "Exec": "sh -x"}, None, True),
+                ("plain", {**by_class, "Name[de]": "Größe"}, None, True),
+                ("gone", {**by_class, "Exec": "/nowhere/program"}, None, False),
+                ("gtk", {"Exec": "sh"}, "_GTK_APPLICATION_ID", True),
+                ("kde", {"Exec": "sh"}, "_KDE_NET_WM_DESKTOP_FILE", True)):
+            with self.subTest(name):
+                self.install(f"{name}.desktop", Name=name, **keys)
+                if hint:
+                    change(program.window, "-f", hint, "8u", "-set", hint, name)
+                expected = name if wins else "plain"
+                entry = self.entry(program.window)
+                self.assertEqual((entry["bundleIdentifier"], entry["owner"]),
+                                 (f"{expected}.desktop",
+                                  "Größe" if expected == "plain" else expected))
 
     def test_a_process_with_windows_of_two_entries_is_its_active_one(self):
         Program(self, PYTHON, "-c", """
@@ -131,86 +118,59 @@ for name in ("writer", "table", "dialog", "stray"):
 Gtk.main()""")
         for name in ("writer", "table"):
             self.install(name + ".desktop", Exec="sh", StartupWMClass=name, Name=name.title())
-        listed = lambda: self.host.result("desktop_windows_list")["windows"]
-        until(lambda: len(listed()) == 4, "its windows")
-        known = lambda: [self.host.result("desktop_target")["target"], *listed(),
-                         *(app for app in self.host.result("desktop_apps_list")["apps"]
-                           if app["running"])]
+        until(lambda: len(self.windows()) == 4, "its windows")
+        known = lambda: [self.target(), *self.windows(),
+                         *(app for app in self.apps() if app["running"])]
         for name, entry in (("writer", "writer"), ("table", "table"), ("stray", "table"),
                             ("writer", "writer"), ("dialog", "table")):
             with self.subTest(name):
                 output("xdotool", "search", "--name", f"^{name}$", "windowactivate", "--sync")
                 self.assertEqual({record["bundleIdentifier"] for record in known()},
                                  {entry + ".desktop"})
-                self.assertEqual({window["owner"] for window in listed()}, {entry.title()})
+                self.assertEqual({window["owner"] for window in self.windows()}, {entry.title()})
         # The one with the focus need not be the topmost.
         output("wmctrl", "-r", "writer", "-b", "add,above")
         output("xdotool", "search", "--name", "^table$", "windowactivate", "--sync")
-        until(lambda: listed()[0]["name"] == "writer", "kept above")
+        until(lambda: self.windows()[0]["name"] == "writer", "kept above")
         self.assertEqual({record["bundleIdentifier"] for record in known()}, {"table.desktop"})
 
     def test_what_was_launched_keeps_its_identity(self):
-        def wrapper(name, text):
-            path = os.path.join(FOLDER, name)
-            with open(path, "w") as file:
-                file.write(text)
-            os.chmod(path, 0o755)
-            return path
-
         app = f"{PYTHON} {SUPPORT}/window_app.py qt5 L 300 200"
-        calculator = "galculator.desktop"
-        self.install("other.desktop", Exec="sh", StartupWMClass="window_app.py")
+        calculator, mine = "galculator.desktop", {"StartupWMClass": "mine"}
+        self.install("other.desktop", Name="Other", Exec="sh", StartupWMClass="window_app.py")
+        waits = self.script("waits", "#!/bin/sh", "galculator", "true")
+        outer = self.script("outer", f"#!{PYTHON}", "import os", f"os.system('{waits}; true')")
+        elsewhere = os.path.join(os.path.dirname(FOLDER), "launched.desktop")
+        self.addCleanup(lambda: os.path.exists(elsewhere) and os.remove(elsewhere))
         cases = (
             ("the program itself", app, {}, "launched.desktop"),
-            ("one that becomes it", wrapper("execs", "#!/bin/sh\nexec galculator\n"), {},
+            ("one that becomes it", self.script("execs", "#!/bin/sh", "exec galculator"), {},
              "launched.desktop"),
-            ("one that waits", wrapper("waits", "#!/bin/sh\ngalculator\ntrue\n"), {},
+            ("one that waits", waits, {}, "launched.desktop"),
+            ("two that wait", outer, {}, "launched.desktop"),
+            ("one that ends", self.script("ends", "#!/bin/sh", "galculator &"), {},
              "launched.desktop"),
-            ("two that wait", wrapper("outer", f"#!{PYTHON}\nimport os\n"
-                                      f"os.system('{FOLDER}/waits; true')\n"), {},
-             "launched.desktop"),
-            ("one that ends", wrapper("ends", "#!/bin/sh\ngalculator &\n"), {},
-             "launched.desktop"),
+            ("an entry that is not installed", "galculator", {}, elsewhere),
             ("a program with windows", "xterm -T x -e galculator", {}, calculator),
-            ("a class of another entry", app, {"StartupWMClass": "mine"}, "other.desktop"),
-            ("a class of no other entry", "galculator", {"StartupWMClass": "mine"}, calculator),
+            ("a class of another entry", app, mine, "other.desktop"),
+            ("a class of no other entry", "galculator", mine, calculator),
         )
         for case, command, keys, identifier in cases:
             with self.subTest(case):
-                path = self.install("launched.desktop", Exec=command, **keys)
-                self.host.result("desktop_launch_app", appId="launched.desktop")
-                title = "L" if command == app else "galculator"
-                window = int(output("xdotool", "search", "--sync", "--onlyvisible", "--name",
-                                    f"^{title}$").split()[0])
-                self.assertEqual(self.entry(window)["bundleIdentifier"], identifier)
-                until(lambda: self.host.result("desktop_target")["target"].get("bundleIdentifier")
-                      == identifier, "in front")
-                self.assertIn(identifier, [
-                    record["appId"] for record in self.host.result("desktop_apps_list")["apps"]
-                    if record["running"]])
-                for record in self.host.result("desktop_windows_list")["windows"]:
-                    os.kill(record["pid"], signal.SIGKILL)
-                until(lambda: not self.host.result("desktop_windows_list")["windows"], "ended")
+                place = identifier if identifier == elsewhere else "launched.desktop"
+                path = self.install(place, Name="Any", Exec=command, **keys)
+                # What it goes by can be launched, too.
+                for launched in sorted({path, identifier} - {calculator, "other.desktop"}):
+                    self.launch(launched)
+                    title = "L" if command == app else "galculator"
+                    window = until(lambda: next((w for w in self.windows() if w["name"] == title),
+                                                None), "its window")
+                    self.assertEqual(window["bundleIdentifier"], identifier)
+                    until(lambda: self.target().get("bundleIdentifier") == identifier, "in front")
+                    self.assertIn(identifier,
+                                  [record["appId"] for record in self.apps() if record["running"]])
+                    self.end_everything()
                 os.remove(path)
-
-    def test_what_runs_can_be_launched(self):
-        """Whatever file an application was launched from."""
-        places = {"by its id": FOLDER, "by its path": os.path.join(FOLDER, os.pardir)}
-        for case, folder in places.items():
-            with self.subTest(case):
-                path = os.path.normpath(self.install(os.path.join(folder, "mine.desktop"),
-                                                     Exec="galculator"))
-                self.addCleanup(lambda file=path: os.path.exists(file) and os.remove(file))
-                for _ in range(2):
-                    self.host.result("desktop_launch_app", appId=path)
-                    window = until(lambda: self.host.result("desktop_windows_list")["windows"],
-                                   "its window")[0]
-                    path = window["bundleIdentifier"]
-                    os.kill(window["pid"], signal.SIGKILL)
-                    until(lambda: not self.host.result("desktop_windows_list")["windows"], "ended")
-                self.assertEqual(path.startswith("/"), case == "by its path")
-                if not path.startswith("/"):
-                    os.remove(os.path.join(FOLDER, path))
 
 
 if __name__ == "__main__":

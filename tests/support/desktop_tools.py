@@ -3,9 +3,12 @@ import contextlib
 import os
 import re
 import shutil
+import signal
 import subprocess
 import time
 import unittest
+
+from quil_host import Host
 
 SUPPORT = os.path.dirname(os.path.abspath(__file__))
 PYTHON = "/usr/bin/python3"
@@ -82,6 +85,32 @@ def stacking():
     """The windows that the window manager lists, front to back."""
     text = output("xprop", "-root", "_NET_CLIENT_LIST_STACKING")
     return [int(number, 16) for number in re.findall(r"0x[0-9a-f]+", text)][::-1]
+
+
+class DesktopTest(unittest.TestCase):
+    """A test with a runtime, and what that says of the desktop."""
+
+    def setUp(self):
+        self.host = self.enterContext(Host())
+
+    def windows(self):
+        return self.host.result("desktop_windows_list")["windows"]
+
+    def entry(self, window):
+        """The window with that id; None when it is not listed."""
+        return next((entry for entry in self.windows() if entry["id"] == window), None)
+
+    def target(self):
+        return self.host.result("desktop_target")["target"]
+
+    def apps(self):
+        return self.host.result("desktop_apps_list")["apps"]
+
+    def end_everything(self):
+        """Kills whatever shows a window."""
+        for window in self.windows():
+            os.kill(window["pid"], signal.SIGKILL)
+        until(lambda: not self.windows(), "the end of all windows")
 
 
 class XServer:

@@ -1,6 +1,8 @@
 """Which desktop entry a running application comes from, and its name."""
+import base64
 import os
 import shutil
+import struct
 import unittest
 
 from desktop_entries import FOLDER, EntriesTest
@@ -109,7 +111,7 @@ gi.require_version("Gtk", "3.0")
 from gi.repository import Gtk
 owner = None
 for name in ("writer", "table", "dialog", "stray"):
-    window = Gtk.Window(title=name)
+    window = Gtk.Window(title=name, default_width=200 + 10 * len(name))
     window.set_wmclass(name, name)
     if name == "dialog":
         window.set_transient_for(owner)
@@ -133,6 +135,11 @@ Gtk.main()""")
         output("xdotool", "search", "--name", "^table$", "windowactivate", "--sync")
         until(lambda: self.windows()[0]["name"] == "writer", "kept above")
         self.assertEqual({record["bundleIdentifier"] for record in known()}, {"table.desktop"})
+        url = self.host.result("desktop_screenshot")["screenshotDataURL"]
+        width, height = struct.unpack(">II", base64.b64decode(url.partition(",")[2])[16:24])
+        window = next(entry for entry in self.windows() if entry["name"] == "table")
+        self.assertEqual((width / 2, height / 2),
+                         (window["bounds"]["Width"], window["bounds"]["Height"]))
 
     def test_what_was_launched_keeps_its_identity(self):
         app = f"{PYTHON} {SUPPORT}/window_app.py qt5 L 300 200"

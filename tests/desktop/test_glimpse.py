@@ -3,8 +3,7 @@ import os
 import tempfile
 import unittest
 
-from desktop_tools import Program, output, until
-from quil_host import Host
+from desktop_tools import DesktopTest, Program, output, until
 
 NUMBERS = ("AXMenuItem", "AXScrollBar", "AXRadioButton", "AXCheckBox", "AXSlider")
 
@@ -16,10 +15,7 @@ def line(node):
     return " | ".join([node["role"], *(text.replace("\n", " ") for text in texts)])
 
 
-class GlimpseTest(unittest.TestCase):
-    def setUp(self):
-        self.host = self.enterContext(Host())
-
+class GlimpseTest(DesktopTest):
     def front(self, *command):
         program = Program(self, *command)
         output("xdotool", "windowactivate", "--sync", str(program.window))
@@ -59,7 +55,7 @@ class GlimpseTest(unittest.TestCase):
                          (program.pid, "galculator.desktop"))
         self.assertIn("Basic Mode", self.next()["text"])
         other = Program(self, "xterm")
-        until(lambda: self.host.result("desktop_target")["target"]["pid"] == other.pid, "xterm")
+        until(lambda: self.target()["pid"] == other.pid, "xterm")
         output("xdotool", "windowactivate", "--sync", str(program.window))
 
         def picture():

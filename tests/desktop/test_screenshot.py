@@ -11,15 +11,6 @@ from desktop_tools import (PYTHON, SUPPORT, Program, XServer, change, geometry, 
                            window_app)
 from quil_host import Host
 
-TWO_WINDOWS = """
-import gi
-gi.require_version("Gtk", "3.0")
-from gi.repository import Gtk
-for title, width, height in (("above", 210, 170), ("below", 310, 130)):
-    Gtk.Window(title=title, default_width=width, default_height=height).show()
-Gtk.main()
-"""
-
 PREFIX = "data:image/png;base64,"
 
 
@@ -97,16 +88,6 @@ class ScreenshotTest(unittest.TestCase):
                 output("xdotool", "mousemove", "--window", str(program.window), "60", "45")
                 self.shows(host, picture_app.expected(120, 90, kind), kind)
                 program.end()
-
-    def test_the_window_with_the_focus_need_not_be_the_foremost(self):
-        Program(self, PYTHON, "-c", TWO_WINDOWS)
-        until(lambda: {"above", "below"} <= set(output("wmctrl", "-l").split()), "two windows")
-        output("wmctrl", "-r", "above", "-b", "add,above")
-        output("wmctrl", "-a", "below")
-        with Host() as host:
-            target = lambda: host.result("desktop_target")["target"].get("windowTitle")
-            until(lambda: target() == "below", "the focus on the lower window")
-            self.assertEqual(len(self.picture(host)), 4 * (2 * 310) * (2 * 130))
 
     def test_places(self):
         program = self.picture_app()

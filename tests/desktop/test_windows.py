@@ -2,29 +2,20 @@
 import os
 import unittest
 
-from desktop_tools import Program, change, geometry, output, stacking, until, window_app
-from quil_host import Host
+from desktop_tools import (DesktopTest, Program, change, geometry, output, stacking, until,
+                           window_app)
 
 
 def bounds(entry):
     return tuple(entry["bounds"][key] for key in ("X", "Y", "Width", "Height"))
 
 
-class WindowsTest(unittest.TestCase):
-    def setUp(self):
-        self.host = self.enterContext(Host())
-
-    def windows(self):
-        return self.host.result("desktop_windows_list")["windows"]
-
+class WindowsTest(DesktopTest):
     def names(self):
         return [entry["name"] for entry in self.windows()]
 
-    def entry(self, program):
-        return next((e for e in self.windows() if e["id"] == program.window), None)
-
-    def target(self):
-        return self.host.result("desktop_target")["target"]
+    def bounds(self, program):
+        return bounds(self.entry(program.window))
 
     def test_every_toolkit(self):
         programs = [window_app(self, toolkit, f"{toolkit} – ünïcode 窓", 300 + 10 * i, 200 + i)
@@ -63,7 +54,7 @@ class WindowsTest(unittest.TestCase):
             name = "_NET_WM_WINDOW_TYPE"
             change(program.window, "-f", name, "32a", "-set", name, f"{name}_{kind}")
             with self.subTest(kind):
-                self.assertEqual(self.entry(program) is not None, is_ordinary)
+                self.assertEqual(self.entry(program.window) is not None, is_ordinary)
 
     def test_only_what_is_on_the_screen(self):
         seen = window_app(self, "gtk3", "seen")
@@ -94,40 +85,36 @@ class WindowsTest(unittest.TestCase):
         output("xdotool", "windowmove", str(other.window), "5000", "100")
         until(lambda: shown() == ["seen"] or geometry(other.window)[0] < 1366, "off the screen")
         output("wmctrl", "-i", "-r", str(other.window), "-b", "add,fullscreen")
-        until(lambda: self.entry(other) and bounds(self.entry(other)) == (0, 0, 1366, 768),
+        until(lambda: self.entry(other.window) and self.bounds(other) == (0, 0, 1366, 768),
               "full screen")
-        self.assertEqual(bounds(self.entry(other)), geometry(other.window))
+        self.assertEqual(self.bounds(other), geometry(other.window))
 
     def test_titles_and_shadows(self):
         program = window_app(self, "qt5", "to be changed", 400, 300)
         change(program.window, "-remove", "_NET_WM_NAME")
-
-        def title(kind, text, name="WM_NAME"):
-            """Sets the title to these bytes in that type; what the list says then."""
+        for kind, text, title, name in (
+                ("8s", "Größe".encode("latin-1"), "Größe", "WM_NAME"),
+                ("8t", "漢字 ok".encode(), "漢字 ok", "WM_NAME"),
+                ("8u", "窓".encode(), "窓", "WM_NAME"),
+                ("8u", b"broken \xff\xc3 end", "broken \ufffd\ufffd end", "WM_NAME"),
+                ("8u", "wins ✓".encode(), "wins ✓", "_NET_WM_NAME")):
             change(program.window, "-f", name, kind, "-set", name, text)
-            return self.entry(program)["name"]
-
-        self.assertEqual(title("8s", "Größe".encode("latin-1")), "Größe")
-        self.assertEqual(title("8t", "漢字 ok".encode()), "漢字 ok")
-        self.assertIn("COMPOUND_TEXT", change(program.window, "WM_NAME"))
-        self.assertEqual(title("8u", "窓".encode()), "窓")
-        self.assertEqual(title("8u", b"broken \xff\xc3 end"), "broken \ufffd\ufffd end")
-        self.assertEqual(title("8u", "wins ✓".encode(), "_NET_WM_NAME"), "wins ✓")
+            self.assertEqual(self.entry(program.window)["name"], title, kind)
         change(program.window, "-remove", "_NET_WM_NAME")
         change(program.window, "-remove", "WM_NAME")
-        self.assertEqual(self.entry(program)["name"], "")
+        self.assertEqual(self.entry(program.window)["name"], "")
 
         x, y, width, height = geometry(program.window)
         extents = "_GTK_FRAME_EXTENTS"
-        change(program.window, "-f", extents, "32c", "-set", extents, "26,25,23,29")
-        self.assertEqual(bounds(self.entry(program)), (x + 26, y + 23, width - 51, height - 52))
-        change(program.window, "-f", extents, "32c", "-set", extents, "400,400,1,1")
-        self.assertEqual(bounds(self.entry(program)), (x, y, width, height), "too large to be true")
+        for values, expected in (("26,25,23,29", (x + 26, y + 23, width - 51, height - 52)),
+                                 ("400,400,1,1", (x, y, width, height))):  # too large to be true
+            change(program.window, "-f", extents, "32c", "-set", extents, values)
+            self.assertEqual(self.bounds(program), expected)
 
     def test_what_a_client_says_of_its_process_does_not_count(self):
         program = Program(self, "xterm")
         change(program.window, "-f", "_NET_WM_PID", "32c", "-set", "_NET_WM_PID", "1")
-        self.assertEqual(self.entry(program)["pid"], program.pid)
+        self.assertEqual(self.entry(program.window)["pid"], program.pid)
 
     def test_frontmost_application_comes_and_goes(self):
         self.assertEqual(self.target(), {})

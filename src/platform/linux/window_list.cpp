@@ -59,7 +59,8 @@ std::optional<std::int64_t> LinuxWindowList::activeWindow() {
     const auto window =
         connection ? linux_platform::activeWindow(*connection) : std::optional<X11Window>();
     // One that has just been minimised may be called active for a moment.
-    const bool isInFront = window && window->onScreen;
+    const bool isInFront =
+        window && window->onScreen && !isFocusElsewhere(*connection, window->id);
     return isInFront ? std::optional<std::int64_t>(window->id) : std::nullopt;
 }
 

@@ -14,6 +14,8 @@ constexpr int kMaximumFrameDepth = 4;
 /// Toolkits nest windows, too, and the focus is often on an inner one.
 constexpr int kMaximumNesting = 64;
 
+constexpr std::uint32_t kInputHint = 1;  // of the flags of WM_HINTS, ICCCM 4.1.2.4
+
 /// Whether some client has asked to decide about the windows on the root, which only a window
 /// manager does.
 bool isManaged(X11Connection& connection) {
@@ -114,6 +116,12 @@ std::optional<xcb_window_t> windowWithInputFocus(X11Connection& connection) {
     return windows.empty() ? std::nullopt : std::optional(windows.back());
 }
 
+/// Some windows say that they take no focus, or take it when they like ("WM_HINTS").
+bool takesFocus(X11Connection& connection, xcb_window_t window) {
+    const auto hints = readProperty(connection, window, "WM_HINTS").numbers();
+    return hints.size() < 2 || !(hints[0] & kInputHint) || hints[1] != 0;
+}
+
 }  // namespace
 
 std::vector<X11Window> topLevelWindows(X11Connection& connection) {
@@ -132,6 +140,11 @@ std::optional<X11Window> activeWindow(X11Connection& connection) {
     if (!window) return {};
     auto described = describeWindows(connection, {*window});
     return described.empty() ? std::nullopt : std::optional(std::move(described.front()));
+}
+
+bool isFocusElsewhere(X11Connection& connection, xcb_window_t window) {
+    const auto focused = windowWithInputFocus(connection);
+    return focused && focused != window && takesFocus(connection, window);
 }
 
 }  // namespace quil::linux_platform

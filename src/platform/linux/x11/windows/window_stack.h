@@ -19,4 +19,8 @@ std::vector<X11Window> topLevelWindows(X11Connection& connection);
 /// it has just gone.
 std::optional<X11Window> activeWindow(X11Connection& connection);
 
+/// Whether the input focus is in another top-level window although that window takes it: some window
+/// managers name the active window a moment before they give it the focus.
+bool isFocusElsewhere(X11Connection& connection, xcb_window_t window);
+
 }  // namespace quil::linux_platform

@@ -18,7 +18,7 @@ from quil_host import executable
 import quil
 
 TOOLKITS = os.environ.get("QUIL_EXTENSIONS", "gtk3 qt6").split()
-WINDOW_MANAGERS = ("xfwm4", "metacity")
+WINDOW_MANAGERS = ("xfwm4", "metacity", "awesome")
 
 
 class Desktop(quil.Desktop):

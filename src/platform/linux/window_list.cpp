@@ -56,12 +56,8 @@ bool LinuxWindowList::activateWindow(std::int64_t number) {
 
 std::optional<std::int64_t> LinuxWindowList::activeWindow() {
     const auto connection = display_.connection();
-    const auto window =
-        connection ? linux_platform::activeWindow(*connection) : std::optional<X11Window>();
-    // One that has just been minimised may be called active for a moment.
-    const bool isInFront =
-        window && window->onScreen && !isFocusElsewhere(*connection, window->id);
-    return isInFront ? std::optional<std::int64_t>(window->id) : std::nullopt;
+    const auto window = connection ? windowInFront(*connection) : std::optional<X11Window>();
+    return window ? std::optional<std::int64_t>(window->id) : std::nullopt;
 }
 
 }  // namespace quil::linux_platform

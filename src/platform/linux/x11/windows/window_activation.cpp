@@ -1,11 +1,11 @@
 #include "platform/linux/x11/windows/window_activation.h"
 
 #include <chrono>
-#include <optional>
 #include <thread>
 
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/windows/window_manager.h"
+#include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -15,8 +15,9 @@ namespace {
 constexpr std::uint32_t kPager = 2;
 
 constexpr std::uint32_t kAllWorkspaces = 0xFFFFFFFF;
-/// For the window manager to show the window's workspace of its own accord.
-constexpr std::chrono::milliseconds kWorkspaceTimeout{200};
+/// For the window manager to bring the window, before it is asked again.
+constexpr std::chrono::milliseconds kRequestTimeout{200};
+constexpr int kRequests = 3;
 constexpr std::chrono::milliseconds kPollInterval{10};
 
 void askWindowManager(X11Connection& connection, xcb_window_t window, const char* what,
@@ -37,36 +38,40 @@ void activate(X11Connection& connection, xcb_window_t window) {
     askWindowManager(connection, window, "_NET_ACTIVE_WINDOW", kPager, XCB_CURRENT_TIME);
 }
 
-/// The window's workspace, when it is not the current one.
-std::optional<std::uint32_t> otherWorkspaceOf(X11Connection& connection, xcb_window_t window) {
-    const auto workspace = readProperty(connection, window, "_NET_WM_DESKTOP").number();
-    const auto current =
-        readProperty(connection, connection.root(), "_NET_CURRENT_DESKTOP").number();
-    const bool isOther = workspace && current && workspace != current;
-    return isOther && *workspace != kAllWorkspaces ? workspace : std::nullopt;
-}
-
 /// Some window managers (Openbox, Metacity) only mark a window of another workspace as demanding
 /// attention when they are asked to activate it. With others, a change of workspace would come
 /// between the window and its focus.
 void showWorkspaceOf(X11Connection& connection, xcb_window_t window) {
-    auto workspace = otherWorkspaceOf(connection, window);
-    for (auto left = kWorkspaceTimeout; workspace && left > left.zero(); left -= kPollInterval) {
-        std::this_thread::sleep_for(kPollInterval);
-        workspace = otherWorkspaceOf(connection, window);
-    }
-    if (!workspace) return;
+    const auto workspace = readProperty(connection, window, "_NET_WM_DESKTOP").number();
+    const auto current =
+        readProperty(connection, connection.root(), "_NET_CURRENT_DESKTOP").number();
+    const bool isOther = workspace && current && workspace != current;
+    if (!isOther || *workspace == kAllWorkspaces) return;
     askWindowManager(connection, connection.root(), "_NET_CURRENT_DESKTOP", *workspace,
                      XCB_CURRENT_TIME);
-    activate(connection, window);
+}
+
+/// Waits for the window to be in front; whether it is.
+bool hasCome(X11Connection& connection, xcb_window_t window) {
+    for (auto left = kRequestTimeout; left > left.zero(); left -= kPollInterval) {
+        const auto front = windowInFront(connection);
+        if (front && front->id == window) return true;
+        std::this_thread::sleep_for(kPollInterval);
+    }
+    return false;
 }
 
 }  // namespace
 
 void bringToFront(X11Connection& connection, xcb_window_t window) {
     if (readWindowManager(connection)) {
-        activate(connection, window);
-        showWorkspaceOf(connection, window);
+        // One that is busy with a change of its own (Metacity with a window that was just
+        // minimised) may give the focus to another window after it was asked.
+        for (int request = 0; request < kRequests; ++request) {
+            if (request > 0) showWorkspaceOf(connection, window);
+            activate(connection, window);
+            if (hasCome(connection, window)) break;
+        }
     } else {
         const std::uint32_t above = XCB_STACK_MODE_ABOVE;
         xcb_map_window(connection.get(), window);

@@ -142,9 +142,12 @@ std::optional<X11Window> activeWindow(X11Connection& connection) {
     return described.empty() ? std::nullopt : std::optional(std::move(described.front()));
 }
 
-bool isFocusElsewhere(X11Connection& connection, xcb_window_t window) {
+std::optional<X11Window> windowInFront(X11Connection& connection) {
+    auto window = activeWindow(connection);
+    if (!window || !window->onScreen) return {};
     const auto focused = windowWithInputFocus(connection);
-    return focused && focused != window && takesFocus(connection, window);
+    const bool isElsewhere = focused && focused != window->id;
+    return isElsewhere && takesFocus(connection, window->id) ? std::nullopt : std::move(window);
 }
 
 }  // namespace quil::linux_platform

@@ -19,8 +19,9 @@ std::vector<X11Window> topLevelWindows(X11Connection& connection);
 /// it has just gone.
 std::optional<X11Window> activeWindow(X11Connection& connection);
 
-/// Whether the input focus is in another top-level window although that window takes it: some window
-/// managers name the active window a moment before they give it the focus.
-bool isFocusElsewhere(X11Connection& connection, xcb_window_t window);
+/// The active window once it has come: it is shown, and no other top-level window has the input
+/// focus that it takes. Window managers may name a window active that has just been minimised, and
+/// name one a moment before they give it the focus. Nothing until then.
+std::optional<X11Window> windowInFront(X11Connection& connection);
 
 }  // namespace quil::linux_platform

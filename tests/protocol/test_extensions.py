@@ -1,8 +1,7 @@
 """The extension methods on the simulated desktop."""
-import base64
 import unittest
 
-from simulated import Simulated, application, desktop
+from simulated import Simulated, application, desktop, picture_size
 
 MIDDLE = {"x": 0.5, "y": 0.5}
 BUTTON = {"id": "ok", "role": "AXButton", "title": "OK", "bounds": [10, 40, 25, 24],
@@ -10,11 +9,6 @@ BUTTON = {"id": "ok", "role": "AXButton", "title": "OK", "bounds": [10, 40, 25, 
 TWO_DISPLAYS = [{"id": 7, "bounds": [0, 0, 1440, 900], "name": "Main"},
                 {"id": 9, "bounds": [1440, -180, 1920, 1080]}]
 NOT_COME = {"code": "COMPUTER_CONTROL_COMMAND_FAILED", "message": "window did not come to the front"}
-
-
-def png_size(url):
-    data = base64.b64decode(url.removeprefix("data:image/png;base64,"))
-    return [int.from_bytes(data[at:at + 4], "big") for at in (16, 20)]
 
 
 class Extensions(unittest.TestCase):
@@ -54,7 +48,7 @@ class Extensions(unittest.TestCase):
                     expected = {key.lower(): value for key, value in window["bounds"].items()}
                     self.assertEqual(result["bounds"], expected)
                     size = size or [2 * expected["width"], 2 * expected["height"]]
-                self.assertEqual(png_size(result["screenshotDataURL"]), size, params)
+                self.assertEqual(list(picture_size(result["screenshotDataURL"])), size, params)
             for params, error in [
                     ({"display": 8}, "display not found"),
                     ({"display": 2**32 + 7}, "display not found"), ({"window": 99}, "window not found")]:

@@ -1,21 +1,7 @@
 """Windows, screenshots, captures, the catalogue of applications and launching."""
-import base64
-import struct
 import unittest
 
-from simulated import Simulated, application, desktop, example, window
-
-PREFIX = "data:image/png;base64,"
-
-
-def picture_size(data_url):
-    """Width and height of the PNG; None for an empty text."""
-    if not data_url:
-        return None
-    assert data_url.startswith(PREFIX), data_url[:40]
-    png = base64.b64decode(data_url.removeprefix(PREFIX), validate=True)
-    assert png.startswith(b"\x89PNG\r\n\x1a\n") and png.endswith(b"IEND\xaeB`\x82")
-    return struct.unpack(">II", png[16:24])
+from simulated import Simulated, application, desktop, example, picture_size, window
 
 
 def sized(width, height, **members):

@@ -4,8 +4,10 @@
         host.result("desktop_click", point={"x": 0.5, "y": 0.5})
         print(host.log())
 """
+import base64
 import json
 import os
+import struct
 import tempfile
 
 from quil_host import Host, converse
@@ -57,6 +59,15 @@ def run(scenario, data, seconds=30):
         file.write(scenario)
         file.flush()
         return converse("quil-sim", data, file.name, seconds=seconds)
+
+
+def picture_size(data_url):
+    """Width and height of the PNG; None for an empty text."""
+    if not data_url:
+        return None
+    png = base64.b64decode(data_url.removeprefix("data:image/png;base64,"), validate=True)
+    assert png.startswith(b"\x89PNG\r\n\x1a\n") and png.endswith(b"IEND\xaeB`\x82")
+    return struct.unpack(">II", png[16:24])
 
 
 def window(*children, **members):

@@ -15,7 +15,7 @@ import unittest
 
 import protocol_schema
 from quil_host import executable
-from simulated import desktop as scenario_of, example
+from simulated import example
 
 import quil
 from quil.expect import expect
@@ -304,36 +304,6 @@ class Faults(unittest.TestCase):
                         pause(lambda: not is_running(runtime))
                     finally:
                         os.killpg(process.pid, signal.SIGKILL) if how == "fork" else None
-
-    def test_an_application_that_goes_away_and_one_that_hangs(self):
-        ends = scenario_of({"role": "AXButton", "title": "Quit", "bounds": [0, 0, 9, 9], "actions": [
-            {"name": "AXPress", "does": {"remove": "app"}}]})
-        ends["applications"][0]["id"] = "app"
-        with Simulated(ends, timeout=0.3) as desktop:
-            desktop.get_by_role("button").click()
-            with self.assertRaisesRegex(quil.ElementNotFound, "nothing is in front"):
-                desktop.get_by_role("button").click()
-        hangs = {"clock": {"real": True}, **scenario_of(), "rules": [
-            {"call": "copyAttributeValue", "about": "AXChildren", "takes": 1.7, "fails": True}]}
-        with Simulated(hangs, timeout=0.3) as desktop, self.assertRaisesRegex(quil.ElementNotFound, "its application may hang"):
-            desktop.get_by_role("button").click()
-
-    def test_a_tree_that_changes_all_the_time(self):
-        """Nothing is done when it changes at each look; what changes ten times a second is not in the way."""
-        restless = scenario_of({"id": "clock", "role": "AXStaticText", "value": "", "bounds": [0, 0, 9, 9]},
-                               {"role": "AXButton", "title": "OK", "bounds": [0, 0, 9, 9], "actions": ["AXPress"]})
-        at_each_look = {**restless, "rules": [
-            {"call": "beginObservation", "does": {"appendText": "x", "to": "clock"}}]}
-        with Simulated(at_each_look, timeout=0.3) as desktop:
-            with self.assertRaisesRegex(quil.ElementNotReady, "changed again and again"):
-                desktop.get_by_role("button").click()
-            self.assertEqual(desktop.log(), [])
-        ten_a_second = {**restless, "clock": {"real": True}, "script": [
-            {"at": at / 10, "do": {"appendText": "x", "to": "clock"}} for at in range(600)]}
-        with Simulated(ten_a_second, timeout=20) as desktop:
-            for _ in range(10):
-                desktop.get_by_role("button").click()
-            self.assertEqual(desktop.log(), ["performAction AXButton AXPress"] * 10)
 
     def test_what_the_runtime_lacks(self):
         with Simulated(example("calculator")) as desktop:

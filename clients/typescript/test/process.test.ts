@@ -7,10 +7,9 @@ import { test } from "node:test";
 import { setFlagsFromString } from "node:v8";
 import { runInNewContext } from "node:vm";
 import { Desktop, findRuntime, Fraction, RuntimeGone, RuntimeNotFound } from "../src/index.js";
-import { application, example, executable, folder, Simulated, until } from "./support.js";
+import { example, executable, folder, Simulated, until } from "./support.js";
 
 const SILENT_RUNTIME = ["sleep", "60"];
-const BUTTON = { role: "AXButton", title: "OK", bounds: [0, 0, 9, 9], actions: ["AXPress"] };
 
 function isRunning(pid: number): boolean {
     try {
@@ -144,26 +143,4 @@ test("no runtime outlives its host", async (t) => {
             if (how === "SIGINT") assert.match(said, /target \{\}/, "the runtime still answers");
         });
     }
-});
-
-test("an application that goes away, and one that hangs", async () => {
-    const quits = application({ ...BUTTON, actions: [{ name: "AXPress", does: { remove: "app" } }] });
-    await using desktop = new Simulated(quits, { timeout: 0.3 });
-    await desktop.getByRole("button").click();
-    await assert.rejects(desktop.getByRole("button").click(), { name: "ElementNotFound", message: /nothing is in front/ });
-    const hangs = { clock: { real: true }, ...application(), rules: [{ call: "copyAttributeValue", about: "AXChildren", takes: 1.7, fails: true }] };
-    await using slow = new Simulated(hangs, { timeout: 0.3 });
-    await assert.rejects(slow.getByRole("button").click(), { name: "ElementNotFound", message: /its application may hang/ });
-});
-
-test("a tree that changes all the time", async () => {
-    const restless = application({ id: "clock", role: "AXStaticText", value: "", bounds: [0, 0, 9, 9] }, BUTTON);
-    const change = { appendText: "x", to: "clock" };
-    await using never = new Simulated({ ...restless, rules: [{ call: "beginObservation", does: change }] }, { timeout: 0.3 });
-    await assert.rejects(never.getByRole("button").click(), { name: "ElementNotReady", message: /changed again and again/ });
-    assert.deepEqual(never.log(), []);
-    const script = Array.from({ length: 600 }, (_, at) => ({ at: at / 10, do: change }));
-    await using tenTimesASecond = new Simulated({ ...restless, clock: { real: true }, script }, { timeout: 20 });
-    for (let time = 0; time < 10; time += 1) await tenTimesASecond.getByRole("button").click();
-    assert.deepEqual(tenTimesASecond.log(), Array(10).fill("performAction AXButton AXPress"));
 });

@@ -30,8 +30,6 @@ CONFIGURATIONS = {
     "i3": ("-c", "focus_follows_mouse no\n"),
     "twm": ("-f", "RandomPlacement\n" + "".join(f'{use}Font "fixed"\n' for use in (
         "Title", "Menu", "Icon", "Resize", "IconManager")))}
-# Chromium loses about one paste in a dozen, which is yet to be understood.
-UNSURE = [("chromium", "paste")]
 # GTK 4 takes the focus when it shows a window, and without a window manager no click moves it on.
 FIXED_FOCUS = "", "gtk4"
 
@@ -127,7 +125,7 @@ def reason_to_skip(name):
     return missing_for(name) and f"{missing_for(name)} is not installed"
 
 
-def run(test, name, times, left_out=()):
+def run(test, name, times):
     """The number of wrong rounds of each kind, and what went wrong in them."""
     program = start_program(test, name)
     problems = collections.defaultdict(list)
@@ -138,7 +136,7 @@ def run(test, name, times, left_out=()):
             for kind, check in (("type", turns.at_once), ("type", turns.apart),
                                 ("double click", turns.double_click), ("paste", turns.paste),
                                 ("kill", turns.kill)):
-                if kind not in program.can or (name, kind) in left_out:
+                if kind not in program.can:
                     continue
                 turn += 1
                 problem = check(turn % len(program.places))
@@ -155,7 +153,7 @@ class Matrix(unittest.TestCase):
             with self.subTest(name), Cleanups() as cleanups:
                 if reason_to_skip(name):
                     self.skipTest(reason_to_skip(name))
-                problems = run(cleanups, name, 2, UNSURE)
+                problems = run(cleanups, name, 2)
                 self.assertFalse(problems, problems)
 
     @unittest.skipUnless(os.environ.get("QUIL_INPUT") == "all", "QUIL_INPUT is not \"all\"")

@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include "platform/linux/applications/idle_watch.h"
-#include "platform/linux/applications/processes.h"
 #include "platform/linux/x11/input/focused_client.h"
-#include "platform/linux/x11/input/window_client.h"
+#include "platform/linux/x11/input/program_wait.h"
 #include "platform/linux/x11/properties.h"
 
 namespace quil::linux_platform {
@@ -23,10 +20,6 @@ constexpr milliseconds kEffectTimeout{2000};
 constexpr milliseconds kButtonLookInterval{1};
 /// Toolkits and window managers nest windows.
 constexpr int kMaximumNesting = 32;
-
-milliseconds leftUntil(Clock::time_point deadline) {
-    return std::max(milliseconds::zero(), std::chrono::ceil<milliseconds>(deadline - Clock::now()));
-}
 
 /// Waits until the server has delivered the release of the buttons: a window manager may have
 /// stopped the pointer's events at the press.
@@ -53,23 +46,6 @@ xcb_window_t windowAt(X11Connection& connection, Point location) {
         window = inside->child;
     }
     return window == connection.root() ? xcb_window_t{XCB_WINDOW_NONE} : window;
-}
-
-/// Waits until the windows' programs have processed their events; also with those that they hand on
-/// to processes of their own, as browsers do.
-void waitForPrograms(X11Connection& connection, std::initializer_list<xcb_window_t> windows,
-                     Clock::time_point deadline) {
-    std::vector<std::int32_t> done;
-    for (const xcb_window_t window : windows) {
-        WindowClient program(connection, window);
-        if (program.pid() && std::ranges::find(done, *program.pid()) != done.end()) continue;
-        program.sendPing();
-        program.waitForPings(0, leftUntil(deadline));
-        if (!program.pid()) continue;
-        done.push_back(*program.pid());
-        auto processes = processesOfProgram(*program.pid());
-        if (processes.size() > 1) IdleWatch(std::move(processes)).wait(deadline);
-    }
 }
 
 /// Where keys go, and which window is called active.

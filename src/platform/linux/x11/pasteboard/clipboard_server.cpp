@@ -13,8 +13,6 @@ using std::chrono::milliseconds;
 /// For the text that follows a clearing.
 constexpr milliseconds kOfferFollows{20};
 constexpr auto kNever = SelectionWindow::Clock::time_point::max();
-/// For clients that are fetching, in all.
-constexpr milliseconds kFetchTimeout{2000};
 /// For the clipboard manager to begin, and to take what it asks for. Some never say that they have.
 constexpr milliseconds kManagerStartTimeout{500};
 constexpr milliseconds kManagerTimeout{2000};
@@ -61,9 +59,16 @@ std::optional<std::string> ClipboardServer::text() {
     });
 }
 
-void ClipboardServer::clear() {
-    onThread<void>([this] {
-        finishTransfers();
+bool ClipboardServer::isOffering() {
+    return onThread<bool>([this] {
+        window_.handleEvents();
+        return contents_.isOwned() && contents_.current() != nullptr;
+    });
+}
+
+void ClipboardServer::clear(Clock::time_point deadline) {
+    onThread<void>([this, deadline] {
+        finishTransfers(deadline);
         clearTime_ = window_.serverTime();
         clearsAt_ = Clock::now() + kOfferFollows;
     });
@@ -84,14 +89,13 @@ void ClipboardServer::clearNow() {
 }
 
 /// A client that is slow asks for the next form at a time at which something else is on offer.
-void ClipboardServer::finishTransfers() {
+void ClipboardServer::finishTransfers(Clock::time_point deadline) {
     window_.handleEvents();
-    const auto end = Clock::now() + kFetchTimeout;
-    while (connection_->isAlive() && Clock::now() < end) {
+    while (connection_->isAlive() && Clock::now() < deadline) {
         const auto quiet = responder_.quietFrom();
         if (quiet <= Clock::now()) return;
         const auto nothing = [](const xcb_generic_event_t&) { return false; };
-        window_.waitFor(nothing, std::min({quiet, end, Clock::now() + kStep}));
+        window_.waitFor(nothing, std::min({quiet, deadline, Clock::now() + kStep}));
     }
 }
 

@@ -19,6 +19,8 @@ namespace quil::linux_platform {
 /// its own. Operations wait for the thread, which bounds its waits for others.
 class ClipboardServer {
   public:
+    using Clock = SelectionWindow::Clock;
+
     /// `connection` is the server's alone from now on.
     explicit ClipboardServer(std::shared_ptr<X11Connection> connection);
     /// A text on offer is handed to the clipboard manager, if there is one, and else goes with us.
@@ -30,22 +32,22 @@ class ClipboardServer {
     bool isAlive() const { return connection_->isAlive(); }
     /// The text of the clipboard, whichever client owns it; nothing when there is none.
     std::optional<std::string> text();
+    /// Whether a text of ours is there to be fetched.
+    bool isOffering();
     /// Takes the clipboard and offers nothing. An `offer` that follows at once makes one change of
     /// owner of the two: programs that hear of changes ask what is there, and some, told of two,
     /// take the first reply for the second. Clients that have begun to fetch what is on offer
-    /// finish first, within a bound.
-    void clear();
+    /// finish first, until `deadline` at the latest.
+    void clear(Clock::time_point deadline);
     /// Takes the clipboard and offers that text. Whether we own it now.
     bool offer(std::string text);
 
   private:
-    using Clock = SelectionWindow::Clock;
-
     void run();
     void handle(const xcb_generic_event_t& event);
     bool take(SharedText text, xcb_timestamp_t time);
     void clearNow();
-    void finishTransfers();
+    void finishTransfers(Clock::time_point deadline);
     void handOver();
     /// Runs the task on the thread and waits for it.
     template <typename Result>

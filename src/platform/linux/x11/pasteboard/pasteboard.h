@@ -18,8 +18,11 @@ class X11Pasteboard : public Pasteboard {
 
   private:
     ClipboardServer* server();
+    void letProgramPaste(ClipboardServer::Clock::time_point deadline);
 
     X11Display display_;
+    /// For the program that pastes; the clipboard server keeps its own connection to itself.
+    X11Display programsDisplay_;
     std::unique_ptr<ClipboardServer> server_;
 };
 

@@ -17,6 +17,8 @@ constexpr std::chrono::seconds kStalledTimeout{10};
 /// form.
 constexpr std::chrono::milliseconds kTextFollows{1000};
 constexpr std::chrono::milliseconds kFormFollows{100};
+/// A slow client is given so many of its longest pauses between two requests.
+constexpr int kPausesFollow = 3;
 
 /// The forms of a text, and the type that each is written with. Few are listed, as some programs
 /// fetch each one that is; the others are there for those who ask all the same.
@@ -161,20 +163,27 @@ void SelectionResponder::noteFetch(const xcb_selection_request_event_t& request,
     const auto now = Clock::now();
     const bool isQuestion = request.target == connection_.atom("TARGETS") ||
                             request.target == connection_.atom("TIMESTAMP");
-    const bool wasText = std::any_of(fetches_.begin(), fetches_.end(), [&](const Fetch& fetch) {
-        return fetch.requestor == request.requestor && fetch.hasText;
+    const auto former = std::ranges::find(fetches_, request.requestor, &Fetch::requestor);
+    Fetch fetch{request.requestor, now, !isQuestion, contents_.ownedSince(), {}};
+    if (former != fetches_.end() && former->hasText) {
+        fetch.hasText = true;
+        if (former->offer == fetch.offer) {
+            fetch.longestPause = std::max(former->longestPause, now - former->last);
+        }
+    }
+    fetches_.remove_if([&](const Fetch& other) {
+        return other.requestor == request.requestor || other.last + kTextFollows <= now;
     });
-    fetches_.remove_if([&](const Fetch& fetch) {
-        return fetch.requestor == request.requestor || fetch.last + kTextFollows <= now;
-    });
-    fetches_.push_back({request.requestor, now, wasText || !isQuestion});
+    fetches_.push_back(fetch);
 }
 
 SelectionResponder::Clock::time_point SelectionResponder::quietFrom() const {
     if (!transfers_.empty()) return Clock::time_point::max();
     auto quiet = Clock::time_point::min();
     for (const Fetch& fetch : fetches_) {
-        quiet = std::max(quiet, fetch.last + (fetch.hasText ? kFormFollows : kTextFollows));
+        const auto formFollows =
+            std::max<Clock::duration>(kFormFollows, kPausesFollow * fetch.longestPause);
+        quiet = std::max(quiet, fetch.last + (fetch.hasText ? formFollows : kTextFollows));
     }
     return quiet;
 }

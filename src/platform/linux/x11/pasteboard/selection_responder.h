@@ -56,6 +56,10 @@ class SelectionResponder {
         xcb_window_t requestor;
         Clock::time_point last;
         bool hasText;
+        /// The server time since when what it asked for has been on offer.
+        xcb_timestamp_t offer;
+        /// Between requests for the same offer, from the first text on.
+        Clock::duration longestPause;
     };
 
     void noteFetch(const xcb_selection_request_event_t& request, bool hasText);

@@ -69,12 +69,18 @@ class Interrupted(unittest.TestCase):
 
     def test_killed(self):
         left = 0
+        running = self.enterContext(Host())
+        running.result("desktop_move", point={"x": 0.1, "y": 0.9})
         for request in (DRAG, CHORD, TEXT, COMBINATION):
             for turn in range(TIMES):
                 delay = random.uniform(0, 0.08)
                 with self.subTest(request=request[0], delay=delay):
                     self.interrupt(request, signal.SIGKILL, delay)
                     left += pressed() != NOTHING
+                    if turn % 2:
+                        running.result("desktop_move", point={"x": 0.2, "y": 0.9})
+                        running.result("desktop_keypress", combo="f11")
+                        self.assertEqual(pressed(), NOTHING, "after one that ran before")
                     with Host() as host:
                         host.result("desktop_move", point={"x": 0.1, "y": 0.9})
                         self.assertEqual(pressed(), NOTHING)

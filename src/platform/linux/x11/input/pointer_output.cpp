@@ -99,7 +99,8 @@ void PointerOutput::send(X11Connection& connection, const PostedEvent& event,
     const std::uint8_t button = isPress || isButtonRelease(event.type)
                                     ? deviceButton(connection, buttonOf(event))
                                     : kLeftButton;
-    if (isPress) releasePointerOfCrashedRuntime(connection);
+    // With a button that another runtime has left down a move would drag.
+    if (isPress || event.type == kEventMouseMoved) releasePointerOfCrashedRuntime(connection);
     moveTo(connection, event.location);
     if (isPress) {
         notePressedButton(connection, runtime, button);

@@ -54,13 +54,12 @@ class Turns:
         return "" if is_right else f"target {answer['target']} "
 
     def at_once(self, index):
-        answer = self.host.result("desktop_type", text="hello" + self.program.ending,
-                                  point=self.program.middle(index))
+        answer = self.host.result("desktop_type", text="hello", point=self.program.middle(index))
         return self.names(answer, index) + self.arrives(index, "hello")
 
     def apart(self, index):
         answer = self.host.result("desktop_click", point=self.program.middle(index))
-        self.host.result("desktop_type", text=self.program.exact + self.program.ending)
+        self.host.result("desktop_type", text=self.program.exact)
         return self.names(answer, index) + self.arrives(index, self.program.exact)
 
     def double_click(self, index):
@@ -102,8 +101,7 @@ class Turns:
             victim.process.wait()
         # One that has begun before may act between events that the server still takes from the dead one.
         with Host() as following:
-            following.result("desktop_type", text="|" + self.program.ending,
-                             point=self.program.middle(index))
+            following.result("desktop_type", text="|", point=self.program.middle(index))
         deadline = time.monotonic() + 4
         while "|" not in (found := self.program.texts())[index] and time.monotonic() < deadline:
             time.sleep(0.02)

@@ -147,22 +147,6 @@ class Applications(TextTest):
             self.host.result("desktop_keypress", combo="delete")
             until(lambda: page.text == "", "the empty page")
 
-    def test_editors(self):
-        """Packaged applications, which save what was typed."""
-        for program, toolkit in ("mousepad", "GTK"), ("featherpad", "Qt"):
-            with self.subTest(program):
-                path = os.path.join(self.enterContext(tempfile.TemporaryDirectory()), "a.txt")
-                open(path, "w").close()
-                editor = Program(self, program, path)
-                output("xdotool", "windowfocus", "--sync", str(editor.window))
-                text = mixed(500).replace("\n", " ").replace("\t", " ")  # which editors may indent
-                self.type(text)
-                self.host.result("desktop_keypress", combo="cmd+s")
-                until(lambda: os.path.getsize(path), f"{toolkit} has saved")
-                with open(path, encoding="utf-8") as file:
-                    self.assertEqual(file.read().removesuffix("\n"), text)
-                editor.end()
-
     def test_a_megabyte_is_pasted_whole(self):
         text = "0123456789 日本語 é\n" * 50_000
         for toolkit in ("gtk3", "qt6"):

@@ -45,15 +45,11 @@ def window_named(pattern, seconds=90):
                      seconds).split()[0])
 
 
-# What LibreOffice tells of places is off by its height.
-MENU_BAR = 25
-
 
 class FieldProgram:
     """`places` are rectangles on the screen, `titles` those of the windows around them, where told."""
 
     titles = None, None
-    ending = ""  # typed after each text
     can = "type", "double click", "paste", "kill"
     exact = "x😀y é日Ж€"
 
@@ -176,58 +172,44 @@ class Browser(FieldProgram):
         until(lambda: self.texts() == ["", ""], "the empty fields")
 
 
-class Office(FieldProgram):
-    """LibreOffice, whose texts are read on the accessibility bus."""
-
-    def __init__(self, test, *documents):
-        import gi
-        gi.require_version("Atspi", "2.0")
-        from gi.repository import Atspi
-        self.atspi = Atspi
-        self.folder = test.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
-        for document in documents:
-            open(f"{self.folder}/{document}", "w").close()
-        start(test, ["soffice", f"-env:UserInstallation=file://{self.folder}/profile", "--norestore",
-                     "--nologo", "--nofirststartwizard",
-                     *(f"{self.folder}/{document}" for document in documents)])
-
-    def find(self, accessible, role, depth=10):
-        if accessible is None or depth == 0:
-            return
-        if accessible.get_role() == role:
-            yield accessible
-            return
-        for position in range(min(accessible.get_child_count(), 60)):
-            yield from self.find(accessible.get_child_at_index(position), role, depth - 1)
-
-    def documents(self, role):
-        desktop = self.atspi.get_desktop(0)
-        for position in range(desktop.get_child_count()):
-            program = desktop.get_child_at_index(position)
-            if program and program.get_name() == "soffice":
-                yield from self.find(program, role)
-
-    def text(self, accessible):
-        return self.atspi.Text.get_text(accessible, 0, -1)
-
-
-class Writer(Office):
-    """One document; windows of two would cover each other."""
+class Writer(FieldProgram):
+    """One document, whose text is read on the accessibility bus; windows of two would cover each
+    other."""
 
     can = "type", "paste", "kill"
 
     def __init__(self, test):
-        super().__init__(test, "one.txt")
+        import gi
+        gi.require_version("Atspi", "2.0")
+        from gi.repository import Atspi
+        self.atspi = Atspi
+        folder = test.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
+        open(f"{folder}/one.txt", "w").close()
+        start(test, ["soffice", f"-env:UserInstallation=file://{folder}/profile", "--norestore",
+                     "--nologo", "--nofirststartwizard", f"{folder}/one.txt"])
         self.titles = "one.txt - LibreOffice Writer",
         self.arrange([window_named("^one.txt")])
-        self.document = until(lambda: next(self.documents(self.atspi.Role.DOCUMENT_TEXT), None),
-                              "the document")
+        self.document = until(self.find_document, "the document")
 
-    def paragraphs(self):
-        return [self.document.get_child_at_index(i) for i in range(self.document.get_child_count())]
+    def find_document(self):
+        desktop = self.atspi.get_desktop(0)
+        for position in range(desktop.get_child_count()):
+            program = desktop.get_child_at_index(position)
+            if program and program.get_name() == "soffice":
+                return self.find(program, self.atspi.Role.DOCUMENT_TEXT)
+        return None
+
+    def find(self, accessible, role, depth=10):
+        if accessible is None or depth == 0 or accessible.get_role() == role:
+            return accessible if depth else None
+        children = (accessible.get_child_at_index(i)
+                    for i in range(min(accessible.get_child_count(), 60)))
+        return next(filter(None, (self.find(child, role, depth - 1) for child in children)), None)
 
     def texts(self):
-        return ["\n".join(map(self.text, self.paragraphs()))]
+        paragraphs = [self.document.get_child_at_index(i)
+                      for i in range(self.document.get_child_count())]
+        return ["\n".join(self.atspi.Text.get_text(text, 0, -1) for text in paragraphs)]
 
     def clear(self, host):
         for combo in ("ctrl+a", "delete"):
@@ -235,45 +217,9 @@ class Writer(Office):
         until(lambda: self.texts() == [""], "the empty document")
 
 
-class Calc(Office):
-    """Two cells of a spreadsheet."""
-
-    ending = "\n"
-    can = "type",
-
-    def __init__(self, test):
-        super().__init__(test, "cells.csv")
-        # A dialog asks how the text is to be read.
-        time.sleep(1)
-        dialog = window_named("^Text Import")
-        until(lambda: output("xdotool", "windowfocus", str(dialog), check=False) is not None, "focus")
-        output("xdotool", "key", "--window", str(dialog), "Return")
-        self.arrange([window_named("^cells.csv")], 1000)
-        self.table = until(lambda: next(self.documents(self.atspi.Role.TABLE), None), "the cells")
-        rows = self.rows()
-        boxes = [self.atspi.Component.get_extents(rows[row], self.atspi.CoordType.SCREEN)
-                 for row in (5, 18)]
-        self.places = [(box.x, box.y + MENU_BAR, box.width, box.height) for box in boxes]
-
-    def rows(self):
-        return [self.atspi.Table.get_accessible_at(self.table, row, 1) for row in range(24)]
-
-    def texts(self):
-        texts = list(map(self.text, self.rows()))
-        return ["".join(texts[:12]), "".join(texts[12:])]
-
-    def clear(self, host):
-        for index in range(2):
-            host.result("desktop_click", point=self.middle(index))
-            # Moves on, too: of the cell that is chosen, LibreOffice tells what it held before.
-            for combo in ("keycode-117", "up"):
-                host.result("desktop_keypress", combo=combo)
-        until(lambda: self.texts() == ["", ""], "the empty cells")
-
-
 PROGRAMS = {"gtk3": TwoWindows, "gtk4": TwoWindows, "qt5": TwoWindows, "qt6": TwoWindows,
             "tk": TwoWindows, "swing": TwoWindows, "xterm": Terminals, "chromium": Browser,
-            "firefox": Browser, "writer": Writer, "calc": Calc}
+            "firefox": Browser, "writer": Writer}
 
 
 def start_program(test, name):
@@ -286,7 +232,7 @@ def missing_for(name):
     import importlib.util
     import shutil
     needed = {"swing": "javac", "chromium": "chromium", "firefox": "firefox", "writer": "soffice",
-              "calc": "soffice", "xterm": "xterm"}.get(name)
+              "xterm": "xterm"}.get(name)
     if needed and not shutil.which(needed):
         return needed
     if name == "tk" and not importlib.util.find_spec("tkinter"):

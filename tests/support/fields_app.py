@@ -15,7 +15,7 @@ TITLES = "one", "two"
 
 class Commands:
     def __init__(self, texts, clear):
-        self.commands = {"texts": texts, "clear": clear}
+        self.commands = {"texts": texts, "text": lambda: texts()[0], "clear": clear}
         os.set_blocking(sys.stdin.fileno(), False)
 
     def read(self, *_):
@@ -29,14 +29,14 @@ class Commands:
         return True
 
 
-def gtk(version):
+def gtk(version, titles=TITLES):
     import gi
     gi.require_version("Gtk", version)
     from gi.repository import GLib, Gtk
     if version == "4.0":
         Gtk.init()
     buffers = []
-    for title in TITLES:
+    for title in titles:
         window = Gtk.Window(title=title, default_width=400, default_height=300)
         # Without wrapping the window grows with a long line, over the other one.
         area = Gtk.TextView(wrap_mode=Gtk.WrapMode.CHAR)
@@ -49,12 +49,12 @@ def gtk(version):
     GLib.MainLoop().run()
 
 
-def qt(version):
+def qt(version, titles=TITLES):
     core = __import__(f"PyQt{version}.QtCore", fromlist=["QtCore"])
     widgets = __import__(f"PyQt{version}.QtWidgets", fromlist=["QtWidgets"])
     application = widgets.QApplication(sys.argv[:1])
-    areas = [widgets.QPlainTextEdit() for _ in TITLES]
-    for area, title in zip(areas, TITLES):
+    areas = [widgets.QPlainTextEdit() for _ in titles]
+    for area, title in zip(areas, titles):
         area.setWindowTitle(title)
         area.resize(400, 300)
         area.show()

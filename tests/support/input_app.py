@@ -14,8 +14,9 @@ events since the last "events", each [TYPE, ...] as below.
     ["scroll", "up"|"down"|"left"|"right"]
 """
 import json
-import os
 import sys
+
+import fields_app
 
 
 def answer(commands, line):
@@ -112,58 +113,11 @@ def gtk3(has_events):
     Gtk.main()
 
 
-def gtk4():
-    import gi
-    gi.require_version("Gtk", "4.0")
-    from gi.repository import GLib, Gtk
-    loop = GLib.MainLoop()
-    Gtk.init()
-    window = Gtk.Window(title="input", default_width=500, default_height=300)
-    area = Gtk.TextView(wrap_mode=Gtk.WrapMode.CHAR)
-    buffer = area.get_buffer()
-    scroller = Gtk.ScrolledWindow(child=area)
-    window.set_child(scroller)
-    commands = {
-        "text": lambda: buffer.get_text(*buffer.get_bounds(), True),
-        "clear": lambda: buffer.set_text("")}
-    GLib.io_add_watch(sys.stdin, GLib.PRIORITY_LOW, GLib.IOCondition.IN,
-                      lambda *_: answer(commands, sys.stdin.readline()) or True)
-    window.present()
-    area.grab_focus()
-    loop.run()
-
-
-def qt(version):
-    core = __import__(f"PyQt{version}.QtCore", fromlist=["QtCore"])
-    widgets = __import__(f"PyQt{version}.QtWidgets", fromlist=["QtWidgets"])
-    application = widgets.QApplication(sys.argv[:1])
-    area = widgets.QPlainTextEdit()
-    area.setWindowTitle("input")
-    area.resize(500, 300)
-    commands = {"text": area.toPlainText, "clear": lambda: area.setPlainText("")}
-    kind = core.QSocketNotifier.Type.Read if version == "6" else core.QSocketNotifier.Read
-    notifier = core.QSocketNotifier(sys.stdin.fileno(), kind)
-    os.set_blocking(sys.stdin.fileno(), False)
-
-    def read_command(*_):
-        """The notifier also calls when there is nothing to be read."""
-        try:
-            line = os.read(sys.stdin.fileno(), 1000)
-        except BlockingIOError:
-            return
-        answer(commands, line.decode())
-
-    notifier.activated.connect(read_command)
-    area.show()
-    area.setFocus()
-    application.exec()
-
-
 if __name__ == "__main__":
     toolkit = sys.argv[1]
-    if toolkit.startswith("qt"):
-        qt(toolkit[2])
-    elif toolkit == "gtk4":
-        gtk4()
-    else:
+    if toolkit == "gtk3":
         gtk3("events" in sys.argv[2:])
+    elif toolkit == "gtk4":
+        fields_app.gtk("4.0", ["input"])
+    else:
+        fields_app.qt(toolkit[2], ["input"])

@@ -51,6 +51,22 @@ function(quil_precompiled_headers target set)
     target_precompile_headers(${target} REUSE_FROM quil_precompiled_${set})
 endfunction()
 
+# Lets the compiler read the files of a folder together, a file's headers and their templates once for
+# all: that halves the time of a build. Names in unnamed namespaces are thereby a folder's.
+function(quil_compile_together target)
+    if(NOT QUIL_UNITY)
+        return()
+    endif()
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+    get_target_property(sources ${target} SOURCES)
+    foreach(source ${sources})
+        get_filename_component(folder ${source} DIRECTORY)
+        file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${folder})
+        string(MAKE_C_IDENTIFIER "${folder}" group)
+        set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+    endforeach()
+endfunction()
+
 # A static library from every source file of one folder and of its sub-folders; the sub-folders of
 # src/platform are libraries of their own. `precompiled`: which set of headers it uses.
 function(quil_library name folder precompiled)
@@ -63,4 +79,5 @@ function(quil_library name folder precompiled)
     target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     target_link_libraries(${name} PUBLIC Threads::Threads PRIVATE quil_compile_options)
     quil_precompiled_headers(${name} ${precompiled})
+    quil_compile_together(${name})
 endfunction()

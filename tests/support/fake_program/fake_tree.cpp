@@ -10,6 +10,7 @@ constexpr const char* kRoot = "/org/a11y/atspi/accessible/root";
 constexpr const char* kBelowRoot = "/org/a11y/atspi/accessible/";
 constexpr const char* kNull = "/org/a11y/atspi/null";
 constexpr const char* kPrefix = "org.a11y.atspi.";
+constexpr const char* kAccessible = "org.a11y.atspi.Accessible";
 
 std::string pathOf(int number) {
     return number == 0 ? kRoot : kBelowRoot + std::to_string(number);
@@ -99,7 +100,7 @@ void FakeTree::change(const Json& elements) {
 bool FakeTree::answer(sd_bus_message* reply, const Json& element, const Question& question,
                       const Context& context) const {
     if (!question.isProperty) {
-        return question.interface == std::string(kPrefix) + "Accessible"
+        return question.interface == kAccessible
                    ? answerAccessible(reply, element, question, context)
                    : answerOther(reply, element, question, context);
     }

@@ -12,7 +12,7 @@ constexpr double kLargestScale = 8;
 constexpr double kScaleStep = 0.25;
 
 /// Units by which toolkits round sizes.
-constexpr double kTolerance = 1;
+constexpr double kSizeTolerance = 1;
 
 /// Less alike than this, two sizes are not those of the same window.
 constexpr double kMinimumSimilarity = 0.5;
@@ -22,8 +22,8 @@ Size sizeOf(const Rect& rect) {
 }
 
 bool isScaled(Size units, Size pixels, double scale) {
-    return std::abs(pixels.width / scale - units.width) <= kTolerance &&
-           std::abs(pixels.height / scale - units.height) <= kTolerance;
+    return std::abs(pixels.width / scale - units.width) <= kSizeTolerance &&
+           std::abs(pixels.height / scale - units.height) <= kSizeTolerance;
 }
 
 /// 1 for equal sizes; what both cover, compared with what either covers.

@@ -45,6 +45,9 @@ class AtspiProgram {
     void noteEmpty(const std::string& document) { empty_.insert(document); }
     /// It gives positions within its windows only, not on the screen.
     bool hasWindowCoordinates() const { return hasWindowCoordinates_; }
+    /// The coordinates to ask for: within the window if those are all that it knows, else the
+    /// screen's (AtspiCoordType).
+    std::uint32_t coordinateType() const { return hasWindowCoordinates_ ? 1 : 0; }
     /// Its units are so many whole pixels.
     bool hasWholeScales() const { return hasWholeScales_; }
     /// It is a Swing program, behind Java's bridge.

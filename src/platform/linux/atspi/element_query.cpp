@@ -8,9 +8,6 @@
 namespace quil::linux_platform {
 namespace {
 
-constexpr std::uint32_t kWithinScreen = 0;
-constexpr std::uint32_t kWithinWindow = 1;
-
 /// Actions of one element. Swing's text fields have 67.
 constexpr std::int32_t kMaximumActions = 500;
 
@@ -75,7 +72,7 @@ class ElementQuery : public RelationQuery {
                 return askChildren();
             case Fact::extents:
                 return askFor(fact, atspi::kComponent, "GetExtents", readRect, &Facts::extents, "u",
-                              program_.hasWindowCoordinates() ? kWithinWindow : kWithinScreen);
+                              program_.coordinateType());
             case Fact::actions:
                 return askActions();
             case Fact::text:

@@ -13,9 +13,6 @@
 namespace quil::linux_platform {
 namespace {
 
-constexpr std::uint32_t kWithinScreen = 0;
-constexpr std::uint32_t kWithinWindow = 1;
-
 /// Points in each direction at which is looked; the outer ones lie at the edges.
 constexpr int kPoints = 5;
 
@@ -93,7 +90,8 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
                                               child->path != path_;
                         if (isInside) hits_.push_back({std::move(*child), x, y, {}, {}, {}});
                     },
-                    "iiu", at(view.x, view.width, x), at(view.y, view.height, y), coordinates());
+                    "iiu", at(view.x, view.width, x), at(view.y, view.height, y),
+                    program_.coordinateType());
             }
         }
         then(&ShowingSearch::findIndices);
@@ -219,10 +217,6 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
         return right > left && bottom > top ? Rect{left, top, right - left, bottom - top} : view;
     }
 
-    std::uint32_t coordinates() const {
-        return program_.hasWindowCoordinates() ? kWithinWindow : kWithinScreen;
-    }
-
     /// What comes when everything that has been asked for has come.
     void then(void (ShowingSearch::*next)()) {
         if (left_ == 0) return (this->*next)();
@@ -268,7 +262,7 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
             [&extents](Reply reply) {
                 if (reply.message) extents = readRect(reply.message);
             },
-            "u", coordinates());
+            "u", program_.coordinateType());
     }
 
     void askCell(const char* member, std::int32_t index, std::optional<std::int32_t>& result) {

@@ -57,6 +57,11 @@ class X11Connection {
     }
     /// Waits until the server has processed everything that was sent.
     void sync() { reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_)); }
+    /// Whether there is such a window.
+    bool hasWindow(xcb_window_t window) {
+        return reply(xcb_get_window_attributes_reply,
+                     xcb_get_window_attributes(connection_, window)) != nullptr;
+    }
     /// Whether a checked request without a reply has succeeded.
     bool succeeded(xcb_void_cookie_t cookie);
 

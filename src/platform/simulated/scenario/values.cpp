@@ -68,7 +68,7 @@ ValueSource readDictionary(const Node& node, Names& names) {
             mentions};
 }
 
-ValueSource readElement(const Node& node, Names& names) {
+ValueSource readReference(const Node& node, Names& names) {
     return {
         [id = names.refer(node, Kind::element)](SimulatedDesktop& desktop) {
             const Element* element = desktop.find(id);
@@ -87,7 +87,7 @@ ValueSource readValue(const Node& node, Names& names) {
     if (node.isObject() && node.json().size() == 1) {
         if (const auto point = node.find("point")) return constant(point->point());
         if (const auto size = node.find("size")) return constant(size->size());
-        if (const auto element = node.find("element")) return readElement(*element, names);
+        if (const auto element = node.find("element")) return readReference(*element, names);
         if (const auto type = node.find("opaque")) return constant(OpaqueValue{type->string()});
         if (const auto entries = node.find("dictionary")) return readDictionary(*entries, names);
     }

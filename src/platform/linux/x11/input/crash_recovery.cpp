@@ -32,15 +32,10 @@ void release(X11Connection& connection, std::uint8_t type, std::uint8_t detail) 
     xcb_test_fake_input(connection.get(), type, detail, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
 }
 
-bool isThere(X11Connection& connection, xcb_window_t window) {
-    return connection.reply(xcb_get_window_attributes_reply,
-                            xcb_get_window_attributes(connection.get(), window)) != nullptr;
-}
-
 /// What a runtime has noted there that is there no more: its window is the first number.
 std::vector<std::uint32_t> leftIn(X11Connection& connection, std::string_view property) {
     auto numbers = readProperty(connection, connection.root(), property).numbers();
-    if (numbers.size() < 2 || isThere(connection, numbers[0])) return {};
+    if (numbers.size() < 2 || connection.hasWindow(numbers[0])) return {};
     return numbers;
 }
 

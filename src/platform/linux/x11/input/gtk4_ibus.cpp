@@ -11,9 +11,9 @@
 namespace quil::linux_platform {
 namespace {
 
-constexpr std::chrono::microseconds kLookInterval{200};
+constexpr std::chrono::microseconds kContextPollInterval{200};
 /// IBus needs some milliseconds for a key, more on a busy machine.
-constexpr std::chrono::milliseconds kBusyTimeout{20};
+constexpr std::chrono::milliseconds kBusyContextTimeout{20};
 
 /// Whether the module is in the process: `im-ibus` below `gtk-4.0/`.
 bool hasModule(std::int32_t pid) {
@@ -53,9 +53,9 @@ void Gtk4Ibus::waitUntilIdle() {
         std::vector<std::uint64_t> now = cpuTimesWhenIdle();
         if (!now.empty() && now == before) return;
         before = std::move(now);
-        std::this_thread::sleep_for(kLookInterval);
+        std::this_thread::sleep_for(kContextPollInterval);
     }
-    timeout_ = kBusyTimeout;
+    timeout_ = kBusyContextTimeout;
 }
 
 /// What each has run so far; empty while one of them runs. One that has ended has not run.

@@ -10,7 +10,7 @@ namespace {
 /// Longer than a program is waited for that processes a part of a text.
 constexpr std::chrono::seconds kOwnerTimeout{7};
 constexpr std::chrono::seconds kRenewInterval{1};
-constexpr std::chrono::milliseconds kLookInterval{10};
+constexpr std::chrono::milliseconds kLockPollInterval{10};
 constexpr std::string_view kSelection = "_QUIL_KEYBOARD_TURN";
 
 xcb_window_t ownerOf(X11Connection& connection, xcb_atom_t selection) {
@@ -28,7 +28,7 @@ KeyboardLock::KeyboardLock(X11Connection& connection)
     while (connection_.isAlive()) {
         const bool isFree = other == XCB_WINDOW_NONE || Clock::now() >= deadline;
         if (isFree && acquireIf(other)) return;
-        std::this_thread::sleep_for(kLookInterval);
+        std::this_thread::sleep_for(kLockPollInterval);
         const xcb_window_t before = std::exchange(other, owner());
         if (other != before) deadline = Clock::now() + kOwnerTimeout;
     }

@@ -34,11 +34,6 @@ xcb_window_t parentOf(X11Connection& connection, xcb_window_t window) {
     return tree ? tree->parent : xcb_window_t{XCB_WINDOW_NONE};
 }
 
-bool isThere(X11Connection& connection, xcb_window_t window) {
-    return connection.reply(xcb_get_window_attributes_reply,
-                            xcb_get_window_attributes(connection.get(), window)) != nullptr;
-}
-
 std::optional<std::int32_t> processOf(X11Connection& connection, xcb_window_t window) {
     WindowOwners owners(connection, {window});
     return owners.read(0, readProperty(connection, window, "_NET_WM_PID"),
@@ -173,7 +168,7 @@ bool WindowClient::waitForReply(Clock::time_point deadline) {
         poll(&socket, 1, static_cast<int>(std::min(left, kWindowLookInterval).count()));
         if (Clock::now() < nextLook) continue;
         nextLook = Clock::now() + kWindowLookInterval;
-        if (!isThere(connection_, window_)) {
+        if (!connection_.hasWindow(window_)) {
             noteReplied(lastPing_);
             return true;
         }

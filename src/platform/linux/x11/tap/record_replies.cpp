@@ -12,7 +12,7 @@ namespace quil::linux_platform {
 namespace {
 
 /// What follows within this time is taken in at once: in a flood, waking up is what costs.
-constexpr std::chrono::milliseconds kGathering{1};
+constexpr std::chrono::milliseconds kReplyGathering{1};
 
 }  // namespace
 
@@ -50,7 +50,7 @@ void RecordReplies::run() {
         receive();
         if (!isAlive()) return;
         poll(descriptors, 2, -1);
-        if (end_.wait(kGathering)) return;
+        if (end_.wait(kReplyGathering)) return;
     }
 }
 

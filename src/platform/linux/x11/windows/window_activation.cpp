@@ -14,7 +14,6 @@ namespace {
 /// (Extended Window Manager Hints, "Source indication in requests").
 constexpr std::uint32_t kPager = 2;
 
-constexpr std::uint32_t kAllWorkspaces = 0xFFFFFFFF;
 /// For the window manager to bring the window, before it is asked again.
 constexpr std::chrono::milliseconds kRequestTimeout{200};
 constexpr int kRequests = 3;

@@ -9,6 +9,9 @@
 
 namespace quil::linux_platform {
 
+/// The workspace of a window that is on all of them ("_NET_WM_DESKTOP").
+inline constexpr std::uint32_t kAllWorkspaces = 0xFFFFFFFF;
+
 /// What a window manager that follows the Extended Window Manager Hints says on the root window.
 struct WindowManager {
     /// The windows that it manages, bottom to top ("_NET_CLIENT_LIST_STACKING"); absent when it

@@ -10,7 +10,6 @@
 namespace quil::linux_platform {
 namespace {
 
-constexpr std::uint32_t kAllWorkspaces = 0xFFFFFFFF;
 constexpr std::uint32_t kIconicState = 3;  // IconicState of WM_STATE, ICCCM 4.1.3.1
 
 /// Everything asked about one window, sent at once.

@@ -104,8 +104,10 @@ std::vector<RunProgram> programsOf(std::int32_t pid) {
     const std::string own(fileName(executable));
     if (!isInterpreter(own.empty() ? called : own)) {
         std::vector<RunProgram> programs;
-        if (!own.empty()) programs.push_back({own, executable});
-        if (!called.empty() && called != own) programs.push_back({called, executable});
+        if (!own.empty()) programs.push_back({own, executable, false, arguments});
+        if (!called.empty() && called != own) {
+            programs.push_back({called, executable, false, arguments});
+        }
         return programs;
     }
     const std::string program = programOf(arguments);
@@ -114,7 +116,7 @@ std::vector<RunProgram> programsOf(std::int32_t pid) {
     const bool isName = program.find('/') == std::string::npos;
     const std::string folder = workingFolderOf(pid).value_or("/");
     return {{std::string(fileName(program)), programFile(isName ? "./" + program : program, folder),
-             true}};
+             true, arguments}};
 }
 
 /// Whether the program lies in a folder of that name, as the parts of an application do.
@@ -200,13 +202,20 @@ std::optional<MatchedEntry> DesktopEntryMatcher::ofProgram(const Programs& progr
     }
     // A part of an application that another part has started.
     const InstalledEntry* found = nullptr;
+    std::size_t foundShares = 0;
     for (const auto& [name, candidate] : installed_.byProgram()) {
-        if (found && !candidate.isBetterThan(*found)) continue;
+        const std::size_t shares =
+            programs.empty() ? 0 : candidate.argumentsSharedWith(programs.front());
+        const bool isBetter = !found || shares > foundShares ||
+                              (shares == foundShares && candidate.isBetterThan(*found));
+        if (!isBetter) continue;
         const std::string path = candidate.programPath(false);
         const bool fits = std::ranges::any_of(programs, [&](const RunProgram& program) {
             return areOfOneApplication(path, program.path);
         });
-        if (fits) found = &candidate;
+        if (!fits) continue;
+        found = &candidate;
+        foundShares = shares;
     }
     return found ? entryWithId(found->id) : std::nullopt;
 }

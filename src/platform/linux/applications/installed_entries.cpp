@@ -15,8 +15,8 @@ namespace quil::linux_platform {
 
 bool InstalledEntry::isBetterThan(const InstalledEntry& other) const {
     // It is not hidden, and it starts the program plainly and not in some special mode.
-    return std::tuple(!isShown, argumentCount, id.size(), id) <
-           std::tuple(!other.isShown, other.argumentCount, other.id.size(), other.id);
+    return std::tuple(!isShown, arguments.size(), id.size(), id) <
+           std::tuple(!other.isShown, other.arguments.size(), other.id.size(), other.id);
 }
 
 std::string InstalledEntry::programPath(bool isInterpreted) const {
@@ -30,6 +30,14 @@ bool InstalledEntry::runs(const RunProgram& running) const {
     if (running.isInterpreted) return path == running.path;
     // Packages call a script that starts a program by the program's name.
     return path == running.path || path.empty() || running.path.empty() || isScript(path);
+}
+
+std::size_t InstalledEntry::argumentsSharedWith(const RunProgram& running) const {
+    const auto& given = running.commandLine;
+    const bool areShared = std::ranges::all_of(arguments, [&](const std::string& argument) {
+        return std::ranges::find(given, argument) != given.end();
+    });
+    return areShared ? arguments.size() : 0;
 }
 
 std::string InstalledEntries::currentStamp() const {
@@ -78,8 +86,10 @@ void InstalledEntries::indexEntry(const std::string& path, const std::string& id
     if (!entry) return;
     const auto command = commandOf(entry);
     const GlibText folder(g_desktop_app_info_get_string(entry.get(), G_KEY_FILE_DESKTOP_KEY_PATH));
-    const InstalledEntry candidate{id, g_app_info_should_show(G_APP_INFO(entry.get())) != 0,
-                                   command.size(), programOf(command),
+    const InstalledEntry candidate{id,
+                                   g_app_info_should_show(G_APP_INFO(entry.get())) != 0,
+                                   {command.begin() + !command.empty(), command.end()},
+                                   programOf(command),
                                    folder ? validUtf8(folder.get()) : ""};
     const std::string windowClass = windowClassOf(entry);
     if (!windowClass.empty()) {

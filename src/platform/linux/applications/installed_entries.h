@@ -17,13 +17,16 @@ struct RunProgram {
     std::string path;
     /// An interpreter runs it.
     bool isInterpreted = false;
+    /// The command line of its process.
+    std::vector<std::string> commandLine{};
 };
 
 /// What is compared of an installed desktop entry.
 struct InstalledEntry {
     std::string id;
     bool isShown = false;
-    std::size_t argumentCount = 0;
+    /// The words of its command after the first one.
+    std::vector<std::string> arguments;
     /// What its command starts, as it is written there, and the folder that this is done in.
     std::string program;
     std::string folder;
@@ -31,6 +34,9 @@ struct InstalledEntry {
     /// Which of several entries the user sees as the application itself.
     bool isBetterThan(const InstalledEntry& other) const;
     bool runs(const RunProgram& running) const;
+    /// How many arguments it has if the process was given all of them, else 0: they distinguish the
+    /// entries of one program, such as an office suite.
+    std::size_t argumentsSharedWith(const RunProgram& running) const;
     /// The file of the program; empty when it is none.
     std::string programPath(bool isInterpreted) const;
 };

@@ -28,7 +28,8 @@ PRESSING = ("click", "press", "activate", "toggle")
 
 def window(application):
     """The active window of the program; else its last one."""
-    windows = [one for one in tree.root.application(application).children if one.showing]
+    program = next(one for one in tree.root.applications() if one.name.lower() == application.lower())
+    windows = [one for one in program.children if one.showing]
     return next((one for one in windows if one.getState().contains(1)), windows[-1])
 
 

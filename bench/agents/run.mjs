@@ -42,6 +42,7 @@ async function perform(task, ofPeer = false) {
     const settings = join(process.env.XDG_CONFIG_HOME ?? join(process.env.HOME, ".config"), "glib-2.0/settings/keyfile");
     for (const [name, text] of Object.entries(task.files ?? {})) writeFileSync(join(folder, name), text);
     mkdirSync(dirname(settings), { recursive: true });
+    rmSync(settings, { force: true });
     const [program, ...args] = task.command.map((word) => word.replaceAll("{}", folder));
     const child = spawn(program, args, { stdio: ["ignore", "pipe", "ignore"], detached: true });
     let output = "";

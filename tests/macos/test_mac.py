@@ -143,6 +143,14 @@ class OtherProcesses(unittest.TestCase):
                 names = [node.get("name") for node in host.result("desktop_ax_get_state")["nodes"]]
                 self.assertEqual(names, ["Main", "before", name, "after", "inside"])
 
+    def test_round_trips(self):
+        """One for all attributes of an element, and one for its actions."""
+        with mac(desktop(*[{"role": "AXButton"}] * 90), roundTrip=1_000_000) as host:
+            host.result("desktop_ax_get_state")
+            host.result("desktop_move", point=MIDDLE)
+            # Beside those of the walk: the titles of the target, and the window to begin with.
+            self.assertAlmostEqual(host.entries()[-1]["time"], 2 * 91, delta=9)
+
     def test_a_hung_process_among_healthy_ones(self):
         web = {"role": "AXGroup", "attributes": {"Process": 300}}
         slow = {"call": "copyAttributeValue", "fails": "cannotComplete", "takes": 6}

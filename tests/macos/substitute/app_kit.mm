@@ -19,13 +19,13 @@ std::atomic<bool> isApplication = false;
 
 @implementation NSApplication
 + (NSApplication*)sharedApplication {
-    mainThreadOnly("NSApplication");
+    mainThreadOnly();
     static NSApplication* application = singleton([[NSApplication alloc] init]);
     isApplication = true;
     return application;
 }
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
-    mainThreadOnly("setActivationPolicy:");
+    mainThreadOnly();
     if (policy != NSApplicationActivationPolicyProhibited) violation("a child process in the Dock");
     return true;
 }
@@ -101,8 +101,8 @@ void quil::substitute::applicationObjectNeeded(const char* call) {
     Screen screen_;
 }
 + (NSArray*)screens {
-    mainThreadOnly("NSScreen");
-    applicationObjectNeeded("NSScreen");
+    mainThreadOnly();
+    applicationObjectNeeded();
     return array(services->displays().screens(), [](const Screen& entry) {
         NSScreen* screen = [[NSScreen alloc] init];
         screen->screen_ = entry;
@@ -110,12 +110,12 @@ void quil::substitute::applicationObjectNeeded(const char* call) {
     });
 }
 - (NSDictionary*)deviceDescription {
-    mainThreadOnly("NSScreen");
+    mainThreadOnly();
     if (!screen_.screenNumber) return @{};
     return @{@"NSScreenNumber" : @(static_cast<long>(*screen_.screenNumber))};
 }
 - (NSString*)localizedName {
-    mainThreadOnly("NSScreen");
+    mainThreadOnly();
     return string(screen_.localizedName);
 }
 @end
@@ -159,17 +159,17 @@ void pasteboardThreadOnly() {
     EventObject* event_;
 }
 + (NSEvent*)eventWithCGEvent:(CGEventRef)reference {
-    mainThreadOnly("NSEvent");
-    applicationObjectNeeded("NSEvent");
+    mainThreadOnly();
+    applicationObjectNeeded();
     NSEvent* event = [[self alloc] init];
-    event->event_ = own<EventObject>(reference, "eventWithCGEvent:");
+    event->event_ = own<EventObject>(reference);
     return event;
 }
 - (NSEventType)type {
     return static_cast<NSEventType>(event_->type);
 }
 - (NSString*)characters {
-    mainThreadOnly("characters");
+    mainThreadOnly();
     if (event_->type != kCGEventKeyDown && event_->type != kCGEventKeyUp) {
         violation("characters of an event that is no key event");
     }
@@ -181,7 +181,7 @@ void pasteboardThreadOnly() {
     ImageObject* image_;
 }
 - (instancetype)initWithCGImage:(CGImageRef)image {
-    image_ = own<ImageObject>(image, "initWithCGImage:");
+    image_ = own<ImageObject>(image);
     return self;
 }
 - (NSData*)representationUsingType:(NSBitmapImageFileType)type

@@ -17,6 +17,7 @@ class Call {
     Call() {
         if (underWay_.exchange(true)) violation("accessibility calls from two threads at a time");
         block("accessibility");
+        if (mac.roundTrip) services->clock().sleepMicroseconds(mac.roundTrip);
     }
     ~Call() { underWay_ = false; }
 
@@ -25,7 +26,7 @@ class Call {
 };
 std::atomic<bool> Call::underWay_ = false;
 
-UIElement* elementOf(AXUIElementRef element, const char* call) {
+UIElement* elementOf(AXUIElementRef element, const char* call = __builtin_FUNCTION()) {
     return own<UIElement>(element, call);
 }
 
@@ -80,7 +81,7 @@ AXUIElementRef AXUIElementCreateApplication(pid_t pid) {
 }
 
 AXError AXUIElementGetPid(AXUIElementRef element, pid_t* pid) {
-    *pid = elementOf(element, "AXUIElementGetPid")->process;
+    *pid = elementOf(element)->process;
     return kAXErrorSuccess;
 }
 
@@ -88,8 +89,7 @@ AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attrib
                                       CFTypeRef* value) {
     const Call call;
     id result = nil;
-    const AXError error =
-        readAttribute(elementOf(element, "AXUIElementCopyAttributeValue"), attribute, result);
+    const AXError error = readAttribute(elementOf(element), attribute, result);
     if (error == kAXErrorSuccess) *value = handedOver<CFTypeRef>(result);
     return error;
 }
@@ -98,10 +98,10 @@ AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef reference, CFArray
                                                AXCopyMultipleAttributeOptions options,
                                                CFArrayRef* values) {
     const Call call;
-    UIElement* element = elementOf(reference, "AXUIElementCopyMultipleAttributeValues");
+    UIElement* element = elementOf(reference);
     if (options != 0) violation("AXUIElementCopyMultipleAttributeValues: stops at the first error");
     NSMutableArray* results = [[NSMutableArray alloc] init];
-    for (id name : own<NSArray>(attributes, "AXUIElementCopyMultipleAttributeValues")->items) {
+    for (id name : own<NSArray>(attributes)->items) {
         id result = nil;
         const AXError error = readAttribute(element, (__bridge CFStringRef)name, result);
         // What concerns the whole element is the answer to the whole call.
@@ -119,8 +119,7 @@ AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef reference, CFArray
 AXError AXUIElementCopyActionNames(AXUIElementRef element, CFArrayRef* names) {
     const Call call;
     std::optional<Value> value;
-    const auto code = services->accessibility().copyActionNames(
-        elementOf(element, "AXUIElementCopyActionNames")->element, value);
+    const auto code = services->accessibility().copyActionNames(elementOf(element)->element, value);
     if (code == kAxSuccess) *names = handedOver<CFArrayRef>(object(value));
     return static_cast<AXError>(code);
 }
@@ -128,23 +127,23 @@ AXError AXUIElementCopyActionNames(AXUIElementRef element, CFArrayRef* names) {
 AXError AXUIElementPerformAction(AXUIElementRef element, CFStringRef action) {
     const Call call;
     if (utf8((__bridge NSString*)action) == "AXRaise") {
-        return raise(elementOf(element, "AXUIElementPerformAction"));
+        return raise(elementOf(element));
     }
     return static_cast<AXError>(services->accessibility().performAction(
-        elementOf(element, "AXUIElementPerformAction")->element, utf8((__bridge NSString*)action)));
+        elementOf(element)->element, utf8((__bridge NSString*)action)));
 }
 
 AXError AXUIElementSetAttributeValue(AXUIElementRef element, CFStringRef attribute,
                                      CFTypeRef newValue) {
     const Call call;
     return static_cast<AXError>(services->accessibility().setAttributeValue(
-        elementOf(element, "AXUIElementSetAttributeValue")->element,
-        utf8((__bridge NSString*)attribute), value((__bridge id)newValue)));
+        elementOf(element)->element, utf8((__bridge NSString*)attribute),
+        value((__bridge id)newValue)));
 }
 
 /// Writes as many bytes as the type has, and only for the value's own type.
 Boolean AXValueGetValue(AXValueRef reference, AXValueType type, void* result) {
-    const GeometryValue* value = own<GeometryValue>(reference, "AXValueGetValue");
+    const GeometryValue* value = own<GeometryValue>(reference);
     if (!result) violation("AXValueGetValue: no place to write");
     if (value->type != type) return false;
     if (type == kAXValueTypeAXError) {

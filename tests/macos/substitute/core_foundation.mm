@@ -45,7 +45,7 @@ const Type kTypes[] = {
 };
 constexpr CFTypeID kUnknown = 1, kBoolean = 21, kNumber = 22;
 
-NSNumber* numberOf(CFTypeRef object, const char* call) {
+NSNumber* numberOf(CFTypeRef object, const char* call = __builtin_FUNCTION()) {
     return own<NSNumber>(object, call);
 }
 
@@ -125,7 +125,7 @@ id object(const std::optional<Value>& value, int process) {
 
 Value value(id object) {
     if ([object isKindOfClass:[NSString class]]) return utf8(object);
-    NSNumber* number = numberOf((__bridge CFTypeRef)object, "an object that was given");
+    NSNumber* number = numberOf((__bridge CFTypeRef)object);
     if (number->kind == NumberKind::boolean) return number->integer != 0;
     if (number.isReal) return number->real;
     return static_cast<std::int64_t>(number->integer);
@@ -140,7 +140,7 @@ const CFBooleanRef kCFBooleanTrue = (__bridge CFBooleanRef)boolean(true);
 const CFBooleanRef kCFBooleanFalse = (__bridge CFBooleanRef)boolean(false);
 
 CFTypeRef CFRetain(CFTypeRef object) {
-    own<NSObject>(object, "CFRetain");
+    own<NSObject>(object);
     objc_retain((__bridge id)object);
     return object;
 }
@@ -149,7 +149,7 @@ void CFRelease(CFTypeRef object) {
     objc_release((__bridge id)object);
 }
 CFTypeID CFGetTypeID(CFTypeRef reference) {
-    NSObject* object = own<NSObject>(reference, "CFGetTypeID");
+    NSObject* object = own<NSObject>(reference);
     for (const Type& type : kTypes) {
         if ([object isKindOfClass:type.objects]) return type.id;
     }
@@ -162,39 +162,27 @@ CFStringRef CFCopyTypeIDDescription(CFTypeID id) {
     }
     return handedOver<CFStringRef>(string("UnknownObject"));
 }
-CFTypeID CFStringGetTypeID() {
-    return kTypes[0].id;
-}
-CFTypeID CFArrayGetTypeID() {
-    return kTypes[1].id;
-}
-CFTypeID CFDictionaryGetTypeID() {
-    return kTypes[2].id;
-}
-CFTypeID CFNullGetTypeID() {
-    return kTypes[3].id;
-}
-CFTypeID AXUIElementGetTypeID() {
-    return kTypes[4].id;
-}
-CFTypeID AXValueGetTypeID() {
-    return kTypes[5].id;
-}
-CFTypeID CFBooleanGetTypeID() {
-    return kBoolean;
-}
-CFTypeID CFNumberGetTypeID() {
-    return kNumber;
-}
+#define TYPE_ID(name, value)     \
+    CFTypeID name##GetTypeID() { \
+        return value;            \
+    }
+TYPE_ID(CFString, kTypes[0].id)
+TYPE_ID(CFArray, kTypes[1].id)
+TYPE_ID(CFDictionary, kTypes[2].id)
+TYPE_ID(CFNull, kTypes[3].id)
+TYPE_ID(AXUIElement, kTypes[4].id)
+TYPE_ID(AXValue, kTypes[5].id)
+TYPE_ID(CFBoolean, kBoolean)
+TYPE_ID(CFNumber, kNumber)
 
 Boolean CFBooleanGetValue(CFBooleanRef boolean) {
-    return numberOf(boolean, "CFBooleanGetValue")->integer != 0;
+    return numberOf(boolean)->integer != 0;
 }
 Boolean CFNumberIsFloatType(CFNumberRef number) {
-    return numberOf(number, "CFNumberIsFloatType").isReal != 0;
+    return numberOf(number).isReal != 0;
 }
 CFIndex CFNumberGetByteSize(CFNumberRef reference) {
-    switch (numberOf(reference, "CFNumberGetByteSize")->kind) {
+    switch (numberOf(reference)->kind) {
         case NumberKind::single:
         case NumberKind::narrow:
             return 4;
@@ -206,7 +194,7 @@ CFIndex CFNumberGetByteSize(CFNumberRef reference) {
 }
 /// Whether the value came over without loss.
 Boolean CFNumberGetValue(CFNumberRef reference, CFNumberType type, void* value) {
-    NSNumber* number = numberOf(reference, "CFNumberGetValue");
+    NSNumber* number = numberOf(reference);
     if (type != kCFNumberSInt64Type) violation("CFNumberGetValue: a type with no substitute");
     const long long integer = number.isReal ? (long long)number->real : number->integer;
     *static_cast<long long*>(value) = integer;
@@ -214,17 +202,17 @@ Boolean CFNumberGetValue(CFNumberRef reference, CFNumberType type, void* value) 
 }
 
 CFIndex CFArrayGetCount(CFArrayRef array) {
-    return static_cast<CFIndex>(own<NSArray>(array, "CFArrayGetCount")->items.size());
+    return static_cast<CFIndex>(own<NSArray>(array)->items.size());
 }
 const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
-    const auto& items = own<NSArray>(array, "CFArrayGetValueAtIndex")->items;
+    const auto& items = own<NSArray>(array)->items;
     const auto place = static_cast<std::size_t>(index);
     if (place >= items.size()) violation("CFArrayGetValueAtIndex: beyond the end");
     return (__bridge const void*)items[place];
 }
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
-    NSDictionary* members = own<NSDictionary>(dictionary, "CFDictionaryGetValue");
-    return (__bridge const void*)members[own<NSString>(key, "CFDictionaryGetValue")];
+    NSDictionary* members = own<NSDictionary>(dictionary);
+    return (__bridge const void*)members[own<NSString>(key)];
 }
 
 }  // extern "C"

@@ -20,11 +20,11 @@ using namespace quil::substitute;
 
 namespace {
 
-EventObject* eventOf(CGEventRef event, const char* call) {
+EventObject* eventOf(CGEventRef event, const char* call = __builtin_FUNCTION()) {
     return own<EventObject>(event, call);
 }
 
-EventSource* sourceOf(CGEventSourceRef source, const char* call) {
+EventSource* sourceOf(CGEventSourceRef source, const char* call = __builtin_FUNCTION()) {
     return source ? own<EventSourceObject>(source, call)->source.get() : nullptr;
 }
 
@@ -35,7 +35,7 @@ CGEventRef handedOver(PostableEventRef event) {
     return substitute::handedOver<CGEventRef>(object);
 }
 
-PostableEvent& postable(CGEventRef event, const char* call) {
+PostableEvent& postable(CGEventRef event, const char* call = __builtin_FUNCTION()) {
     EventObject* object = eventOf(event, call);
     if (!object->posted) violation(std::string(call) + ": an event of a tap");
     return *object->posted;
@@ -97,54 +97,50 @@ CGEventSourceRef CGEventSourceCreate(CGEventSourceStateID state) {
 }
 CGEventRef CGEventCreateMouseEvent(CGEventSourceRef source, CGEventType type, CGPoint location,
                                    CGMouseButton button) {
-    return handedOver(services->eventPosting().createMouseEvent(
-        sourceOf(source, "CGEventCreateMouseEvent"), type, {location.x, location.y}, button));
+    return handedOver(services->eventPosting().createMouseEvent(sourceOf(source), type,
+                                                                {location.x, location.y}, button));
 }
 CGEventRef CGEventCreateScrollWheelEvent2(CGEventSourceRef source, CGScrollEventUnit units,
                                           std::uint32_t wheelCount, std::int32_t wheel1,
                                           std::int32_t wheel2, std::int32_t wheel3) {
     return handedOver(services->eventPosting().createScrollWheelEvent(
-        sourceOf(source, "CGEventCreateScrollWheelEvent2"), units, wheelCount, wheel1, wheel2,
-        wheel3));
+        sourceOf(source), units, wheelCount, wheel1, wheel2, wheel3));
 }
 CGEventRef CGEventCreateKeyboardEvent(CGEventSourceRef source, CGKeyCode keyCode, bool keyDown) {
-    return handedOver(services->eventPosting().createKeyboardEvent(
-        sourceOf(source, "CGEventCreateKeyboardEvent"), keyCode, keyDown));
+    return handedOver(
+        services->eventPosting().createKeyboardEvent(sourceOf(source), keyCode, keyDown));
 }
 void CGEventKeyboardSetUnicodeString(CGEventRef event, UniCharCount length, const UniChar* text) {
     // A keyboard event carries 20 units; what is beyond is lost.
     if (length > 20) violation("CGEventKeyboardSetUnicodeString: more than 20 units");
     services->eventPosting().keyboardSetUnicodeString(
-        postable(event, "CGEventKeyboardSetUnicodeString"),
-        {reinterpret_cast<const char16_t*>(text), length});
+        postable(event), {reinterpret_cast<const char16_t*>(text), length});
 }
 void CGEventPost(CGEventTapLocation tap, CGEventRef event) {
-    services->eventPosting().post(tap, postable(event, "CGEventPost"));
+    services->eventPosting().post(tap, postable(event));
 }
 
 CGPoint CGEventGetLocation(CGEventRef event) {
-    const Point at = eventOf(event, "CGEventGetLocation")->at;
+    const Point at = eventOf(event)->at;
     return {at.x, at.y};
 }
 void CGEventSetLocation(CGEventRef event, CGPoint location) {
-    services->eventPosting().setLocation(postable(event, "CGEventSetLocation"),
-                                         {location.x, location.y});
+    services->eventPosting().setLocation(postable(event), {location.x, location.y});
 }
 CGEventTimestamp CGEventGetTimestamp(CGEventRef event) {
-    return eventOf(event, "CGEventGetTimestamp")->timestamp;
+    return eventOf(event)->timestamp;
 }
 CGEventFlags CGEventGetFlags(CGEventRef event) {
-    return eventOf(event, "CGEventGetFlags")->flags;
+    return eventOf(event)->flags;
 }
 void CGEventSetFlags(CGEventRef event, CGEventFlags flags) {
-    services->eventPosting().setFlags(postable(event, "CGEventSetFlags"), flags);
+    services->eventPosting().setFlags(postable(event), flags);
 }
 void CGEventSetIntegerValueField(CGEventRef event, CGEventField field, std::int64_t value) {
-    services->eventPosting().setIntegerValueField(postable(event, "CGEventSetIntegerValueField"),
-                                                  field, value);
+    services->eventPosting().setIntegerValueField(postable(event), field, value);
 }
 std::int64_t CGEventGetIntegerValueField(CGEventRef reference, CGEventField field) {
-    const EventObject* event = eventOf(reference, "CGEventGetIntegerValueField");
+    const EventObject* event = eventOf(reference);
     if (field == kCGKeyboardEventKeycode) return event->keyCode;
     return field == kCGScrollWheelEventDeltaAxis1 ? event->lines : 0;
 }
@@ -170,7 +166,7 @@ CFMachPortRef CGEventTapCreate(CGEventTapLocation location, CGEventTapPlacement 
     return substitute::handedOver<CFMachPortRef>(port);
 }
 void CGEventTapEnable(CFMachPortRef port, bool enable) {
-    services->eventTaps().enableTap(own<MachPort>(port, "CGEventTapEnable")->tap, enable);
+    services->eventTaps().enableTap(own<MachPort>(port)->tap, enable);
 }
 
 Boolean IsSecureEventInputEnabled() {

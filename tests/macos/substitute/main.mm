@@ -165,6 +165,7 @@ void load(const char* path, SimulatedDesktop& desktop) {
         std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()));
     const auto habits = scenario.value("mac", nlohmann::json::object());
     mac.version = habits.value("version", mac.version);
+    mac.roundTrip = habits.value("roundTrip", mac.roundTrip);
     mac.silentErrors = habits.value("silentErrors", false);
     mac.delays = habits.value("delays", mac.delays);
     scenario.erase("mac");

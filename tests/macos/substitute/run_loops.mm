@@ -26,7 +26,7 @@ using namespace quil::substitute;
     return loop;
 }
 - (BOOL)runMode:(NSRunLoopMode)mode beforeDate:(NSDate*)limit {
-    mainThreadOnly("running the main run loop");
+    mainThreadOnly();
     return runMainLoopOnce();
 }
 @end
@@ -55,17 +55,17 @@ struct OfThread {
 };
 thread_local OfThread ofThread;
 
-RunLoopObject* own(CFRunLoopRef loop, const char* call) {
+RunLoopObject* own(CFRunLoopRef loop, const char* call = __builtin_FUNCTION()) {
     return substitute::own<RunLoopObject>(loop, call);
 }
-RunLoopSourceObject* own(CFRunLoopSourceRef source, const char* call) {
+RunLoopSourceObject* own(CFRunLoopSourceRef source, const char* call = __builtin_FUNCTION()) {
     return substitute::own<RunLoopSourceObject>(source, call);
 }
 
 /// The observers that the thread's run loop serves.
 thread_local std::vector<AXObserverObject*> observers;
 
-void commonModesOnly(CFTypeRef mode, const char* call) {
+void commonModesOnly(CFTypeRef mode, const char* call = __builtin_FUNCTION()) {
     if (mode != kCFRunLoopCommonModes) violation(std::string(call) + ": not in the common modes");
 }
 
@@ -145,17 +145,17 @@ void CFRunLoopRun() {
     services->eventTaps().runCurrentRunLoop();
 }
 void CFRunLoopStop(CFRunLoopRef loop) {
-    services->eventTaps().stopRunLoop(own(loop, "CFRunLoopStop")->loop);
+    services->eventTaps().stopRunLoop(own(loop)->loop);
 }
 void CFRunLoopWakeUp(CFRunLoopRef loop) {
-    if (own(loop, "CFRunLoopWakeUp") != mainLoopObject()) return;
+    if (own(loop) != mainLoopObject()) return;
     const std::lock_guard guard(mainLoop().mutex);
     mainLoop().woken = true;
     mainLoop().changed.notify_all();
 }
 void CFRunLoopPerformBlock(CFRunLoopRef loop, CFTypeRef mode, void (^block)(void)) {
-    commonModesOnly(mode, "CFRunLoopPerformBlock");
-    if (own(loop, "CFRunLoopPerformBlock") != mainLoopObject()) {
+    commonModesOnly(mode);
+    if (own(loop) != mainLoopObject()) {
         violation("CFRunLoopPerformBlock: on a tap's thread nothing would perform it");
     }
     const std::lock_guard guard(mainLoop().mutex);
@@ -171,17 +171,17 @@ CFRunLoopSourceRef CFRunLoopSourceCreate(CFAllocatorRef, CFIndex, CFRunLoopSourc
 }
 void CFRunLoopSourceSignal(CFRunLoopSourceRef source) {
     const std::lock_guard guard(mainLoop().mutex);
-    own(source, "CFRunLoopSourceSignal")->signalled = true;
+    own(source)->signalled = true;
 }
 void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLoopMode mode) {
-    RunLoopSourceObject* source = own(reference, "CFRunLoopAddSource");
+    RunLoopSourceObject* source = own(reference);
     if (source->observer) {
         if (onMainThread()) violation("an observer is served by the thread that waits");
         observers.push_back(source->observer);
         return;
     }
-    commonModesOnly(mode, "CFRunLoopAddSource");
-    RunLoopObject* target = own(loop, "CFRunLoopAddSource");
+    commonModesOnly(mode);
+    RunLoopObject* target = own(loop);
     if (source->served) return services->eventTaps().addSource(target->loop, source->served);
     const std::lock_guard guard(mainLoop().mutex);
     if (source->valid) mainLoop().sources.push_back(source);
@@ -199,16 +199,16 @@ CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode, double seconds, Boolean) {
     return static_cast<CFRunLoopRunResult>(0);
 }
 void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLoopMode mode) {
-    RunLoopSourceObject* source = own(reference, "CFRunLoopRemoveSource");
+    RunLoopSourceObject* source = own(reference);
     if (source->observer) {
         if (std::erase(observers, source->observer) != 1) violation("an observer of no run loop");
         return;
     }
-    commonModesOnly(mode, "CFRunLoopRemoveSource");
-    services->eventTaps().removeSource(own(loop, "CFRunLoopRemoveSource")->loop, source->served);
+    commonModesOnly(mode);
+    services->eventTaps().removeSource(own(loop)->loop, source->served);
 }
 void CFRunLoopSourceInvalidate(CFRunLoopSourceRef reference) {
-    RunLoopSourceObject* source = own(reference, "CFRunLoopSourceInvalidate");
+    RunLoopSourceObject* source = own(reference);
     if (source->served) return services->eventTaps().invalidateSource(source->served);
     const std::lock_guard guard(mainLoop().mutex);
     source->valid = false;
@@ -217,7 +217,7 @@ void CFRunLoopSourceInvalidate(CFRunLoopSourceRef reference) {
 }
 
 CFRunLoopSourceRef CFMachPortCreateRunLoopSource(CFAllocatorRef, CFMachPortRef reference, CFIndex) {
-    MachPort* port = substitute::own<MachPort>(reference, "CFMachPortCreateRunLoopSource");
+    MachPort* port = substitute::own<MachPort>(reference);
     if (port->life.ended) return nullptr;
     const auto served = services->eventTaps().createRunLoopSource(port->tap);
     if (!served) return nullptr;
@@ -227,7 +227,7 @@ CFRunLoopSourceRef CFMachPortCreateRunLoopSource(CFAllocatorRef, CFMachPortRef r
     return handedOver<CFRunLoopSourceRef>(source);
 }
 void CFMachPortInvalidate(CFMachPortRef reference) {
-    MachPort* port = substitute::own<MachPort>(reference, "CFMachPortInvalidate");
+    MachPort* port = substitute::own<MachPort>(reference);
     port->life.ended = true;
     services->eventTaps().invalidateTap(port->tap);
 }
@@ -242,14 +242,14 @@ AXError AXObserverCreate(pid_t pid, AXObserverCallback callback, AXObserverRef* 
 }
 AXError AXObserverAddNotification(AXObserverRef observer, AXUIElementRef element,
                                   CFStringRef notification, void* context) {
-    substitute::own<UIElement>(element, "AXObserverAddNotification");
-    substitute::own<AXObserverObject>(observer, "AXObserverAddNotification")
-        ->notifications.emplace_back((__bridge NSString*)notification, context);
+    substitute::own<UIElement>(element);
+    substitute::own<AXObserverObject>(observer)->notifications.emplace_back(
+        (__bridge NSString*)notification, context);
     return kAXErrorSuccess;
 }
 /// Belongs to the observer.
 CFRunLoopSourceRef AXObserverGetRunLoopSource(AXObserverRef reference) {
-    auto* observer = substitute::own<AXObserverObject>(reference, "AXObserverGetRunLoopSource");
+    auto* observer = substitute::own<AXObserverObject>(reference);
     if (!observer->source.reference) {
         RunLoopSourceObject* source = [[RunLoopSourceObject alloc] init];
         source->observer = observer;

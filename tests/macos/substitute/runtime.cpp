@@ -55,10 +55,6 @@ struct Object {
     Class* isa;
 };
 using Id = Object*;
-struct Super {
-    Id receiver;
-    Class* current;
-};
 struct Block {
     struct Descriptor {
         unsigned long reserved, size;
@@ -230,9 +226,6 @@ extern "C" {
 void* quil_method(Id receiver, const char* name) {
     return method(receiver->isa, name);
 }
-void* quil_superMethod(const Super* super, const char* name) {
-    return method(super->current->super, name);
-}
 Class* object_getClass(Id object) {
     return object->isa;
 }
@@ -323,10 +316,6 @@ void objc_setProperty(Id object, const char*, long offset, Id value, bool, signe
 void objc_setProperty_atomic_copy(Id object, const char* name, Id value, long offset) {
     objc_setProperty(object, name, offset, value, true, true);
 }
-void objc_copyStruct(void* to, const void* from, long size, bool, bool) {
-    std::memcpy(to, from, static_cast<std::size_t>(size));
-}
-
 Id _Block_copy(const void* pointer) {
     auto* block = const_cast<Block*>(static_cast<const Block*>(pointer));
     if (block->flags & kBlockGlobal) return reinterpret_cast<Id>(block);
@@ -380,6 +369,4 @@ __asm__(".text\n" FUNCTION(
                                                            "mov %rsi, %rdi; mov %rdx, %rsi; call "
                                                            "quil_method;" RESTORE
                                                            "jmp *%r11\n"
-                                                           "2: mov %rdi, %rax; ret\n" FUNCTION(
-                                                               "objc_msgSendSuper2") SAVE
-        "call quil_superMethod;" RESTORE "mov (%rdi), %rdi; jmp *%r11\n");
+                                                           "2: mov %rdi, %rax; ret\n");

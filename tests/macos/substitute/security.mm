@@ -35,7 +35,7 @@ const CFStringRef kSecCodeInfoTeamIdentifier = (__bridge CFStringRef) @"teamid";
 
 OSStatus SecCodeCopyGuestWithAttributes(SecCodeRef host, CFDictionaryRef attributes,
                                         SecCSFlags flags, SecCodeRef* guest) {
-    NSDictionary* names = own<NSDictionary>(attributes, "SecCodeCopyGuestWithAttributes");
+    NSDictionary* names = own<NSDictionary>(attributes);
     id pid = names[(__bridge NSString*)kSecGuestAttributePid];
     if (host || !pid) violation("SecCodeCopyGuestWithAttributes: not a process of the system");
     if (CFNumberGetByteSize((__bridge CFNumberRef)pid) != sizeof(pid_t)) {
@@ -50,8 +50,8 @@ OSStatus SecCodeCopyGuestWithAttributes(SecCodeRef host, CFDictionaryRef attribu
 
 OSStatus SecCodeCopyStaticCode(SecCodeRef code, SecCSFlags flags, SecStaticCodeRef* staticCode) {
     SigningCodeRef result;
-    const auto status = services->codeSigning().copyStaticCode(
-        own<CodeObject>(code, "SecCodeCopyStaticCode")->code, flags, result);
+    const auto status =
+        services->codeSigning().copyStaticCode(own<CodeObject>(code)->code, flags, result);
     if (status == errSecSuccess) handOver(result, staticCode);
     return status;
 }
@@ -60,8 +60,8 @@ OSStatus SecCodeCopyStaticCode(SecCodeRef code, SecCSFlags flags, SecStaticCodeR
 OSStatus SecCodeCopySigningInformation(SecStaticCodeRef code, SecCSFlags flags,
                                        CFDictionaryRef* information) {
     std::optional<Value> result;
-    const auto status = services->codeSigning().copySigningInformation(
-        own<CodeObject>(code, "SecCodeCopySigningInformation")->code, flags, result);
+    const auto status =
+        services->codeSigning().copySigningInformation(own<CodeObject>(code)->code, flags, result);
     if (status != errSecSuccess) return status;
     if (!result || !result->dictionary()) return errSecSuccess;
     Value::Dictionary members = *result->dictionary();

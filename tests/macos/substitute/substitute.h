@@ -23,6 +23,8 @@ struct Mac {
     /// How many seconds of real time another process takes to answer, by the name of the call;
     /// negative: it never does.
     std::map<std::string, double, std::less<>> delays;
+    /// What an accessibility call to another process takes on the desktop's clock, in microseconds.
+    std::uint32_t roundTrip = 0;
     /// Completion handlers that fail get no error, only nothing.
     bool silentErrors = false;
 };
@@ -33,9 +35,9 @@ extern SimulatedPlatform* services;
 
 bool onMainThread();
 /// A violation unless the calling thread is the main one.
-void mainThreadOnly(const char* call);
+void mainThreadOnly(const char* call = __builtin_FUNCTION());
 /// A violation unless an application object has been made.
-void applicationObjectNeeded(const char* call);
+void applicationObjectNeeded(const char* call = __builtin_FUNCTION());
 
 /// Blocks the calling thread as long as the delay of that name says.
 void block(std::string_view name);
@@ -76,7 +78,7 @@ NSArray* array(const Range& entries, const Make& make) {
 
 /// The object behind an opaque reference, which must be one of that class.
 template <typename T, typename Ref>
-T* own(Ref reference, const char* call) {
+T* own(Ref reference, const char* call = __builtin_FUNCTION()) {
     T* object = (__bridge T*)(void*)reference;
     if (!object) violation(std::string(call) + ": null");
     if (![object isKindOfClass:[T class]]) violation(std::string(call) + ": wrong type of object");

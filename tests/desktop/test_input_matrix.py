@@ -17,7 +17,7 @@ import tempfile
 import time
 import unittest
 
-from desktop_tools import PYTHON, Cleanups, Program, until
+from desktop_tools import PYTHON, Cleanups, Program
 from field_programs import PROGRAMS, missing_for, start_program
 from quil_host import Host
 
@@ -66,24 +66,9 @@ class Turns:
         self.host.result("desktop_type", text="w" * 30, point=self.program.middle(index))
         self.arrives(index, "w" * 30)
         time.sleep(DOUBLE_CLICK_SECONDS)  # or toolkits count this click in
-        if "paste" not in self.program.can:
-            return self.double_click_selects(index)
         self.host.result("desktop_double_click", point=self.program.top(index))
         self.host.result("desktop_type", text="X")
         return self.arrives(index, "X")
-
-    def double_click_selects(self, index):
-        """Of a terminal, where nothing is replaced."""
-        selected = lambda: subprocess.run(("xclip", "-selection", "primary", "-o"),
-                                          capture_output=True).stdout
-        subprocess.run(("xclip", "-selection", "primary"), input=b"before",
-                       stdout=subprocess.DEVNULL, check=True)
-        until(lambda: selected() == b"before", "another selection")
-        self.host.result("desktop_double_click", point=self.program.top(index))
-        deadline = time.monotonic() + 3
-        while selected() == b"before" and time.monotonic() < deadline:
-            time.sleep(0.02)
-        return "" if selected() != b"before" else "selected nothing"
 
     def paste(self, index):
         self.host.result("desktop_clipboard_write", text="old")

@@ -1,16 +1,14 @@
 """Typed text arrives as it was asked for, in every toolkit and keyboard layout."""
-import http.server
 import os
 import shutil
 import signal
 import subprocess
-import tempfile
-import threading
 import time
 import unittest
 import unittest.mock
 
-from desktop_tools import CHROMIUM, Program, needs_chromium, output, until
+from desktop_tools import Program, needs_chromium, output, until
+from field_programs import start_program
 from input_program import InputProgram
 from quil_host import Host
 
@@ -21,45 +19,6 @@ MIXED = ("The quick brown FOX (über) jumps — «naïve» façade, señor! ΑΒ
 
 def mixed(length):
     return (MIXED * (length // len(MIXED) + 1))[:length]
-
-
-class Page(http.server.ThreadingHTTPServer):
-    """A page with a text area that tells what it holds."""
-
-    def __init__(self):
-        page = self
-        self.text = None
-
-        class Handler(http.server.BaseHTTPRequestHandler):
-            def do_GET(self):
-                self.send_response(200)
-                self.send_header("Content-Type", "text/html; charset=utf-8")
-                self.end_headers()
-                self.wfile.write(b"""<textarea id=a autofocus rows=20 cols=80></textarea><script>
-                    a.onkeydown = e => { if (e.key == 'Tab') {
-                        e.preventDefault(); document.execCommand('insertText', false, '\\t'); } };
-                    let sent = null, free = true;
-                    setInterval(async () => { if (free && a.value !== sent && document.hasFocus()) {
-                        free = false; const value = a.value;
-                        await fetch('/', {method: 'POST', body: value}); sent = value; free = true;
-                    } }, 50)</script>""")
-
-            def do_POST(self):
-                body = self.rfile.read(int(self.headers["Content-Length"]))
-                self.send_response(204)
-                self.end_headers()
-                page.text = body.decode()
-
-            def log_message(self, *_):
-                pass
-
-        super().__init__(("127.0.0.1", 0), Handler)
-        self.address = f"http://127.0.0.1:{self.server_port}/"
-        threading.Thread(target=self.serve_forever, daemon=True).start()
-
-    def __exit__(self, *_):
-        self.shutdown()
-        self.server_close()
 
 
 class TextTest(unittest.TestCase):
@@ -83,18 +42,12 @@ class Toolkits(TextTest):
             wanted = "a\nb\nc\nd" if text.startswith("a\r") else text.replace("\a\x00", "")
             until(lambda: app.ask("text") == wanted, repr(wanted), 5)
             app.ask("clear")
+        app.end()
 
-    def test_gtk3(self):
-        self.check("gtk3")
-
-    def test_gtk4(self):
-        self.check("gtk4")
-
-    def test_qt5(self):
-        self.check("qt5")
-
-    def test_qt6(self):
-        self.check("qt6")
+    def test_toolkits(self):
+        for toolkit in ("gtk3", "gtk4", "qt5", "qt6"):
+            with self.subTest(toolkit):
+                self.check(toolkit)
 
     @unittest.skipUnless(shutil.which("ibus-daemon"), "no IBus")
     def test_ibus(self):
@@ -115,37 +68,22 @@ class Toolkits(TextTest):
             self.assertTrue(any(types_exactly() for _ in range(4)))
 
     def test_terminal(self):
-        path = os.path.join(self.enterContext(tempfile.TemporaryDirectory()), "typed")
-        program = Program(self, "xterm", "-u8", "-e",
-                          f"stty raw -echo; printf 1 > {path}; exec cat >> {path}")
-        until(lambda: os.path.exists(path) and os.path.getsize(path) == 1, "the terminal")
-        output("xdotool", "windowfocus", "--sync", str(program.window))
+        terminals = start_program(self, "xterm")
         text = mixed(500)
-        self.type(text)
-        wanted = "1" + text.replace("\n", "\r")
-
-        def read():
-            with open(path, "rb") as file:
-                return file.read().decode(errors="replace")
-
-        until(lambda: len(read()) >= len(wanted), "the whole text", 10)
-        self.assertEqual(read(), wanted)
+        self.host.result("desktop_type", text=text, point=terminals.middle(0))
+        until(lambda: terminals.texts()[0] == text.replace("\n", "\r"), "the whole text", 10)
 
 
 class Applications(TextTest):
     @needs_chromium
     def test_browser(self):
-        page = self.enterContext(Page())
-        profile = self.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
-        Program(self, *CHROMIUM, f"--user-data-dir={profile}", f"--app={page.address}")
-        until(lambda: page.text == "", "the page", 60)
+        browser = start_program(self, "chromium")
         for text in (mixed(500), "Hello, World\n", mixed(2000)):
-            page.text = None
-            self.type(text)
-            until(lambda: page.text == text, repr(text), 20)
-            self.host.result("desktop_keypress", combo="cmd+a")
-            self.host.result("desktop_keypress", combo="delete")
-            until(lambda: page.text == "", "the empty page")
+            text = text.replace("\t", " ")  # which leads out of the field
+            self.host.result("desktop_type", text=text, point=browser.middle(0), seconds=120)
+            for combo in ("cmd+a", "cmd+c", "delete"):
+                self.host.result("desktop_keypress", combo=combo)
+            until(lambda: self.host.result("desktop_clipboard_read")["text"] == text, repr(text), 20)
 
     def test_a_megabyte_is_pasted_whole(self):
         text = "0123456789 日本語 é\n" * 50_000

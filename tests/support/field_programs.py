@@ -92,8 +92,8 @@ class TwoWindows(FieldProgram):
 
     titles = "one", "two"
 
-    def __init__(self, test, toolkit, *options):
-        command = [PYTHON, "-B", os.path.join(SUPPORT, "fields_app.py"), toolkit, *options]
+    def __init__(self, test, toolkit):
+        command = [PYTHON, "-B", os.path.join(SUPPORT, "fields_app.py"), toolkit]
         if toolkit == "swing":
             classes = test.enterContext(tempfile.TemporaryDirectory())
             output("javac", "-d", classes, os.path.join(SUPPORT, "FieldsApp.java"))
@@ -117,7 +117,7 @@ class TwoWindows(FieldProgram):
 
 class Terminals(FieldProgram):
     titles = "one", "two"
-    can = "type", "double click", "kill"
+    can = "type", "kill"
 
     def __init__(self, test):
         folder = test.enterContext(tempfile.TemporaryDirectory())

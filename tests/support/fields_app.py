@@ -1,14 +1,13 @@
 """Two windows, "one" and "two", each filled by a text area, for tests of where text goes.
 
-usage: fields_app.py gtk3|gtk4|qt5|qt6|tk [restless|slow]
+usage: fields_app.py gtk3|gtk4|qt5|qt6|tk
 
-"texts" on standard input is answered by what the two hold (a line of JSON), "clear" empties them. A
-restless program repaints every 5 ms and is never at rest, a slow one needs 15 ms for a key.
+"texts" on standard input is answered by what the two hold (a line of JSON), "text" by what the first
+does, "clear" empties them.
 """
 import json
 import os
 import sys
-import time
 
 TITLES = "one", "two"
 
@@ -66,7 +65,7 @@ def qt(version, titles=TITLES):
     application.exec()
 
 
-def tk(options):
+def tk():
     import tkinter
     root = tkinter.Tk()
     areas = []
@@ -79,32 +78,14 @@ def tk(options):
     commands = Commands(lambda: [area.get("1.0", "end-1c") for area in areas],
                         lambda: [area.delete("1.0", "end") for area in areas] and None)
     root.createfilehandler(sys.stdin, tkinter.READABLE, commands.read)
-    bar = tkinter.Canvas(root, height=10)
-    if "restless" in options:
-        bar.pack()
-
-        def repaint(step=0):
-            bar.delete("all")
-            bar.create_rectangle(0, 0, step % 400, 10, fill="blue")
-            root.after(5, repaint, step + 1)
-
-        repaint()
-    if "slow" in options:
-        def handle(_):
-            end = time.monotonic() + 0.015
-            while time.monotonic() < end:
-                pass
-
-        for area in areas:
-            area.bind("<Key>", handle)
     root.mainloop()
 
 
 if __name__ == "__main__":
-    toolkit, *options = sys.argv[1:]
+    toolkit = sys.argv[1]
     if toolkit.startswith("qt"):
         qt(toolkit[2])
     elif toolkit.startswith("gtk"):
         gtk(toolkit[3] + ".0")
     else:
-        tk(options)
+        tk()

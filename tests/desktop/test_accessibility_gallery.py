@@ -222,6 +222,12 @@ class Toolkits(unittest.TestCase):
         self.assertFalse(state["truncated"])
         self.assertTrue(find(state, "AXTable")["enabled"])
 
+        def click():
+            token = find(self.host.result("desktop_ax_get_state"), "AXCell", "B5")["token"]
+            return "result" in self.host.request("desktop_click", element=token)
+        until(click, "a click, which is the first, on a cell")
+        self.state_with("AXTextField | B5")  # it tells which cell was reached
+
     def changes_of(self, gallery):
         changes = [gallery.changes.get(timeout=20)]
         while not gallery.changes.empty():

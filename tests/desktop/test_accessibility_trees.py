@@ -90,7 +90,7 @@ class Trees(unittest.TestCase):
         generator = Generator(seed, largest=5000)
         description = generator.description()
         is_by_index = not description.get("getChildren", True) or any(
-            element and ("count" in element or "GetChildren" in element.get("errors", {}))
+            element and ("count" in element or "unlisted" in element or "GetChildren" in element.get("errors", {}))
             for element in description["elements"])
         program = FakeProgram(self, description)
         try:

@@ -19,7 +19,7 @@ from quil_host import Failure, Host
 SCALES = {"gtk3": (1, 2), "gtk4": (1, 2), "qt5": (1, 1.25, 1.5, 2), "qt6": (1, 1.25, 1.5, 2),
           "quick": (1, 1.25, 1.5, 2), "swing": (1, 2), "chromium": (1, 1.25, 1.5, 2),
           "firefox": (1, 1.25, 1.5, 2)}
-SAMPLE = {"gtk3": (2,), "gtk4": (2,), "qt5": (1.5,), "qt6": (1.25,)}
+SAMPLE = {"gtk3": (2,), "gtk4": (2,), "qt5": (1.5,), "qt6": (1.25,), "chromium": (2,)}
 NEEDS = {"swing": "javac", "chromium": "chromium", "firefox": "firefox"}
 # How far a toolkit's own rounding may take an edge, in pixels.
 TOLERANCE = 2

@@ -132,6 +132,8 @@ class Generator:
         for element in some(0.05):
             element["uncached"] = True
         for element in some(0.05):
+            element["unlisted"] = True
+        for element in some(0.05):
             element.setdefault("errors", {})["GetChildren"] = self.random.choice((FAILED, NOT_SUPPORTED))
         for number in numbers:
             if self.chance(0.004):
@@ -182,7 +184,7 @@ class Model:
         errors = element.get("errors", {})
         children = [child for child in element["children"] if child >= 0]
         count = element.get("count", len(element["children"]))
-        by_index = not self.has_lists or errors.get("GetChildren") or count > 10 ** 6
+        by_index = not self.has_lists or errors.get("GetChildren") or "unlisted" in element or count > 10 ** 6
         if not by_index:
             return children
         if count < 0 or "ChildCount" in errors:

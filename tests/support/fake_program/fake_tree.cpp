@@ -152,7 +152,10 @@ bool FakeTree::answerAccessible(sd_bus_message* reply, const Json& element,
         appendInterfaces(reply, element);
     } else if (member == "GetChildren" && has("getChildren")) {
         sd_bus_message_open_container(reply, 'a', "(so)");
-        for (const int child : childrenOf(element)) appendReference(reply, child, context.busName);
+        if (!element.contains("unlisted")) {
+            for (const int child : childrenOf(element))
+                appendReference(reply, child, context.busName);
+        }
         sd_bus_message_close_container(reply);
     } else if (member == "GetChildAtIndex") {
         const auto children = childrenOf(element);

@@ -32,7 +32,7 @@ struct Question {
 ///               (without prefix), children (numbers; -1 for a null element), count (instead of how
 ///               many there are), extents (within the window), actions, text, number, errors
 ///               ({member: name of the error, or "" for no answer at all}), late (milliseconds),
-///               uncached (true: the cache leaves it out)
+///               uncached (true: the cache leaves it out), unlisted (true: `GetChildren` has none)
 ///   cache, getAll, getChildren    whether the program has these
 class FakeTree {
   public:

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "platform/linux/accessibility/element_reader.h"
+#include "platform/linux/accessibility/gtk_elements.h"
 #include "platform/linux/accessibility/observed_tree.h"
 #include "platform/linux/atspi/messages.h"
 #include "platform/linux/x11/windows/window_stack.h"
@@ -164,8 +165,7 @@ WindowOrigins::Displacements WindowOrigins::popoverDisplacements(
             const Rect& extents = filling[i]->facts.extents;
             found[filling[i]] = {.isKnown = filling.size() == alike.size(),
                                  .popUp = alike[std::min(i, alike.size() - 1)]->id,
-                                 .popUpFrom = {extents.x, extents.y},
-                                 .shift = {}};
+                                 .popUpFrom = {extents.x, extents.y}};
         }
     }
     return found;
@@ -191,10 +191,7 @@ WindowOrigins::Displacement WindowOrigins::menuDisplacement(
     for (const ObservedElement* other : elements) {
         if (other->facts.role != AtspiRole::popupMenu || other->children != menu.children) continue;
         const Rect& extents = other->facts.extents;
-        return {.isKnown = true,
-                .popUp = XCB_WINDOW_NONE,
-                .popUpFrom = {},
-                .shift = {extents.x - corner.x, extents.y - corner.y}};
+        return {.isKnown = true, .shift = {extents.x - corner.x, extents.y - corner.y}};
     }
     // Others are X windows, of just the size for the items.
     Point end = corner;
@@ -211,17 +208,92 @@ WindowOrigins::Displacement WindowOrigins::menuDisplacement(
         // Of two that would do, neither is known to be the right one.
         displacement = {.isKnown = displacement.popUp == XCB_WINDOW_NONE,
                         .popUp = popUp.id,
-                        .popUpFrom = corner,
-                        .shift = {}};
+                        .popUpFrom = corner};
     }
     return displacement;
 }
 
+/// LibreOffice paints its windows itself, into an element of GTK that its root pane fills. Until
+/// the first click it places all that is in there as if the window had no menu bar. Elements of GTK
+/// inside know where they are.
+WindowOrigins::Displacements WindowOrigins::paneDisplacements(
+    const std::vector<ObservedElement*>& elements) {
+    Displacements found;
+    for (const ObservedElement* pane : elements) {
+        if (pane->facts.role != AtspiRole::rootPane || !pane->parent) continue;
+        if (!pane->parent->facts.knows(Fact::extents)) continue;
+        const Displacement displacement =
+            paneDisplacement(pane->reference, pane->facts.extents, pane->parent->facts.extents);
+        if (displacement.isKnown && displacement.shift == Point()) continue;
+        found[pane] = displacement;
+    }
+    if (found.empty()) return found;
+    std::vector<const ObservedElement*> panels;
+    for (const ObservedElement* element : elements) {
+        if (element->facts.role == AtspiRole::panel) panels.push_back(element);
+    }
+    for (const ObservedElement* panel : gtkElements(bus_, panels)) {
+        found[panel] = {
+            .isKnown = true, .popUp = XCB_WINDOW_NONE, .popUpFrom = {}, .shift = {}, .pane = {}};
+    }
+    return found;
+}
+
+WindowOrigins::Displacement WindowOrigins::paneDisplacement(const Reference& pane,
+                                                            const Rect& extents,
+                                                            const Rect& filled) {
+    return {.isKnown = isNear(extents.width, filled.width) && isNear(extents.height, filled.height),
+            .shift = {filled.x - extents.x, filled.y - extents.y},
+            .pane = pane};
+}
+
+/// Chromium counts pixels in its pages, also where it counts larger units around them: a page then
+/// fills on the screen what it seems to be larger than. One that is elsewhere is nowhere.
+WindowOrigins::Displacements WindowOrigins::documentDisplacements(
+    const Window& window, const std::vector<ObservedElement*>& elements) {
+    Displacements found;
+    for (const ObservedElement* document : elements) {
+        if (document->facts.role != AtspiRole::documentWeb || !document->parent) continue;
+        const Facts& above = document->parent->facts;
+        if (!above.knows(Fact::extents)) continue;
+        const Rect& extents = document->facts.extents;
+        const Rect filled = window.map.onScreen(above.extents);
+        const double tolerance = 2 * window.map.scale;
+        const bool isInPixels = std::abs(extents.width - filled.width) <= tolerance &&
+                                std::abs(extents.height - filled.height) <= tolerance;
+        if (!isInPixels) continue;
+        const bool isThere = std::abs(extents.x - filled.x) <= tolerance &&
+                             std::abs(extents.y - filled.y) <= tolerance;
+        found[document] = {.isKnown = isThere, .isInPixels = true};
+    }
+    return found;
+}
+
+WindowOrigins::Displacements WindowOrigins::displacements(
+    const Window& window, const std::vector<ObservedElement*>& elements) {
+    if (window.isWithinWindow) return popoverDisplacements(window, elements);
+    if (window.isSwing) return menuDisplacements(window, elements);
+    if (window.hasWholeScales) return paneDisplacements(elements);
+    return window.map.scale != 1 ? documentDisplacements(window, elements) : Displacements();
+}
+
+std::optional<WindowOrigins::Displacement> WindowOrigins::currentDisplacement(
+    const Anchor& anchor) {
+    if (!anchor.displacement || anchor.displacement->pane.path.empty()) return anchor.displacement;
+    const Reference& pane = anchor.displacement->pane;
+    Facts facts, above;
+    if (readFacts(bus_, pane, needsOf({Fact::extents, Fact::parent}), facts) != 0 ||
+        readFacts(bus_, facts.parent, needsOf({Fact::extents}), above) != 0) {
+        return Displacement();
+    }
+    return paneDisplacement(pane, facts.extents, above.extents);
+}
+
 std::optional<Rect> WindowOrigins::onScreen(const Window& window, const Anchor& anchor,
                                             const Rect& extents) {
-    const Displacement displacement =
-        anchor.displacement.value_or(Displacement{true, XCB_WINDOW_NONE, {}, {}});
+    const Displacement displacement = anchor.displacement.value_or(Displacement{.isKnown = true});
     if (!displacement.isKnown) return {};
+    if (displacement.isInPixels) return extents;
     const Rect moved{extents.x + displacement.shift.x, extents.y + displacement.shift.y,
                      extents.width, extents.height};
     const Rect rect = window.map.onScreen(moved);
@@ -250,11 +322,8 @@ void WindowOrigins::locateTree(const std::vector<ObservedElement*>& elements) {
     }
     for (auto& [top, inside] : byWindow) {
         const auto window = findWindow(top->reference, top->facts);
-        const Displacements displacements = !window ? Displacements()
-                                            : window->isWithinWindow
-                                                ? popoverDisplacements(*window, inside)
-                                            : window->isSwing ? menuDisplacements(*window, inside)
-                                                              : Displacements();
+        const Displacements displacements =
+            window ? this->displacements(*window, inside) : Displacements();
         std::vector<std::pair<ObservedElement*, std::optional<Rect>>> located;
         for (ObservedElement* element : inside) {
             Anchor anchor{top->reference, {}};
@@ -275,7 +344,8 @@ void WindowOrigins::locateTree(const std::vector<ObservedElement*>& elements) {
 
 void WindowOrigins::locate(const Reference& element, Facts& facts) {
     const auto known = anchors_.find(element);
-    const Anchor anchor = known != anchors_.end() ? known->second : Anchor{windowOf(element), {}};
+    Anchor anchor = known != anchors_.end() ? known->second : Anchor{windowOf(element), {}};
+    anchor.displacement = currentDisplacement(anchor);
     const auto window = findWindow(anchor.window, {});
     const auto rect = window ? onScreen(*window, anchor, facts.extents) : std::nullopt;
     facts.extents = rect.value_or(Rect());

@@ -42,9 +42,13 @@ class WindowOrigins {
         bool isKnown = false;
         xcb_window_t popUp = XCB_WINDOW_NONE;
         /// Where the pop-up's corner seems to be, in the program's coordinates.
-        Point popUpFrom;
+        Point popUpFrom = {};
         /// What is to be added to the program's coordinates.
-        Point shift;
+        Point shift = {};
+        /// The root pane by which the shift is measured, if it is.
+        Reference pane = {};
+        /// The program's coordinates are those of the screen.
+        bool isInPixels = false;
     };
     /// By the elements that it applies to, with all that is in them.
     using Displacements = std::unordered_map<const ObservedElement*, Displacement>;
@@ -66,6 +70,15 @@ class WindowOrigins {
                                            const std::vector<ObservedElement*>& elements);
     static Displacement menuDisplacement(const Window& window, const ObservedElement& menu,
                                          const std::vector<ObservedElement*>& elements);
+    Displacements paneDisplacements(const std::vector<ObservedElement*>& elements);
+    static Displacement paneDisplacement(const Reference& pane, const Rect& extents,
+                                         const Rect& filled);
+    static Displacements documentDisplacements(const Window& window,
+                                               const std::vector<ObservedElement*>& elements);
+    Displacements displacements(const Window& window,
+                                const std::vector<ObservedElement*>& elements);
+    /// What can be known now of an anchor's displacement: panes may have been put right meanwhile.
+    std::optional<Displacement> currentDisplacement(const Anchor& anchor);
     static std::optional<Rect> onScreen(const Window& window, const Anchor& anchor,
                                         const Rect& extents);
 

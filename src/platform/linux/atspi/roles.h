@@ -26,6 +26,7 @@ enum class AtspiRole : std::uint32_t {
     pushButton = 43,
     radioButton = 44,
     radioMenuItem = 45,
+    rootPane = 46,
     rowHeader = 47,
     scrollBar = 48,
     scrollPane = 49,

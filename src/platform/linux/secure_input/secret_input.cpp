@@ -183,7 +183,7 @@ std::vector<const FocusReport*> SecretInput::relevantReports(bool isActiveStill)
 const SecretInput::Judgement& SecretInput::judgement(bool isActiveStill) {
     auto& judgement = judgements_[isActiveStill ? 1 : 0];
     if (judgement) return *judgement;
-    judgement.emplace();
+    judgement = Judgement();
     const auto reports = relevantReports(isActiveStill);
     std::vector<ReportedFocus> reported;
     reported.reserve(reports.size());

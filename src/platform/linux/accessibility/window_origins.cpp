@@ -222,9 +222,11 @@ WindowOrigins::Displacements WindowOrigins::paneDisplacements(
     for (const ObservedElement* pane : elements) {
         if (pane->facts.role != AtspiRole::rootPane || !pane->parent) continue;
         if (!pane->parent->facts.knows(Fact::extents)) continue;
-        const Displacement displacement =
-            paneDisplacement(pane->reference, pane->facts.extents, pane->parent->facts.extents);
+        Displacement displacement =
+            paneDisplacement(pane->facts.extents, pane->parent->facts.extents);
         if (displacement.isKnown && displacement.shift == Point()) continue;
+        displacement.pane = pane->reference;
+        displacement.filledByPane = pane->parent->reference;
         found[pane] = displacement;
     }
     if (found.empty()) return found;
@@ -233,18 +235,15 @@ WindowOrigins::Displacements WindowOrigins::paneDisplacements(
         if (element->facts.role == AtspiRole::panel) panels.push_back(element);
     }
     for (const ObservedElement* panel : gtkElements(bus_, panels)) {
-        found[panel] = {
-            .isKnown = true, .popUp = XCB_WINDOW_NONE, .popUpFrom = {}, .shift = {}, .pane = {}};
+        found[panel] = {.isKnown = true};
     }
     return found;
 }
 
-WindowOrigins::Displacement WindowOrigins::paneDisplacement(const Reference& pane,
-                                                            const Rect& extents,
+WindowOrigins::Displacement WindowOrigins::paneDisplacement(const Rect& extents,
                                                             const Rect& filled) {
     return {.isKnown = isNear(extents.width, filled.width) && isNear(extents.height, filled.height),
-            .shift = {filled.x - extents.x, filled.y - extents.y},
-            .pane = pane};
+            .shift = {filled.x - extents.x, filled.y - extents.y}};
 }
 
 /// Chromium counts pixels in its pages, also where it counts larger units around them: a page then
@@ -280,13 +279,12 @@ WindowOrigins::Displacements WindowOrigins::displacements(
 std::optional<WindowOrigins::Displacement> WindowOrigins::currentDisplacement(
     const Anchor& anchor) {
     if (!anchor.displacement || anchor.displacement->pane.path.empty()) return anchor.displacement;
-    const Reference& pane = anchor.displacement->pane;
-    Facts facts, above;
-    if (readFacts(bus_, pane, needsOf({Fact::extents, Fact::parent}), facts) != 0 ||
-        readFacts(bus_, facts.parent, needsOf({Fact::extents}), above) != 0) {
+    Facts pane, filled;
+    if (readFacts(bus_, anchor.displacement->pane, needsOf({Fact::extents}), pane) != 0 ||
+        readFacts(bus_, anchor.displacement->filledByPane, needsOf({Fact::extents}), filled) != 0) {
         return Displacement();
     }
-    return paneDisplacement(pane, facts.extents, above.extents);
+    return paneDisplacement(pane.extents, filled.extents);
 }
 
 std::optional<Rect> WindowOrigins::onScreen(const Window& window, const Anchor& anchor,

@@ -45,8 +45,9 @@ class WindowOrigins {
         Point popUpFrom = {};
         /// What is to be added to the program's coordinates.
         Point shift = {};
-        /// The root pane by which the shift is measured, if it is.
-        Reference pane = {};
+        /// The root pane by which the shift is measured, if it is, and the element of GTK that it
+        /// fills, which it does not name as its parent.
+        Reference pane = {}, filledByPane = {};
         /// The program's coordinates are those of the screen.
         bool isInPixels = false;
     };
@@ -71,8 +72,7 @@ class WindowOrigins {
     static Displacement menuDisplacement(const Window& window, const ObservedElement& menu,
                                          const std::vector<ObservedElement*>& elements);
     Displacements paneDisplacements(const std::vector<ObservedElement*>& elements);
-    static Displacement paneDisplacement(const Reference& pane, const Rect& extents,
-                                         const Rect& filled);
+    static Displacement paneDisplacement(const Rect& extents, const Rect& filled);
     static Displacements documentDisplacements(const Window& window,
                                                const std::vector<ObservedElement*>& elements);
     Displacements displacements(const Window& window,

@@ -93,7 +93,8 @@ class Input(unittest.TestCase):
     def test_text_dragged_from_one_program_into_another(self):
         desktop = self.enterContext(Desktop())
         source, target = InputProgram(self, "gtk3"), InputProgram(self, "qt6")
-        output("xdotool", "windowmove", "--sync", str(target.window), "700", "60")
+        # Beside the other window, which comes to the front when it is clicked.
+        output("xdotool", "windowmove", "--sync", str(target.window), "900", "60")
         for program, toolkit in ((source, "gtk3"), (target, "qt6")):
             other = target if program is source else source
             left, top, width, height = geometry(program.window)

@@ -100,7 +100,7 @@ class Pointer(InputTest):
             events += self.events(1, lambda e: is_button(e) or e[0] == "motion")
         self.assertEqual([e[0] for e in events if is_button(e)], ["press", "release"])
         motions = [e[1:] for e in events if e[0] == "motion"]
-        self.assertGreaterEqual(len(motions), 10)  # the toolkit joins some
+        self.assertGreaterEqual(len(motions), 3)  # the toolkit joins those of a frame
         self.assertEqual(motions[-1], [x + 120, y + 24, BUTTON1])
 
 

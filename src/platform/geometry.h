@@ -30,6 +30,8 @@ struct Rect {
     double minY() const { return y; }
     double maxX() const { return x + width; }
     double maxY() const { return y + height; }
+    /// False also where an extent is no number.
+    bool hasArea() const { return width > 0 && height > 0; }
     /// Whether the point lies in it, on its left or its top edge.
     bool contains(Point point) const {
         return minX() <= point.x && point.x < maxX() && minY() <= point.y && point.y < maxY();

@@ -11,10 +11,6 @@ Rect unite(const Rect& a, const Rect& b) {
     return {minX, minY, std::max(a.maxX(), b.maxX()) - minX, std::max(a.maxY(), b.maxY()) - minY};
 }
 
-bool hasArea(const Rect& rect) {
-    return rect.width > 0 && rect.height > 0;
-}
-
 std::vector<std::uint32_t> activeDisplayIds(Displays& displays) {
     std::uint32_t count = 0;
     if (displays.getActiveDisplayList(0, nullptr, &count) != 0 || count == 0) return {};
@@ -81,13 +77,13 @@ std::optional<Point> screenPoint(Displays& displays, const Json& pointObject) {
     const auto y = fraction(pointObject, "y");
     if (!x || !y) return {};
     const Rect bounds = virtualScreenBounds(displays, activeDisplays(displays));
-    if (!hasArea(bounds)) return {};
+    if (!bounds.hasArea()) return {};
     return Point{bounds.minX() + *x * bounds.width, bounds.minY() + *y * bounds.height};
 }
 
 Json normalizedPoint(Displays& displays, Point point) {
     const Rect bounds = virtualScreenBounds(displays, activeDisplays(displays));
-    if (!hasArea(bounds)) return {{"x", 0.0}, {"y", 0.0}};
+    if (!bounds.hasArea()) return {{"x", 0.0}, {"y", 0.0}};
     return {{"x", limited((point.x - bounds.minX()) / bounds.width)},
             {"y", limited((point.y - bounds.minY()) / bounds.height)}};
 }

@@ -20,7 +20,7 @@ interface Request {
     deadline?: NodeJS.Timeout;
 }
 
-interface Answer {
+interface Response {
     id: number;
     result?: unknown;
     error?: { message: string; code?: string };
@@ -144,27 +144,27 @@ export class Child {
             const line = Buffer.concat([...this.#output, chunk.subarray(0, end)]).toString();
             this.#output = [];
             chunk = chunk.subarray(end + 1);
-            this.#answer(line);
+            this.#receive(line);
         }
         if (chunk.length > 0) this.#output.push(chunk);
     }
 
-    #answer(line: string): void {
-        let answer: Answer | undefined;
+    #receive(line: string): void {
+        let response: Response | undefined;
         try {
-            answer = JSON.parse(line) as Answer;
+            response = JSON.parse(line) as Response;
         } catch {
             // Told below.
         }
         const request = this.#current;
-        if (!request || answer?.id !== this.#lastId || (answer.result === undefined && answer.error === undefined)) {
+        if (!request || response?.id !== this.#lastId || (response.result === undefined && response.error === undefined)) {
             void this.#end(`answered ${JSON.stringify(line.slice(0, 200))}`);
             return;
         }
         this.#current = undefined;
         clearTimeout(request.deadline);
-        if (answer.error) request.reject(refusal(request.method, answer.error.message, answer.error.code));
-        else request.resolve(answer.result);
+        if (response.error) request.reject(refusal(request.method, response.error.message, response.error.code));
+        else request.resolve(response.result);
         this.#next();
     }
 

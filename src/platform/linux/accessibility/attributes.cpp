@@ -102,7 +102,7 @@ FactSet needsForExtents(const Facts& facts) {
 std::int32_t extentsCode(const Facts& facts) {
     if (!isSomewhere(facts)) return kAxNoValue;
     if (facts.code(Fact::extents) != 0) return facts.code(Fact::extents);
-    return facts.extents.width > 0 && facts.extents.height > 0 ? 0 : kAxNoValue;
+    return facts.extents.hasArea() ? 0 : kAxNoValue;
 }
 
 std::int32_t readPosition(const Facts& facts, const ElementMaker&, std::optional<Value>& value) {

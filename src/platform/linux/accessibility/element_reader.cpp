@@ -8,6 +8,10 @@
 
 namespace quil::linux_platform {
 
+Needs needsOf(FactSet wanted) {
+    return [wanted](const Facts& known) { return wanted.without(known.asked); };
+}
+
 std::int32_t readFacts(AccessibilityBus& bus, const Reference& element, const Needs& needs,
                        Facts& facts, const ReadingLimits& limits) {
     AtspiProgram& program = bus.introducedProgram(element.busName);

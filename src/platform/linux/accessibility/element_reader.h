@@ -12,6 +12,9 @@ namespace quil::linux_platform {
 /// What has to be asked for next, given what is known; empty when that is enough.
 using Needs = std::function<FactSet(const Facts&)>;
 
+/// These, each once.
+Needs needsOf(FactSet wanted);
+
 /// How much is read, and for how long.
 struct ReadingLimits {
     /// A longer list of children may end there.

@@ -25,10 +25,7 @@ constexpr std::size_t kContentParts = 8;
 /// Where an element is, as its program sees it, also when that is out of sight.
 Rect extentsOf(AccessibilityBus& bus, const Reference& element) {
     Facts facts;
-    const Needs needs = [](const Facts& known) {
-        return FactSet{Fact::extents}.without(known.asked);
-    };
-    readFacts(bus, element, needs, facts);
+    readFacts(bus, element, needsOf({Fact::extents}), facts);
     return facts.knows(Fact::extents) ? facts.extents : Rect();
 }
 
@@ -65,7 +62,7 @@ class Wheel {
 std::int32_t scrollByWheel(AccessibilityBus& bus, X11Display& display, const Facts& pane,
                            const Rect& area, double page, bool isDown) {
     const auto connection = display.connection();
-    if (!connection || area.width <= 0 || area.height <= 0) return kAxFailure;
+    if (!connection || !area.hasArea()) return kAxFailure;
     Wheel wheel(*connection, {area.x + area.width / 2, area.y + area.height / 2});
     const auto position = [&] { return rangeProperty(bus, pane.scrollBar, "CurrentValue"); };
     const auto begin = position();

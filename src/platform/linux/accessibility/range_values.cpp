@@ -26,10 +26,7 @@ std::optional<std::int32_t> actionIndex(const Facts& facts, std::string_view one
 /// Where Swing's numbers cannot be set, they can be stepped up and down.
 std::int32_t stepTo(AccessibilityBus& bus, const Reference& element, double number, double before) {
     Facts facts;
-    const auto needsActions = [](const Facts& known) {
-        return FactSet{Fact::actions}.without(known.asked);
-    };
-    if (readFacts(bus, element, needsActions, facts) != 0) return kAxFailure;
+    if (readFacts(bus, element, needsOf({Fact::actions}), facts) != 0) return kAxFailure;
     const bool isUp = number > before;
     const auto step = isUp ? actionIndex(facts, "increment", "Increase")
                            : actionIndex(facts, "decrement", "Decrease");

@@ -209,7 +209,7 @@ class ShowingSearch : public std::enable_shared_from_this<ShowingSearch> {
     /// The part that what it lies in lets be seen.
     Rect visible() const {
         const Rect& view = *view_;
-        if (!outer_ || outer_->width <= 0 || outer_->height <= 0) return view;
+        if (!outer_ || !outer_->hasArea()) return view;
         const double left = std::max(view.x, outer_->x);
         const double top = std::max(view.y, outer_->y);
         const double right = std::min(view.x + view.width, outer_->x + outer_->width);

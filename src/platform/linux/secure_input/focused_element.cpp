@@ -1,5 +1,6 @@
 #include "platform/linux/secure_input/focused_element.h"
 
+#include <algorithm>
 #include <chrono>
 #include <deque>
 #include <utility>
@@ -30,7 +31,7 @@ void ask(AccessibilityBus& bus, std::deque<Candidate>& candidates, FactSet wante
 }  // namespace
 
 std::optional<Reference> focusedElement(AccessibilityBus& bus, const Reference& root) {
-    std::optional<Reference> focused;
+    std::deque<Candidate> focused;
     std::deque<Candidate> level;
     level.push_back({root, {}});
     const auto deadline = BusClock::now() + kSearchTimeout;
@@ -42,7 +43,7 @@ std::optional<Reference> focusedElement(AccessibilityBus& bus, const Reference& 
                    candidate.facts.states.has(AtspiState::managesDescendants);
         });
         for (const Candidate& candidate : level) {
-            if (candidate.facts.states.has(AtspiState::focused)) focused = candidate.reference;
+            if (candidate.facts.states.has(AtspiState::focused)) focused.push_back(candidate);
         }
         ask(bus, level, {Fact::children});
         std::deque<Candidate> next;
@@ -53,7 +54,12 @@ std::optional<Reference> focusedElement(AccessibilityBus& bus, const Reference& 
         }
         level = std::move(next);
     }
-    return focused;
+    if (focused.empty()) return {};
+    ask(bus, focused, {Fact::role});
+    const auto secret = std::find_if(
+        focused.begin(), focused.end(),
+        [](const Candidate& candidate) { return candidate.facts.role == AtspiRole::passwordText; });
+    return (secret == focused.end() ? focused.back() : *secret).reference;
 }
 
 }  // namespace quil::linux_platform

@@ -93,35 +93,24 @@ def processor_ms(pid):
 
 class Window:
     def __init__(self, cleanups, kind):
-        from desktop_tools import PYTHON, SUPPORT, Program
+        from desktop_tools import Program, text_window
         self.app = None
         if kind == "none":
             return
         if kind == "xterm":
             window = Program(cleanups, "xterm", "-geometry", "100x40+100+100", "-e", "cat").window
         else:
-            self.app = subprocess.Popen(
-                [PYTHON, "-B", os.path.join(SUPPORT, "input_app.py"), kind],
-                stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-            cleanups.addCleanup(self.app.kill)
-            window = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--pid",
-                                     str(self.app.pid), "--name", "."],
-                                    stdout=subprocess.PIPE, text=True).stdout.split()[0]
-            self.ask("text")
+            self.app = text_window(cleanups, kind)
+            window = self.app.window
         subprocess.run(["xdotool", "windowactivate", "--sync", str(window),
                         "windowmove", "--sync", str(window), "200", "150"])
         time.sleep(1)
-
-    def ask(self, what):
-        self.app.stdin.write(what + "\n")
-        self.app.stdin.flush()
-        return self.app.stdout.readline()
 
     def catch_up(self):
         """Waits until no more letters come; how many there are, and when the last one came."""
         count, last = 0, time.monotonic()
         while self.app and time.monotonic() < last + QUIET_SECONDS:
-            if (letters := self.ask("text").count("a")) != count:
+            if (letters := self.app.ask("text").count("a")) != count:
                 count, last = letters, time.monotonic()
             time.sleep(0.05)
         return count, last

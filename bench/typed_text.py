@@ -62,8 +62,7 @@ def report(toolkit, name, results):
 
 
 def main():
-    from desktop_tools import Cleanups
-    from input_program import InputProgram
+    from desktop_tools import Cleanups, text_window
     from quil_host import Host
 
     def xdotool(*options):
@@ -75,7 +74,7 @@ def main():
         kinds = {"quil": lambda text: host.result("desktop_type", text=text),
                  "xdotool, usual delay": xdotool(), "xdotool, no delay": xdotool("--delay", "0")}
         toolkit = os.environ["QUIL_BENCH_TOOLKIT"]
-        app = InputProgram(cleanups, toolkit)
+        app = text_window(cleanups, toolkit)
         for name, line in (("ASCII", ASCII), ("mixed", MIXED)):
             text = (line * LENGTH)[:LENGTH]
             report(toolkit, name, measure(app, text, kinds, rounds))

@@ -6,10 +6,9 @@ QUIL_TREE_SEED=NUMBER   the first one's seed (default 1); a failure tells the se
 """
 import json
 import os
-import subprocess
 import unittest
 
-from desktop_tools import geometry, until
+from desktop_tools import Program, geometry, until
 from quil_host import Host, executable
 from tree_model import MAXIMUM_NODES, Generator, Model, rendering, revision
 
@@ -23,25 +22,15 @@ LONG_LIST = 1000
 MOST_IN_VAIN = 400
 
 
-class FakeProgram:
+class FakeProgram(Program):
     def __init__(self, test, description):
-        self.process = subprocess.Popen([executable("tests/quil_fake_program")], stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE, text=True)
-        self.pid = self.process.pid
-        test.addCleanup(self.end)
+        super().__init__(test, executable("tests/quil_fake_program"), has_window=False, talks=True)
         self.window = self.command(description)["window"]
         self.origin = None
 
     def command(self, command):
         """What the program answers: the calls since the last command."""
-        self.process.stdin.write(json.dumps(command) + "\n")
-        self.process.stdin.flush()
-        return json.loads(self.process.stdout.readline())
-
-    def end(self):
-        if self.process.poll() is None:
-            self.process.kill()
-        self.process.communicate()
+        return self.ask(json.dumps(command))
 
     def wait_until_in_front(self, host):
         def is_in_front():

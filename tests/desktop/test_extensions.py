@@ -10,8 +10,7 @@ import threading
 import time
 import unittest
 
-from desktop_tools import PYTHON, Program, XServer, geometry, output, until, window_app
-from input_program import InputProgram
+from desktop_tools import PYTHON, Program, XServer, geometry, output, text_window, until, window_app
 from protocol_schema import ROOT, check
 from quil_host import executable
 
@@ -47,7 +46,7 @@ class Input(unittest.TestCase):
         for toolkit in TOOLKITS:
             with self.subTest(toolkit):
                 desktop.observe()  # Qt 6 joins a bus that is in use
-                program = InputProgram(self, toolkit)
+                program = text_window(self, toolkit)
                 left, top, width, height = geometry(program.window)
                 begin, word, end, below = ((left + x, top + y) for x, y in (
                     (1, 10), (12, 10), (width - 20, 10), (width // 2, height // 2)))
@@ -92,7 +91,7 @@ class Input(unittest.TestCase):
 
     def test_text_dragged_from_one_program_into_another(self):
         desktop = self.enterContext(Desktop())
-        source, target = InputProgram(self, "gtk3"), InputProgram(self, "qt6")
+        source, target = text_window(self, "gtk3"), text_window(self, "qt6")
         # Beside the other window, which comes to the front when it is clicked.
         output("xdotool", "windowmove", "--sync", str(target.window), "900", "60")
         for program, toolkit in ((source, "gtk3"), (target, "qt6")):
@@ -201,7 +200,7 @@ class Waiting(unittest.TestCase):
         desktop = self.enterContext(Desktop())
         for toolkit in TOOLKITS:
             desktop.observe()
-            program = InputProgram(self, toolkit)
+            program = text_window(self, toolkit)
             until(lambda: desktop.observe().target.pid == program.pid and len(desktop.last.elements) > 1, "the tree")
             with self.subTest(toolkit):
                 revision = until(lambda: (a := desktop.observe().revision) == desktop.observe().revision and a, "calm")

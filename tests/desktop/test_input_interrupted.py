@@ -6,8 +6,7 @@ import signal
 import time
 import unittest
 
-from desktop_tools import output
-from input_program import InputProgram
+from desktop_tools import output, text_window
 from quil_host import Host
 
 NOTHING = [], 0
@@ -44,7 +43,7 @@ def keyboard():
 
 class Interrupted(unittest.TestCase):
     def setUp(self):
-        self.app = InputProgram(self, "gtk3")
+        self.app = text_window(self, "gtk3")
         self.keyboard = keyboard()
         self.assertEqual(pressed(), NOTHING)
 

@@ -3,18 +3,12 @@ import re
 import time
 import unittest
 
-from desktop_tools import XServer, output, until
-from input_program import InputProgram
+from desktop_tools import XServer, geometry, output, text_window, until
+from field_programs import point
 from quil_host import Host
 from real_keyboard import RealKeyboard
 
-WIDTH, HEIGHT = 1366, 768
 SHIFT, LOCK, CONTROL, ALT, BUTTON1 = 1, 2, 4, 8, 256
-
-
-def point(x, y):
-    """The point object of a pixel's middle."""
-    return {"x": (x + 0.5) / WIDTH, "y": (y + 0.5) / HEIGHT}
 
 
 def pointer():
@@ -24,12 +18,9 @@ def pointer():
 class InputTest(unittest.TestCase):
     def setUp(self):
         self.host = self.enterContext(Host())
-        self.app = InputProgram(self, "gtk3", "events")
-        self.places = self.app.ask("places")
-
-    def middle(self, name):
-        x, y, width, height = self.places[name]
-        return x + width // 2, y + height // 2
+        self.app = text_window(self, "gtk3", "field")
+        x, y, width, _ = geometry(self.app.window)
+        self.middle = x + width // 2, y + 50
 
     def events(self, count, is_wanted):
         """So many events of a kind. The window manager, which looks at clicks first, may delay them."""
@@ -53,7 +44,7 @@ def is_scroll(event):
 
 class Pointer(InputTest):
     def test_clicks_and_moves(self):
-        x, y = self.middle("field")
+        x, y = self.middle
         self.assertEqual(self.host.result("desktop_move", point=point(x, y)), {"ok": True})
         self.assertEqual(pointer(), (x, y))
         self.app.ask("events")
@@ -72,7 +63,7 @@ class Pointer(InputTest):
         self.assertEqual([e[:2] for e in self.events(2, is_button)], [["press", 1], ["release", 1]])
 
     def test_wheel(self):
-        x, y = self.middle("field")
+        x, y = self.middle
         for amount, axis, direction in [(3, "vertical", "up"), (-2, "vertical", "down"),
                                         (2, "horizontal", "left"), (-1, "horizontal", "right")]:
             self.host.result("desktop_scroll", point=point(x, y), amount=amount, axis=axis)
@@ -85,14 +76,7 @@ class Pointer(InputTest):
         self.assertEqual(len(self.events(1000, is_scroll)), 1000)
 
     def test_drags(self):
-        x, y, width, height = self.places["slider"]
-        self.assertEqual(self.app.ask("slider"), 0)
-        knob = (x + 10, y + height - 12)
-        self.host.result("desktop_drag", **{"from": point(*knob),
-                                            "to": point(x + width // 2, knob[1])})
-        until(lambda: abs(self.app.ask("slider") - 50) < 7, "the slider in the middle")
-
-        x, y = self.middle("field")
+        x, y = self.middle
         self.app.ask("events")
         self.host.result("desktop_drag", **{"from": point(x, y), "to": point(x + 120, y + 24)})
         events = self.events(2, lambda e: is_button(e) or e[0] == "motion" and e[3] & BUTTON1)

@@ -7,9 +7,8 @@ import time
 import unittest
 import unittest.mock
 
-from desktop_tools import Program, needs_chromium, output, until
+from desktop_tools import Program, needs_chromium, output, text_window, until
 from field_programs import start_program
-from input_program import InputProgram
 from quil_host import Host
 
 MIXED = ("The quick brown FOX (über) jumps — «naïve» façade, señor! ΑΒΓαβγδ Привет, мир. ¡~^`¨´\n"
@@ -36,7 +35,7 @@ class TextTest(unittest.TestCase):
 
 class Toolkits(TextTest):
     def check(self, toolkit):
-        app = InputProgram(self, toolkit)
+        app = text_window(self, toolkit)
         for text in (mixed(500), "Hello, World", "", "a\r\nb\rc\nd", "ééé" * 20 + "\a\x00ok"):
             self.type(text)
             wanted = "a\nb\nc\nd" if text.startswith("a\r") else text.replace("\a\x00", "")
@@ -57,7 +56,7 @@ class Toolkits(TextTest):
         with unittest.mock.patch.dict(os.environ, GTK_IM_MODULE="ibus", QT_IM_MODULE="ibus"):
             self.check("gtk3")
             self.check("qt5")
-            app = InputProgram(self, "gtk4")
+            app = text_window(self, "gtk4")
 
             def types_exactly():
                 app.ask("clear")
@@ -88,7 +87,7 @@ class Applications(TextTest):
     def test_a_megabyte_is_pasted_whole(self):
         text = "0123456789 日本語 é\n" * 50_000
         for toolkit in ("gtk3", "qt6"):
-            app = InputProgram(self, toolkit)
+            app = text_window(self, toolkit)
             self.assertTrue(self.host.result("desktop_paste", text=text)["ok"])
             until(lambda: app.ask("text") == text, toolkit)
             app.end()
@@ -97,7 +96,7 @@ class Applications(TextTest):
 class Keyboards(TextTest):
     def setUp(self):
         super().setUp()
-        self.app = InputProgram(self, "gtk3")
+        self.app = text_window(self, "gtk3")
         self.addCleanup(output, "setxkbmap", "us", "-option", "")
 
     def typed(self, text):
@@ -158,7 +157,7 @@ class Keyboards(TextTest):
 
 class Failures(TextTest):
     def test_killed_while_typing(self):
-        app = InputProgram(self, "gtk3")
+        app = text_window(self, "gtk3")
         self.type("connected before")
         victim = self.enterContext(Host())
         os.kill(app.pid, signal.SIGSTOP)  # keeps the keys from being done with
@@ -176,7 +175,7 @@ class Failures(TextTest):
         self.assertEqual(app.ask("text"), text + "k", "nothing stays pressed")
 
     def test_two_runtimes_at_once(self):
-        app = InputProgram(self, "gtk3")
+        app = text_window(self, "gtk3")
         other = self.enterContext(Host())
         texts = mixed(400), mixed(400)[::-1]
         for _ in range(3):
@@ -188,7 +187,7 @@ class Failures(TextTest):
             self.assertIn(app.ask("text"), (texts[0] + texts[1], texts[1] + texts[0]))
 
     def test_a_program_that_hangs(self):
-        app = InputProgram(self, "gtk3")
+        app = text_window(self, "gtk3")
         os.kill(app.pid, signal.SIGSTOP)
         began = time.monotonic()
         self.type("".join(chr(0x4E00 + i) for i in range(1000)))

@@ -8,8 +8,7 @@ import threading
 import time
 import unittest
 
-from desktop_tools import PYTHON, Program, until
-from input_program import InputProgram
+from desktop_tools import PYTHON, Program, text_window, until
 from quil_host import Host
 
 TEXT = "Grüße\n日本語 👩‍💻\ttab"
@@ -131,7 +130,7 @@ class Pasteboard(unittest.TestCase):
         self.assertEqual(lines(), [b"ready"] + 7 * [b"changed"])
 
     def test_a_busy_program_pastes_the_text_all_the_same(self):
-        app = InputProgram(self, "qt6")
+        app = text_window(self, "qt6")
         copy(self, "old")
         os.kill(app.pid, signal.SIGSTOP)
         number = self.host.send("desktop_paste", {"text": "new"})

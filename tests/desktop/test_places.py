@@ -4,29 +4,27 @@ screen, and clicks that have to reach them.
 usage: test_places.py    for a sample; QUIL_PLACES=all for every toolkit at every scale
 """
 import os
-import queue
 import re
-import shutil
-import signal
 import subprocess
-import threading
 import unittest
 
-from desktop_tools import PYTHON, SUPPORT, output, until
-from places_app import COLOURS
+from ax_tools import gallery, missing_for
+from desktop_tools import output, until
+from gallery.gallery import COLOURS
 from quil_host import Failure, Host
 
 SCALES = {"gtk3": (1, 2), "gtk4": (1, 2), "qt5": (1, 1.25, 1.5, 2), "qt6": (1, 1.25, 1.5, 2),
-          "quick": (1, 1.25, 1.5, 2), "swing": (1, 2), "chromium": (1, 1.25, 1.5, 2),
+          "qml6": (1, 1.25, 1.5, 2), "swing": (1, 2), "chromium": (1, 1.25, 1.5, 2),
           "firefox": (1, 1.25, 1.5, 2)}
 SAMPLE = {"gtk3": (2,), "gtk4": (2,), "qt5": (1.5,), "qt6": (1.25,), "chromium": (2,)}
-NEEDS = {"swing": "javac", "chromium": "chromium", "firefox": "firefox"}
+# What the gallery tells: what opens it, and the name of what is clicked then.
+PROBES = {"push": (None, "Push"), "dialog": ("Dialog", "Done"), "open": ("Menu", "Open"), "popover": ("Popover", "Apple")}
 # How far a toolkit's own rounding may take an edge, in pixels.
 TOLERANCE = 2
 # Not compared with the picture: lists that browsers paint as they like, and what Qt's list hides.
-NOT_PAINTED = {("chromium", "menu"), ("firefox", "menu"), ("qt5", "popover"), ("qt6", "popover")}
+NOT_PAINTED = {("chromium", "open"), ("firefox", "open"), ("qt5", "popover"), ("qt6", "popover")}
 # Java closes its own menus at this scale, whoever clicks into them.
-NOT_CLICKED = {("swing", 2, "menu"), ("swing", 2, "popover")}
+NOT_CLICKED = {("swing", 2, "open"), ("swing", 2, "popover")}
 
 
 def painted(what):
@@ -41,25 +39,6 @@ def painted(what):
         return None
     xs, ys = zip(*places)
     return min(xs), min(ys), max(xs) + 1, max(ys) + 1
-
-
-class PlacesApp:
-    def __init__(self, test, toolkit, scale):
-        environment = dict(os.environ, PLACES_SCALE=str(scale))
-        environment["GDK_SCALE" if toolkit.startswith("gtk") else "QT_SCALE_FACTOR"] = str(scale)
-        self.process = subprocess.Popen(
-            [PYTHON, "-B", os.path.join(SUPPORT, "places_app.py"), toolkit], env=environment,
-            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, start_new_session=True)
-        test.addCleanup(self.end)
-        self.clicks = queue.Queue()
-        threading.Thread(target=lambda: [self.clicks.put(line.strip())
-                                         for line in self.process.stdout], daemon=True).start()
-
-    def end(self):
-        if self.process.poll() is not None:
-            return
-        os.killpg(self.process.pid, signal.SIGKILL)
-        self.process.wait()
 
 
 class PlacesTest(unittest.TestCase):
@@ -84,42 +63,43 @@ class PlacesTest(unittest.TestCase):
 
         until(try_it, f"a click on {name}")
 
+    def compare(self, host, what, name):
+        seen = told = None
+
+        def agrees():
+            nonlocal seen, told
+            told, seen = self.look(host, name)["bounds"], painted(what)
+            edges = told["x"], told["y"], told["x"] + told["width"], told["y"] + told["height"]
+            return seen and all(abs(a - b) <= TOLERANCE for a, b in zip(edges, seen))
+
+        try:
+            until(agrees, "bounds", 8)
+        except AssertionError:
+            self.fail(f"{what} is painted at {seen}, its bounds are {told}")
+
     def check(self, toolkit, scale):
         with Host() as host:
             host.result("ping")
-            app = PlacesApp(self, toolkit, scale)
-            for what in ("main", "dialog", "menu", "popover"):
-                if what != "main":
-                    self.click(host, f"Open {what}")
+            program = gallery(self, toolkit, scale=scale)
+            for what, (opener, name) in PROBES.items():
+                if opener:
+                    self.click(host, opener)
                 if (toolkit, what) not in NOT_PAINTED:
-                    seen = until(lambda: painted(what), f"{what} on the screen")
-
-                    def agrees():
-                        nonlocal seen, told
-                        told = self.look(host, f"Probe {what}")["bounds"]
-                        seen = painted(what) or seen
-                        edges = (told["x"], told["y"], told["x"] + told["width"],
-                                 told["y"] + told["height"])
-                        return all(abs(a - b) <= TOLERANCE for a, b in zip(edges, seen))
-
-                    told = None
-                    try:
-                        until(agrees, "bounds", 8)
-                    except AssertionError:
-                        self.fail(f"{what} is painted at {seen}, its bounds are {told}")
-                self.click(host, f"Probe {what}")
-                if (toolkit, scale, what) in NOT_CLICKED:
-                    continue
-                self.assertEqual(app.clicks.get(timeout=10), f"Probe {what}")
-            app.end()
+                    self.compare(host, what, name)
+                self.click(host, name)
+                if toolkit in ("chromium", "firefox"):
+                    until(lambda: any(window["name"].startswith(f"told {what}") for window in
+                                      host.result("desktop_windows_list")["windows"]), f"a click on {what}")
+                elif (toolkit, scale, what) not in NOT_CLICKED:
+                    program.until_told(**{what: True})
+            program.end()
 
     def test_bounds_and_clicks(self):
         for toolkit, scales in (SCALES if os.environ.get("QUIL_PLACES") == "all" else SAMPLE).items():
             for scale in scales:
                 with self.subTest(toolkit=toolkit, scale=scale):
-                    needed = NEEDS.get(toolkit)
-                    if needed and not shutil.which(needed):
-                        self.skipTest(f"{needed} is not installed")
+                    if (packages := missing_for(toolkit)):
+                        self.skipTest(f"{packages} is not installed")
                     self.check(toolkit, scale)
 
 

@@ -96,6 +96,9 @@ class RecordingTest(unittest.TestCase):
             ("keypress", "shift+keycode-48"), ("keypress", "keycode-123"),
             ("keypress", "keycode-639"), ("type", " ")])
         self.assertNotIn("target", events[0])
+        self.host.result("startInputRecording")
+        user("click", 1, "key", "a")  # just before the end
+        self.assertEqual([brief(event)[0] for event in self.host.result("stopInputRecording")["events"]], ["click", "type"])
 
     def test_text_is_the_layouts(self):
         self.assertEqual(self.text("key q w 2 shift+2", count=4), list("qw2@"))

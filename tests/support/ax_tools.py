@@ -1,46 +1,67 @@
-"""What tests of observed trees need: forms to observe, and what libatspi sees of them."""
-import json
+"""What tests of observed trees need: programs to observe, and what libatspi sees of them."""
 import os
-import queue
+import shutil
 import subprocess
-import threading
+import tempfile
 
 import gi
 
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi
 
-from desktop_tools import PYTHON, SUPPORT, Program, until
+from desktop_tools import CHROMIUM, PYTHON, SUPPORT, Program, output, until
 from quil_host import Failure
 
+GALLERY = os.path.join(SUPPORT, "gallery")
+ATK_WRAPPER = "/usr/share/java/java-atk-wrapper.jar"
+FIREFOX_PREFERENCES = {
+    "accessibility.force_disabled": "-1", "browser.shell.checkDefaultBrowser": "false",
+    "browser.aboutwelcome.enabled": "false", "datareporting.policy.dataSubmissionEnabled": "false",
+    "dom.disable_open_during_load": "false", "browser.startup.homepage_override.mstone": '"ignore"',
+    "toolkit.telemetry.reportingpolicy.firstRun": "false"}
 
-class Form(Program):
-    """tests/support/form_app.py, and what it says of itself."""
 
-    def __init__(self, test, toolkit, *arguments):
-        super().__init__(test, PYTHON, "-B", os.path.join(SUPPORT, "form_app.py"), toolkit,
-                         *arguments, stdout=subprocess.PIPE)
-        self.states = queue.Queue()
-        threading.Thread(target=self.read, daemon=True).start()
+def gallery(test, toolkit, *rows, scale=1):
+    """One of each widget of a toolkit or browser (tests/support/gallery), in a program that tells what is
+    done to it; a page tells it by its title."""
+    folder = test.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
+    page = "file://" + os.path.join(GALLERY, "gallery.html")
+    variable = "GDK_SCALE" if toolkit.startswith("gtk") else "QT_SCALE_FACTOR"
+    command = [PYTHON, "-B", os.path.join(GALLERY, "gallery.py"), toolkit, *rows]
+    if toolkit == "swing":
+        output("javac", "-d", folder, os.path.join(GALLERY, "Gallery.java"))
+        command = ["java", f"-Dsun.java2d.uiScale={scale}", "-cp", folder + ":" + ATK_WRAPPER,
+                   "-Djava.library.path=/usr/lib/jni", "-Djavax.accessibility.assistive_technologies="
+                   "org.GNOME.Accessibility.AtkWrapper", "Gallery"]
+    elif toolkit == "chromium":
+        command = [*CHROMIUM, f"--user-data-dir={folder}", f"--force-device-scale-factor={scale}",
+                   "--window-size=560,480", "--window-position=90,70", page]
+    elif toolkit == "firefox":
+        with open(f"{folder}/user.js", "w") as file:
+            for name, value in {**FIREFOX_PREFERENCES, "layout.css.devPixelsPerPx": f'"{scale}"'}.items():
+                file.write(f'user_pref("{name}", {value});\n')
+        command = ["firefox", "--no-remote", "--profile", folder, "--width", "600", "--height", "500", page]
+    is_page = toolkit in ("chromium", "firefox")
+    return Program(test, *command, talks=not is_page, has_window=not is_page,
+                   env=dict(os.environ, **{variable: str(scale)}))
 
-    def read(self):
-        for line in self.process.stdout:
-            self.states.put(json.loads(line))
 
-    def until(self, **wanted):
-        """Waits for a state with these members."""
-        while True:
-            state = self.states.get(timeout=20)
-            if wanted.items() <= state.items():
-                return state
-
-    def end(self):
-        super().end()
-        self.process.stdout.close()
+def missing_for(toolkit):
+    """What is not installed of what the toolkit's gallery needs; None when nothing is."""
+    if toolkit == "swing":
+        has_java = shutil.which("java") and shutil.which("javac") and os.path.exists(ATK_WRAPPER)
+        return None if has_java else "default-jdk and libatk-wrapper-java"
+    if toolkit.startswith("qml"):
+        version = toolkit[-1]
+        check = f"import PyQt{version}.QtQuick, PyQt{version}.QtQml"
+        found = subprocess.run([PYTHON, "-c", check], capture_output=True).returncode == 0
+        return None if found else f"python3-pyqt{version}.qtquick"
+    is_missing = toolkit in ("chromium", "firefox") and not shutil.which(toolkit)
+    return toolkit if is_missing else None
 
 
 def observe(host, program, condition=lambda state: True):
-    """The tree of the program, once it is in front, as wanted, and changes no more."""
+    """The tree, once the program (None for any) is in front, as wanted, and changes no more."""
     revision = None
 
     def look():
@@ -48,10 +69,10 @@ def observe(host, program, condition=lambda state: True):
         before, state = revision, host.result("desktop_ax_get_state")
         revision = state["revision"]
         is_whole = len(state["nodes"]) > 5 and condition(state)
-        is_front = state.get("target", {}).get("pid") == program.pid
+        is_front = not program or state.get("target", {}).get("pid") == program.pid
         return state if is_front and is_whole and before == revision else None
 
-    return until(look, "the program's tree")
+    return until(look, "the program's tree", 60)
 
 
 def find(state, role, name=None):
@@ -95,15 +116,6 @@ def window_of(program):
         if application and application.get_process_id() == program.pid:
             return application.get_child_at_index(0)
     raise AssertionError("libatspi does not see the program")
-
-
-def has_focused_field(accessible):
-    """Whether a text field in there has the keyboard focus, as libatspi sees it."""
-    states = accessible.get_state_set()
-    if states.contains(Atspi.StateType.FOCUSED) and states.contains(Atspi.StateType.EDITABLE):
-        return True
-    return any(has_focused_field(accessible.get_child_at_index(position))
-               for position in range(min(accessible.get_child_count(), 20)))
 
 
 def bounds(node):

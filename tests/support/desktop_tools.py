@@ -1,10 +1,13 @@
 """What tests on a real desktop need: programs to look at, and what other tools say of them."""
 import contextlib
+import json
 import os
+import queue
 import re
 import shutil
 import signal
 import subprocess
+import threading
 import time
 import unittest
 
@@ -42,12 +45,17 @@ class Cleanups(contextlib.ExitStack):
 
 
 class Program:
-    """A program that runs as long as the test: one that shows a window, unless said otherwise."""
+    """A program that runs as long as the test, with all that it starts: one that shows a window, unless
+    said otherwise. One that `talks` does so by lines of JSON."""
 
-    def __init__(self, test, *command, has_window=True, env=None, stdout=subprocess.DEVNULL):
-        self.process = subprocess.Popen(command, env=env, stdin=subprocess.DEVNULL,
-                                        stdout=stdout, stderr=subprocess.DEVNULL)
+    def __init__(self, test, *command, has_window=True, talks=False, env=None, stdout=subprocess.DEVNULL):
+        pipe = subprocess.PIPE if talks else None
+        self.process = subprocess.Popen(command, env=env, stdin=pipe or subprocess.DEVNULL, stdout=pipe or stdout,
+                                        stderr=subprocess.DEVNULL, start_new_session=True, text=True)
         self.pid = self.process.pid
+        self.lines = queue.SimpleQueue()
+        if talks:
+            threading.Thread(target=self.read, daemon=True).start()
         test.addCleanup(self.end)
         self.window = self.find_window(env) if has_window else None
 
@@ -58,15 +66,44 @@ class Program:
         return int(until(lambda: output(*search, check=False, env=env, stderr=subprocess.DEVNULL),
                          f"a window of {self.process.args[0]}").split()[0])
 
+    def read(self):
+        with self.process.stdout as lines:
+            for line in lines:
+                self.lines.put(json.loads(line))
+
+    def ask(self, what):
+        """What the program answers."""
+        self.process.stdin.write(what + "\n")
+        self.process.stdin.flush()
+        return self.lines.get(timeout=60)
+
+    def until_told(self, **wanted):
+        """Waits until the program says this of itself."""
+        while self.lines.get(timeout=20) != wanted:
+            pass
+
     def end(self):
-        self.process.kill()
+        with contextlib.suppress(ProcessLookupError):
+            os.killpg(self.pid, signal.SIGKILL)
         self.process.wait()
+        if self.process.stdin:
+            self.process.stdin.close()
 
 
-def window_app(test, toolkit, title, width=300, height=200, *options, env=None):
-    """A window of tests/support/window_app.py."""
-    return Program(test, PYTHON, "-B", os.path.join(SUPPORT, "window_app.py"), toolkit, title,
-                   str(width), str(height), *options, env=env)
+def window_app(test, toolkit, titles, width=300, height=200, *options, env=None):
+    """Windows of tests/support/window_app.py, of which the first is known by its number."""
+    return Program(test, PYTHON, "-B", os.path.join(SUPPORT, "window_app.py"), toolkit, titles,
+                   str(width), str(height), *options, env=env, talks=True)
+
+
+def text_window(test, toolkit, *options):
+    """A window that has the focus and is filled by a text area."""
+    program = window_app(test, toolkit, "input", 500, 400, "plain", *options)
+    output("xdotool", "windowfocus", "--sync", str(program.window))
+    until(lambda: output("xdotool", "getwindowfocus", "getwindowpid").strip() == str(program.pid),
+          "the focus")
+    program.ask("text")
+    return program
 
 
 def change(window, *arguments):

@@ -1,15 +1,13 @@
 """Programs with two places for text, each in the toolkit that it stands for, and what they hold."""
-import contextlib
 import glob
 import json
 import os
 import re
-import signal
 import subprocess
 import tempfile
 import time
 
-from desktop_tools import CHROMIUM, PYTHON, SUPPORT, change, geometry, output, until
+from desktop_tools import CHROMIUM, SUPPORT, Program, change, geometry, output, until, window_app
 
 WIDTH, HEIGHT = map(int, re.findall(r"dimensions:\s+(\d+)x(\d+)", output("xdpyinfo"))[0])
 PAGE = """<meta charset=utf-8><title>["",""]</title><style>body {margin: 0; display: flex}
@@ -23,27 +21,10 @@ def point(x, y):
     return {"x": (x + 0.5) / WIDTH, "y": (y + 0.5) / HEIGHT}
 
 
-def start(test, command, **options):
-    """A program that is ended with all that it has started."""
-    process = subprocess.Popen(command, stderr=subprocess.DEVNULL, start_new_session=True, text=True,
-                               **{"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, **options})
-
-    def end():
-        with contextlib.suppress(ProcessLookupError):
-            os.killpg(process.pid, signal.SIGKILL)
-        process.wait()
-        for stream in filter(None, (process.stdin, process.stdout)):
-            stream.close()
-
-    test.addCleanup(end)
-    return process
-
-
 def window_named(pattern, seconds=90):
     search = ("xdotool", "search", "--onlyvisible", "--name", pattern)
     return int(until(lambda: output(*search, check=False, stderr=subprocess.DEVNULL), pattern,
                      seconds).split()[0])
-
 
 
 class FieldProgram:
@@ -93,26 +74,21 @@ class TwoWindows(FieldProgram):
     titles = "one", "two"
 
     def __init__(self, test, toolkit):
-        command = [PYTHON, "-B", os.path.join(SUPPORT, "fields_app.py"), toolkit]
         if toolkit == "swing":
             classes = test.enterContext(tempfile.TemporaryDirectory())
             output("javac", "-d", classes, os.path.join(SUPPORT, "FieldsApp.java"))
-            command = ["java", "-cp", classes, "FieldsApp"]
+            self.program = Program(test, "java", "-cp", classes, "FieldsApp", talks=True)
+        else:
+            self.program = window_app(test, toolkit, "one,two", 400, 300, "plain")
         if toolkit == "tk":
             self.exact = "xéyЖ€日"  # Tk 8.6 knows no more
-        self.process = start(test, command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self.arrange([window_named(f"^{title}$") for title in self.titles])
 
-    def ask(self, what):
-        self.process.stdin.write(what + "\n")
-        self.process.stdin.flush()
-        return json.loads(self.process.stdout.readline())
-
     def texts(self):
-        return self.ask("texts")
+        return self.program.ask("texts")
 
     def clear(self, _host):
-        self.ask("clear")
+        self.program.ask("clear")
 
 
 class Terminals(FieldProgram):
@@ -124,8 +100,8 @@ class Terminals(FieldProgram):
         self.paths = [f"{folder}/{title}" for title in self.titles]
         self.seen = [0, 0]
         for title, path in zip(self.titles, self.paths):
-            start(test, ["xterm", "-T", title, "-u8", "-geometry", "60x20", "-e", "sh", "-c",
-                         f"stty raw -echo; : > {path}; exec tee -a {path}"])
+            Program(test, "xterm", "-T", title, "-u8", "-geometry", "60x20", "-e", "sh", "-c",
+                    f"stty raw -echo; : > {path}; exec tee -a {path}")
         until(lambda: all(map(os.path.exists, self.paths)), "the shells")
         self.arrange([window_named(f"^{title}$") for title in self.titles])
 
@@ -156,7 +132,7 @@ class Browser(FieldProgram):
         else:
             os.mkdir(f"{folder}/profile")
             command = ["firefox", "--no-remote", "--profile", f"{folder}/profile", "--kiosk", address]
-        start(test, command)
+        Program(test, *command, has_window=False)
         self.window = window_named(r'^\["","')
         time.sleep(2)
         self.arrange([self.window], 1000)
@@ -185,8 +161,8 @@ class Writer(FieldProgram):
         self.atspi = Atspi
         folder = test.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True))
         open(f"{folder}/one.txt", "w").close()
-        start(test, ["soffice", f"-env:UserInstallation=file://{folder}/profile", "--norestore",
-                     "--nologo", "--nofirststartwizard", f"{folder}/one.txt"])
+        Program(test, "soffice", f"-env:UserInstallation=file://{folder}/profile", "--norestore",
+                "--nologo", "--nofirststartwizard", f"{folder}/one.txt", has_window=False)
         self.titles = "one.txt - LibreOffice Writer",
         self.arrange([window_named("^one.txt")])
         self.document = until(self.find_document, "the document")

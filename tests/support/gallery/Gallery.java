@@ -3,6 +3,8 @@
 import java.awt.*;
 import javax.swing.*;
 import javax.swing.event.*;
+import javax.swing.plaf.basic.BasicButtonUI;
+import javax.swing.plaf.basic.BasicMenuItemUI;
 import javax.swing.tree.*;
 
 public class Gallery {
@@ -27,6 +29,31 @@ public class Gallery {
         return button;
     }
 
+    static JButton button(String label, Runnable action) {
+        JButton button = new JButton(label);
+        button.addActionListener(e -> action.run());
+        return button;
+    }
+
+    /** A button with a colour that is nowhere else. */
+    static JButton probe(String label, String widget, String colour, Runnable action) {
+        JButton button = button(label, () -> { report(widget, true); action.run(); });
+        button.setUI(new BasicButtonUI());
+        button.setBackground(Color.decode(colour));
+        button.setBorder(BorderFactory.createEmptyBorder(6, 12, 6, 12));
+        button.setFocusPainted(false);
+        return button;
+    }
+
+    static void openDialog(JFrame frame) {
+        JDialog dialog = new JDialog(frame, "Dialog");
+        dialog.getContentPane().setLayout(new FlowLayout());
+        dialog.add(probe("Done", "dialog", "#10e070", dialog::dispose));
+        dialog.setSize(300, 100);
+        dialog.setLocationRelativeTo(frame);
+        dialog.setVisible(true);
+    }
+
     public static void main(String[] arguments) {
         SwingUtilities.invokeLater(Gallery::show);
     }
@@ -34,8 +61,11 @@ public class Gallery {
     static void show() {
         JFrame frame = new JFrame("Gallery");
         Box box = Box.createVerticalBox();
-        JButton push = new JButton("Push");
-        push.addActionListener(e -> report("push", true));
+        JButton push = probe("Push", "push", "#e01070", () -> {});
+        JPopupMenu popover = new JPopupMenu();
+        popover.add(probe("Apple", "popover", "#e0a010", () -> popover.setVisible(false)));
+        JButton popoverOpener = button("Popover", () -> popover.show(box, 60, 80));
+        box.add(row(button("Dialog", () -> openDialog(frame)), popoverOpener));
         box.add(row(push, told(new JToggleButton("Toggle"), "toggle"),
                     told(new JCheckBox("Check"), "check")));
         AbstractButton one = told(new JRadioButton("One"), "one");
@@ -88,11 +118,18 @@ public class Gallery {
         root.add(new DefaultMutableTreeNode("below"));
         box.add(row(scrolled, tableScrolled, new JTree(root),
                     new JList<>(new String[] {"Item one", "Item two"})));
-        JMenu file = new JMenu("File");
+        JMenu file = new JMenu("Menu");
         JMenuItem open = new JMenuItem("Open");
+        open.setUI(new BasicMenuItemUI() {
+            protected void paintMenuItem(Graphics g, JComponent c, Icon check, Icon arrow, Color background,
+                                         Color foreground, int gap) {
+                g.setColor(Color.decode("#7010e0"));
+                g.fillRect(0, 0, c.getWidth(), c.getHeight());
+            }
+        });
+        open.setPreferredSize(new Dimension(160, 30));
         open.addActionListener(e -> report("open", true));
         file.add(open);
-        file.add(new JCheckBoxMenuItem("Marked"));
         JMenuBar bar = new JMenuBar();
         bar.add(file);
         frame.setJMenuBar(bar);

@@ -1,8 +1,12 @@
 """One of each widget of a toolkit, for tests of what elements say and do.
 
-usage: gallery.py gtk3|gtk4|qt5|qt6|qml5|qml6
+usage: gallery.py gtk3|gtk4|qt5|qt6|qml5|qml6 [ROWS]
 
-Each line of standard output is what has changed: {"widget": value}.
+Each line of standard output is what has changed: {"widget": value}. A push button says afterwards that
+it was pushed; after it the focus comes to a password. ROWS (GTK) is how long the list is.
+
+That button, "Done" in the dialog that "Dialog" opens, "Open" in the menu "Menu" and "Apple" in what
+"Popover" opens each have a colour that is nowhere else, all over their bounds.
 """
 import json
 import os
@@ -10,19 +14,35 @@ import sys
 
 FOLDER = os.path.dirname(os.path.abspath(__file__))
 TITLE = "Gallery"
+COLOURS = {"push": "#e01070", "dialog": "#10e070", "open": "#7010e0", "popover": "#e0a010"}
 FRUIT = ("Apple", "Pear", "Plum")
+TEXT = "first line\nsecond line"
+REFUSED = "refused"  # by GTK's entry, which keeps its text
 
 
 def report(widget, value):
     print(json.dumps({widget: value}), flush=True)
 
 
-def gtk(version):
+def gtk(version, rows):
     import gi
     gi.require_version("Gtk", version)
-    from gi.repository import Gio, GLib, Gtk
+    gi.require_version("Gdk", version)
+    from gi.repository import Gdk, Gio, GLib, Gtk
     is_4 = version == "4.0"
+    provider = Gtk.CssProvider()
+    provider.load_from_data("".join(
+        f"{selector} {{ background: {colour}; border: none; border-radius: 0; outline: none; box-shadow: none;"
+        " text-shadow: none; margin: 0; padding: 0 }" for selector, colour in [
+            ("menu menuitem, modelbutton", COLOURS["open"]),
+            *((f"#{name}, #{name} > *", colour) for name, colour in COLOURS.items())]).encode())
+    if is_4:
+        Gtk.StyleContext.add_provider_for_display(Gdk.Display.get_default(), provider, 800)
+    else:
+        Gtk.StyleContext.add_provider_for_screen(Gdk.Screen.get_default(), provider, 800)
     window = Gtk.Window(title=TITLE, default_width=500, default_height=700)
+    # Draws its own decorations, with shadows where the window manager knows of such.
+    window.set_titlebar(Gtk.HeaderBar() if is_4 else Gtk.HeaderBar(title=TITLE, show_close_button=True))
     box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=2)
 
     def put(parent, child):
@@ -34,15 +54,44 @@ def gtk(version):
             put(line, widget)
         put(box, line)
 
-    push, toggle = Gtk.Button(label="Push"), Gtk.ToggleButton(label="Toggle")
-    push.connect("clicked", lambda *_: report("push", True))
+    def button(label, name, action):
+        made = Gtk.Button(label=label, name=name)
+        made.connect("clicked", lambda *_: (report(name, True), action()))
+        return made
+
+    def open_dialog():
+        dialog = Gtk.Window(title="Dialog", transient_for=window, modal=True, default_width=300,
+                            default_height=100)
+        inside = Gtk.Box(margin_top=12, margin_bottom=12, margin_start=24, margin_end=24)
+        put(inside, button("Done", "dialog", dialog.destroy))
+        (dialog.set_child if is_4 else dialog.add)(inside)
+        (dialog.present if is_4 else dialog.show_all)()
+
+    push = button("Push", "push", lambda: push.set_label("Pushed"))
+    toggle = Gtk.ToggleButton(label="Toggle")
+    password = Gtk.PasswordEntry(text="secret") if is_4 else Gtk.Entry(text="secret",
+                                                                       visibility=False)
     toggle.connect("toggled", lambda *_: report("toggle", toggle.get_active()))
     check, switch = Gtk.CheckButton(label="Check"), Gtk.Switch()
     check.connect("toggled", lambda *_: report("check", check.get_active()))
     switch.connect("notify::active", lambda *_: report("switch", switch.get_active()))
     link = Gtk.LinkButton(uri="about:blank", label="Link")
     link.connect("activate-link", lambda *_: report("link", True) or True)
-    row(push, toggle, check, switch, link)
+    row(push, password, toggle, check, switch, link)
+    actions = Gio.SimpleActionGroup()
+    action = Gio.SimpleAction.new("open", None)
+    action.connect("activate", lambda *_: report("open", True))
+    actions.add_action(action)
+    window.insert_action_group("win", actions)
+    menu, file = Gio.Menu(), Gio.Menu()
+    file.append("Open", "win.open")
+    menu.append_submenu("Menu", file)
+    bar = Gtk.PopoverMenuBar.new_from_model(menu) if is_4 else Gtk.MenuBar.new_from_model(menu)
+    popover = Gtk.Popover()
+    apple = button("Apple", "popover", popover.popdown)
+    (popover.set_child if is_4 else popover.add)(apple)
+    apple.set_visible(True)
+    row(bar, button("Dialog", "opener", open_dialog), Gtk.MenuButton(label="Popover", popover=popover))
     if is_4:
         one, two = Gtk.CheckButton(label="One"), Gtk.CheckButton(label="Two")
         two.set_group(one)
@@ -58,8 +107,7 @@ def gtk(version):
         choice.set_active(1)
     row(one, two, combo, editable)
     if is_4:
-        row(Gtk.DropDown.new_from_strings(FRUIT), Gtk.EditableLabel(text="editable label"),
-            Gtk.Spinner(spinning=True))
+        row(Gtk.DropDown.new_from_strings(FRUIT), Gtk.EditableLabel(text="editable label"))
     spin = Gtk.SpinButton.new_with_range(0, 100, 1)
     scale = Gtk.Scale.new_with_range(Gtk.Orientation.HORIZONTAL, 0, 100, 1)
     scale.set_size_request(120, -1)
@@ -68,11 +116,18 @@ def gtk(version):
         number.connect("value-changed", lambda it, name=name: report(name, it.get_value()))
     progress, level = Gtk.ProgressBar(fraction=0.4), Gtk.LevelBar(value=0.6)
     row(spin, scale, progress, level)
-    entry, search = Gtk.Entry(text="entry text"), Gtk.SearchEntry(text="sought")
-    password = Gtk.PasswordEntry(text="secret") if is_4 else Gtk.Entry(text="secret",
-                                                                       visibility=False)
-    entry.connect("changed", lambda *_: report("entry", entry.get_text()))
-    row(entry, search, password)
+    entry, search, area = Gtk.Entry(text="Grüße"), Gtk.SearchEntry(text="sought"), Gtk.TextView()
+    text = area.get_buffer()
+    text.set_text(TEXT)
+
+    def edited(*_):
+        if entry.get_text() == REFUSED:
+            entry.set_text("Grüße")
+        report("entry", entry.get_text())
+
+    entry.connect("changed", edited)
+    text.connect("changed", lambda *_: report("text", text.get_text(*text.get_bounds(), False)))
+    row(entry, search, area)
     expander = Gtk.Expander(label="More")
     (expander.set_child if is_4 else expander.add)(Gtk.Label(label="hidden detail"))
     expander.connect("notify::expanded", lambda *_: report("more", expander.get_expanded()))
@@ -85,36 +140,15 @@ def gtk(version):
     book.connect("switch-page", lambda _, __, page: report("tab", page))
     put(box, book)
     store = Gtk.TreeStore(str, int)
-    for number in range(2):
-        parent = store.append(None, [f"cell{number}_0", number])
-        store.append(parent, [f"below{number}", 7])
+    for number in reversed(range(rows)):  # since the last one is found by going through all
+        first = store.insert(None, 0, [f"cell{number}_0", number])
+    store.append(first, ["below", 7])
     tree = Gtk.TreeView(model=store)
     for column, title in enumerate(("Text", "Number")):
         tree.append_column(Gtk.TreeViewColumn(title, Gtk.CellRendererText(), text=column))
     scrolled = Gtk.ScrolledWindow(vexpand=True)
     (scrolled.set_child if is_4 else scrolled.add)(tree)
     put(box, scrolled)
-    actions = Gio.SimpleActionGroup()
-    for name in ("open", "other"):
-        action = Gio.SimpleAction.new(name, None)
-        action.connect("activate", lambda *_, name=name: report(name, True))
-        actions.add_action(action)
-    window.insert_action_group("win", actions)
-    menu, file = Gio.Menu(), Gio.Menu()
-    file.append("Open", "win.open")
-    menu.append_submenu("File", file)
-    bar = Gtk.PopoverMenuBar.new_from_model(menu) if is_4 else Gtk.MenuBar.new_from_model(menu)
-    menu_button = Gtk.MenuButton(label="Menu", menu_model=file)
-    row(bar, menu_button)
-    if not is_4:
-        status = Gtk.Statusbar()
-        status.push(0, "status text")
-        put(box, status)
-    else:
-        flow = Gtk.ListBox()
-        for name in ("Item one", "Item two"):
-            flow.append(Gtk.Label(label=name))
-        put(box, flow)
     (window.set_child if is_4 else window.add)(box)
     (window.present if is_4 else window.show_all)()
     GLib.MainLoop().run()
@@ -137,14 +171,34 @@ def qt(version):
             line.addWidget(item)
         layout.addLayout(line)
 
-    push, toggle = widgets.QPushButton("Push"), widgets.QPushButton("Toggle", checkable=True)
-    push.clicked.connect(lambda: report("push", True))
+    def button(label, name, action):
+        made = widgets.QPushButton(label)
+        made.clicked.connect(lambda: (report(name, True), action()))
+        made.setStyleSheet(f"background: {COLOURS[name]}; border: none; padding: 4px" if name in COLOURS else "")
+        return made
+
+    def open_dialog():
+        dialog = widgets.QDialog(window)
+        dialog.setWindowTitle("Dialog")
+        dialog.resize(300, 100)
+        widgets.QVBoxLayout(dialog).addWidget(button("Done", "dialog", dialog.accept))
+        dialog.open()
+
+    push = button("Push", "push", lambda: push.setText("Pushed"))
+    toggle = widgets.QPushButton("Toggle", checkable=True)
+    password = widgets.QLineEdit("secret")
+    password.setEchoMode(widgets.QLineEdit.EchoMode.Password)
     toggle.toggled.connect(lambda on: report("toggle", on))
     check, tool = widgets.QCheckBox("Check"), widgets.QToolButton(text="Tool")
     check.toggled.connect(lambda on: report("check", on))
     link = widgets.QLabel('<a href="about:blank">Link</a>')
     link.linkActivated.connect(lambda *_: report("link", True))
-    row(push, toggle, check, tool, link)
+    row(push, password, toggle, check, tool, link)
+    # Windows of the type Popup are not in the tree; the list of a combo box is.
+    popover = widgets.QComboBox()
+    popover.addItems(["Popover", "Apple"])
+    popover.activated.connect(lambda *_: report("popover", True))
+    row(button("Dialog", "opener", open_dialog), popover)
     one, two = widgets.QRadioButton("One"), widgets.QRadioButton("Two", checked=True)
     one.toggled.connect(lambda on: report("one", on))
     combo, editable = widgets.QComboBox(), widgets.QComboBox(editable=True)
@@ -152,16 +206,15 @@ def qt(version):
         choice.addItems(FRUIT)
         choice.setCurrentIndex(1)
     row(one, two, combo, editable)
-    spin, dial = widgets.QSpinBox(value=25), widgets.QDial(value=25)
+    spin = widgets.QSpinBox(value=25)
     slider = widgets.QSlider(core.Qt.Orientation.Horizontal, value=25)
     spin.valueChanged.connect(lambda value: report("spin", value))
     slider.valueChanged.connect(lambda value: report("slider", value))
-    row(spin, dial, slider, widgets.QProgressBar(value=40),
-        widgets.QDateEdit(core.QDate(2024, 2, 3)))
-    entry, password = widgets.QLineEdit("entry text"), widgets.QLineEdit("secret")
+    row(spin, slider, widgets.QProgressBar(value=40), widgets.QDateEdit(core.QDate(2024, 2, 3)))
+    entry, area = widgets.QLineEdit("Grüße"), widgets.QPlainTextEdit(TEXT)
     entry.textChanged.connect(lambda text: report("entry", text))
-    password.setEchoMode(widgets.QLineEdit.EchoMode.Password)
-    row(entry, password, widgets.QLCDNumber())
+    area.textChanged.connect(lambda: report("text", area.toPlainText()))
+    row(entry, area)
     group = widgets.QGroupBox("More", checkable=True, checked=False)
     group.toggled.connect(lambda on: report("more", on))
     row(group, widgets.QTextBrowser(plainText="read only text"))
@@ -180,11 +233,10 @@ def qt(version):
     listed = widgets.QListWidget()
     listed.addItems(["Item one", "Item two"])
     row(table, tree, listed)
-    menu = window.menuBar().addMenu("File")
+    menu = window.menuBar().addMenu("Menu")
     menu.addAction("Open").triggered.connect(lambda *_: report("open", True))
-    menu.addAction("Marked").setCheckable(True)
+    menu.setStyleSheet(f"QMenu::item {{ background: {COLOURS['open']}; padding: 4px 20px }}")
     menu.aboutToShow.connect(lambda: report("menu", True))
-    window.statusBar().showMessage("status text")
     window.show()
     application.exec()
 
@@ -213,6 +265,6 @@ def qml(version):
 if __name__ == "__main__":
     name = sys.argv[1]
     if name.startswith("gtk"):
-        gtk(name[3] + ".0")
+        gtk(name[3] + ".0", int((sys.argv[2:] or ["2"])[0]))
     else:
         (qml if name.startswith("qml") else qt)(name[-1])

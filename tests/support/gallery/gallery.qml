@@ -1,9 +1,11 @@
 // One of each control of Qt Quick, for tests of what elements say and do (both Qt 5 and Qt 6).
 import QtQuick 2.15
+import QtQuick.Window 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
 
 ApplicationWindow {
+    id: root
     title: "Gallery"
     width: 500
     height: 700
@@ -13,17 +15,46 @@ ApplicationWindow {
 
     menuBar: MenuBar {
         Menu {
-            title: "File"
+            title: "Menu"
             onAboutToShow: tell("menu", true)
-            MenuItem { text: "Open"; onTriggered: tell("open", true) }
+            MenuItem { text: "Open"; onTriggered: tell("open", true); background: Rectangle { color: "#7010e0" } }
+        }
+    }
+    Window {
+        id: dialog
+        title: "Dialog"
+        transientParent: root
+        width: 300
+        height: 100
+        Button {
+            x: 30
+            y: 20
+            text: "Done"
+            background: Rectangle { color: "#10e070" }
+            onClicked: { tell("dialog", true); dialog.close() }
+        }
+    }
+    Popup {
+        id: popover
+        x: 150
+        y: 150
+        focus: true
+        Button {
+            text: "Apple"
+            background: Rectangle { color: "#e0a010" }
+            onClicked: { tell("popover", true); popover.close() }
         }
     }
     ColumnLayout {
         RowLayout {
-            Button { text: "Push"; onClicked: tell("push", true) }
+            Button { text: "Push"; onClicked: tell("push", true); background: Rectangle { color: "#e01070" } }
             Button { text: "Toggle"; checkable: true; onCheckedChanged: tell("toggle", checked) }
             CheckBox { text: "Check"; onCheckedChanged: tell("check", checked) }
             Switch { text: "Switch"; onCheckedChanged: tell("switch", checked) }
+        }
+        RowLayout {
+            Button { text: "Dialog"; onClicked: dialog.show() }
+            Button { text: "Popover"; onClicked: popover.open() }
         }
         RowLayout {
             RadioButton { text: "One"; onCheckedChanged: tell("one", checked) }

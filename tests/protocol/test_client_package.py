@@ -1,4 +1,4 @@
-"""The clients as packages: a wheel and a tarball that carry the runtime, the pytest plugin, and README's first lines."""
+"""The clients as packages: a wheel and a tarball that carry the runtime, and the pytest plugin."""
 import json
 import os
 import sys
@@ -6,7 +6,7 @@ import tempfile
 import unittest
 import venv
 
-from client_programs import HAS_NODE, LANGUAGES, WITH_NODE, command, readme_lines, run
+from client_programs import HAS_NODE, WITH_NODE, command, run
 from protocol_schema import ROOT
 from quil_host import executable
 from simulated import example
@@ -70,21 +70,6 @@ class PackageTest(unittest.TestCase):
         runtime, answer = done.stdout.split()
         self.assertTrue(os.path.samefile(runtime, self.path("node_modules", "quil", "bin", "quil")))
         self.assertEqual(answer, "true")
-
-    def test_the_lines_of_the_readme_on_a_simulated_desktop(self):
-        scenario = example("calculator")
-        scenario["applications"][0]["bundleIdentifier"] = "galculator.desktop"
-        window = scenario["applications"][0]["windows"][0]
-        window["children"][0].update(role="AXTextArea")
-        window["children"][1]["children"][2]["title"] = "*"
-        scenario["bundles"] = [{"path": "/Applications/galculator.app", "identifier": "galculator.desktop"}]
-        shim = self.write("quil", f'#!/bin/sh\nexec {executable("quil-sim")} {self.write("scenario.json", json.dumps(scenario))}\n')
-        os.chmod(shim, 0o755)
-        environment = {**os.environ, "PATH": f"{self.folder}:{os.environ['PATH']}"}
-        for language in LANGUAGES:
-            with self.subTest(language):
-                done = run(*command(language, readme_lines(language), self.folder), env=environment)
-                self.assertEqual((done.returncode, done.stdout), (0, ""))
 
     def test_the_pytest_plugin(self):
         test = self.write("test_it.py", "def test_good(desktop):\n    desktop.get_by_role('button', '6').click()\n"

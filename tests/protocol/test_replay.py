@@ -45,12 +45,11 @@ class ReplayTest(unittest.TestCase):
         self.assertEqual(self.replay("record", user, "--seconds", "0.5"),
                          (0, f"8 records in {self.file}"))
         self.assertEqual(self.replay("play", {}, "--pauses", "0"), (0, "7 steps done"))
-        quick = self.posted()
-        self.assertEqual(quick, [
+        self.assertEqual(self.posted(), [
             "leftMouseDown 720,450", 'keyDown 0 text "Hé"', "keyDown 36 flags 0x0",
             "scrollWheel 0,0 wheels -3,0", 'keyDown 0 text "x"', "keyDown 8 flags 0x120000"])
         self.assertEqual(self.replay("play", {}), (0, "7 steps done"))
-        self.assertEqual(len(self.posted()), len(quick) + 1, "letter by letter")
+        self.assertEqual(len(self.posted()), 7, "letter by letter")
 
     def test_says_what_is_wrong(self):
         self.assertEqual(
@@ -60,7 +59,6 @@ class ReplayTest(unittest.TestCase):
         status, message = self.replay("play", {})
         self.assertEqual((status, "No such file" in message), (2, True))
         for line in ('{"action": "dance", "params": {}, "at": 1}', "click", "[]",
-                     '{"action": "click", "params": {}, "at": 1}',
                      '{"action": "type", "params": {"text": 5}, "at": 1}',
                      '{"action": "type", "params": {"text": "\udcff"}, "at": 1}',
                      '{"action": "keypress", "params": {"combo": "a"}, "at": 1e999}',

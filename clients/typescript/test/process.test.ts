@@ -9,18 +9,12 @@ import { runInNewContext } from "node:vm";
 import { Desktop, findRuntime, Fraction, RuntimeGone, RuntimeNotFound } from "../src/index.js";
 import { example, executable, folder, Simulated, until } from "./support.js";
 
-const SILENT_RUNTIME = ["sleep", "60"];
-
 function isRunning(pid: number): boolean {
     try {
         return !/\) Z /.test(readFileSync(`/proc/${pid}/stat`, "utf8"));
     } catch {
         return false;
     }
-}
-
-function gone(text: RegExp): (error: unknown) => boolean {
-    return (error) => error instanceof RuntimeGone && text.test(error.message);
 }
 
 test("no runtime", (t) => {
@@ -35,42 +29,34 @@ test("no runtime", (t) => {
     assert.throws(() => new Desktop({ runtime: broken }), RuntimeNotFound);
 });
 
-test("a runtime that ends says why, to all who wait", async (t) => {
+test("a runtime that ends, does not answer, takes no input, answers what is no answer, or is closed", async (t) => {
     const broken = join(folder(t), "broken.json");
     writeFileSync(broken, "{]");
-    await using desktop = new Desktop({ runtime: [executable("quil-sim"), broken] });
-    const reason = gone(/ended with status 2; it said: quil-sim: .*syntax error/);
-    await Promise.all([assert.rejects(desktop.permissions(), reason), assert.rejects(desktop.target(), reason)]);
-    await assert.rejects(desktop.target(), reason);
-    assert.equal(desktop.runtime.isRunning, false);
-});
-
-test("a runtime that is killed in a request", async () => {
-    await using desktop = new Desktop({ runtime: SILENT_RUNTIME });
-    setTimeout(() => process.kill(desktop.runtime.process.pid, "SIGKILL"), 100);
-    await assert.rejects(desktop.permissions(), gone(/^ping: .* was ended by SIGKILL$/));
-});
-
-test("a runtime that does not answer, takes no input, answers what is no answer", async () => {
-    const options = { runtime: SILENT_RUNTIME, answerSeconds: 0.3 };
-    await using silent = new Desktop(options);
-    await assert.rejects(silent.target(), gone(/^desktop_target: .* gave no answer within 0.3 s$/));
-    assert.ok(!isRunning(silent.runtime.process.pid));
-    await using deaf = new Desktop(options);
-    await assert.rejects(deaf.clipboard.write("x".repeat(1_000_000)), gone(/took no input for 0.3 s$/));
-    for (const line of ['"hello"', '{"id":7,"result":{}}', '{"id":1}', "null"]) {
-        await using odd = new Desktop({ runtime: ["sh", "-c", "read request; printf '%s\\n' \"$0\"; cat", line] });
-        await assert.rejects(odd.target(), gone(/ answered "/));
+    type Act = (desktop: Desktop) => Promise<unknown>;
+    const target: Act = (desktop) => desktop.target();
+    const write: Act = (desktop) => desktop.clipboard.write("x".repeat(1_000_000));
+    const kill: Act = async (desktop) => process.kill(desktop.runtime.process.pid, "SIGKILL");
+    const close: Act = (desktop) => Promise.all([desktop.close(), desktop.close()]);
+    const odd = ['"hello"', '{"id":7,"result":{}}', '{"id":1}', "null"].map((line) => (
+        { runtime: ["sh", "-c", "read request; printf '%s\\n' \"$0\"; cat", line], reason: / answered "/ }));
+    const cases: { runtime?: string[]; answerSeconds?: number; soon?: Act; act?: Act; reason: RegExp }[] = [
+        { runtime: [executable("quil-sim"), broken], reason: /ended with status 2; it said: quil-sim: .*syntax error/ },
+        { soon: kill, reason: /^desktop_target: .* was ended by SIGKILL$/ },
+        { soon: close, reason: /it was closed/ },
+        { answerSeconds: 0.3, reason: /^desktop_target: .* gave no answer within 0.3 s$/ },
+        { answerSeconds: 0.3, act: write, reason: /took no input for 0.3 s$/ },
+        ...odd,
+    ];
+    for (const { runtime = ["sleep", "60"], answerSeconds = 30, soon = target, act = target, reason } of cases) {
+        await using desktop = new Desktop({ runtime, answerSeconds });
+        const isGone = (error: unknown): boolean => error instanceof RuntimeGone && reason.test(error.message);
+        const waits = [assert.rejects(act(desktop), isGone), assert.rejects(desktop.target(), RuntimeGone)];
+        setTimeout(() => soon(desktop).catch(() => undefined), 100);
+        await Promise.all(waits);
+        await assert.rejects(act(desktop), RuntimeGone, "and says so again");
+        await until(() => !isRunning(desktop.runtime.process.pid));
+        assert.equal(desktop.runtime.isRunning, false);
     }
-});
-
-test("a close ends what waits", async () => {
-    const desktop = new Desktop({ runtime: SILENT_RUNTIME });
-    const waits = Promise.all([assert.rejects(desktop.target(), gone(/it was closed/)), assert.rejects(desktop.target(), gone(/it was closed/))]);
-    await Promise.all([desktop.close(), desktop.close()]);
-    await waits;
-    assert.ok(!isRunning(desktop.runtime.process.pid));
-    await assert.rejects(desktop.target(), gone(/it was closed/));
 });
 
 test("requests at the same time, some of them given up", async () => {

@@ -4,7 +4,7 @@ import unittest
 import unittest.mock
 
 from ax_tools import bounds, find, gallery, missing_for, observe, request_on, walk, window_of
-from desktop_tools import geometry, output
+from desktop_tools import DesktopTest, geometry, output
 from quil_host import Host
 
 NATIVE = ("gtk3", "gtk4", "qt5", "qt6")
@@ -64,9 +64,9 @@ ACTIONS["qt6"] = ACTIONS["qt5"]
 ACTIONS["qml6"] = [action for action in ACTIONS["qml5"] if action[0] != "AXButton"]
 
 
-class Galleries(unittest.TestCase):
+class Galleries(DesktopTest):
     def setUp(self):
-        self.host = self.enterContext(Host("quil"))
+        super().setUp()
         self.host.result("desktop_ax_get_state")  # Qt 6 joins a bus that is in use
 
     def on_each(self, toolkits, check, *rows):

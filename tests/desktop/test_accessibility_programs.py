@@ -8,8 +8,7 @@ import time
 import unittest
 
 from ax_tools import find, gallery, missing_for, observe, request_on
-from desktop_tools import Program, output, until
-from quil_host import Host
+from desktop_tools import DesktopTest, Program, output, until
 
 # Of each browser: (role, name, value); what has no name is called "".
 PAGES = {
@@ -34,9 +33,9 @@ def open_files(host):
     return len(os.listdir(f"/proc/{host.process.pid}/fd"))
 
 
-class ProgramsTest(unittest.TestCase):
+class ProgramsTest(DesktopTest):
     def setUp(self):
-        self.host = self.enterContext(Host("quil"))
+        super().setUp()
         self.host.result("ping")  # programs join the bus only when somebody is there
 
     def act(self, program, role, name=None, action="invoke", **more):
@@ -107,11 +106,7 @@ class ProgramsTest(unittest.TestCase):
         until(lambda: "AXTextField | B5" in self.state()["axText"], "the cell")
 
 
-class InterruptionsTest(unittest.TestCase):
-    def setUp(self):
-        self.host = self.enterContext(Host("quil"))
-        self.host.result("ping")
-
+class InterruptionsTest(DesktopTest):
     def timed_state(self):
         began = time.monotonic()
         state = self.host.result("desktop_ax_get_state")

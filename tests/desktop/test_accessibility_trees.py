@@ -8,8 +8,8 @@ import json
 import os
 import unittest
 
-from desktop_tools import Program, geometry, until
-from quil_host import Host, executable
+from desktop_tools import DesktopTest, Program, geometry, until
+from quil_host import executable
 from tree_model import MAXIMUM_NODES, Generator, Model, rendering, revision
 
 TREES = int(os.environ.get("QUIL_TREES", "20"))
@@ -42,11 +42,8 @@ class FakeProgram(Program):
         until(is_in_front, "the fake program in front")
 
 
-class Trees(unittest.TestCase):
+class Trees(DesktopTest):
     maxDiff = 2000
-
-    def setUp(self):
-        self.host = self.enterContext(Host())
 
     def check(self, program, description, state):
         model = Model(description)

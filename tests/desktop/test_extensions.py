@@ -11,28 +11,13 @@ import time
 import unittest
 
 from desktop_tools import PYTHON, Program, XServer, geometry, output, text_window, until, window_app
-from protocol_schema import ROOT, check
+from protocol_schema import ROOT
 from quil_host import executable
 
 import quil
 
 TOOLKITS = os.environ.get("QUIL_EXTENSIONS", "gtk3 qt6").split()
 WINDOW_MANAGERS = ("xfwm4", "metacity", "awesome")
-
-
-class Desktop(quil.Desktop):
-    """A client whose every result is held against the schema."""
-
-    def __init__(self, display=None):
-        name = executable("quil")
-        super().__init__(["env", f"DISPLAY={display}", name] if display else name, timeout=20)
-        send = self.runtime.request
-
-        def request(method, *arguments):
-            result = send(method, *arguments)
-            check(method, {"id": 1, "result": result})
-            return result
-        self.runtime.request = request
 
 
 def pixels(png, *options):
@@ -42,7 +27,7 @@ def pixels(png, *options):
 
 class Input(unittest.TestCase):
     def test_buttons_counts_chords_and_menus(self):
-        desktop = self.enterContext(Desktop())
+        desktop = self.enterContext(quil.Desktop(executable("quil"), timeout=20))
         for toolkit in TOOLKITS:
             with self.subTest(toolkit):
                 desktop.observe()  # Qt 6 joins a bus that is in use
@@ -90,7 +75,7 @@ class Input(unittest.TestCase):
                 program.end()
 
     def test_text_dragged_from_one_program_into_another(self):
-        desktop = self.enterContext(Desktop())
+        desktop = self.enterContext(quil.Desktop(executable("quil"), timeout=20))
         source, target = text_window(self, "gtk3"), text_window(self, "qt6")
         # Beside the other window, which comes to the front when it is clicked.
         output("xdotool", "windowmove", "--sync", str(target.window), "900", "60")
@@ -131,7 +116,7 @@ class Pictures(unittest.TestCase):
         xrandr("--setmonitor", "Right", "580/153x600/158+700+100", "none")
         window_app(self, "gtk3", "pictured", 400, 300, "menu", env=server.environment)
         output("xdotool", "search", "--sync", "--onlyvisible", "--name", "^window_app.py$", env=server.environment)
-        desktop = self.enterContext(Desktop(server.display))
+        desktop = self.enterContext(quil.Desktop(["env", f"DISPLAY={server.display}", executable("quil")]))
         until(lambda: len(set(pixels(desktop.capture()))) > 8, "the window")
         self.assertEqual(self.compare(desktop, server.environment), {"Left", "Right"})
         if shutil.which("picom"):
@@ -146,7 +131,7 @@ class Pictures(unittest.TestCase):
 
 class Clipboard(unittest.TestCase):
     def test_between_programs(self):
-        desktop = self.enterContext(Desktop())
+        desktop = self.enterContext(quil.Desktop(executable("quil"), timeout=20))
         xclip = ("xclip", "-selection", "clipboard")
         # The last one is too long for one property, which makes it come in pieces.
         for text in ("Grüße 😀\n\ttab", "naïve 世界 " * 200_000):
@@ -158,7 +143,7 @@ class Clipboard(unittest.TestCase):
 
 class Windows(unittest.TestCase):
     def test_windows_come_to_the_front(self):
-        desktop = self.enterContext(Desktop())
+        desktop = self.enterContext(quil.Desktop(executable("quil"), timeout=20))
         programs = [window_app(self, "gtk3", "one"), window_app(self, "qt6", "two"), Program(self, "xterm", "-T", "three")]
         until(lambda: {program.window for program in programs} <= {window.id for window in desktop.windows()}, "the windows")
 
@@ -197,7 +182,7 @@ class Windows(unittest.TestCase):
 
 class Waiting(unittest.TestCase):
     def test_changes_are_noticed_and_calm_is_kept(self):
-        desktop = self.enterContext(Desktop())
+        desktop = self.enterContext(quil.Desktop(executable("quil"), timeout=20))
         for toolkit in TOOLKITS:
             desktop.observe()
             program = text_window(self, toolkit)

@@ -16,25 +16,25 @@ def line(node):
 
 
 class GlimpseTest(DesktopTest):
-    def front(self, *command):
-        program = Program(self, *command)
-        output("xdotool", "windowactivate", "--sync", str(program.window))
-        until(lambda: self.host.result("desktop_ax_get_state")["nodes"][0].get("name"), "its tree")
-        return program
-
     def next(self):
         return self.host.result("nextGlimpseCaptureUpdate", requestId="a")["update"]
 
-    def test_text_is_the_snapshots(self):
+    def picture(self):
+        return self.host.result("desktop_screenshot")["screenshotDataURL"]
+
+    def test_text_is_the_snapshots_and_the_picture_the_windows(self):
         text = "".join(f"line {i}\twith “quotes” and 日本\n" for i in range(200))
         with tempfile.TemporaryDirectory() as folder:
             path = os.path.join(folder, "text.txt")
             with open(path, "w") as file:
                 file.write(text)
-            self.front("mousepad", path)
-            self.host.result("startFrontmostGlimpseCapture", requestId="a")
+            program = Program(self, "mousepad", path)
+            output("xdotool", "windowactivate", "--sync", str(program.window))
+            until(lambda: self.host.result("desktop_ax_get_state")["nodes"][0].get("name"), "its tree")
+            target = self.host.result("startFrontmostGlimpseCapture", requestId="a")["target"]
             nodes = self.host.result("desktop_ax_get_state")["nodes"]
             lines = self.next()["text"].split("\n")
+        self.assertEqual((target["pid"], target["bundleIdentifier"]), (program.pid, "org.xfce.mousepad.desktop"))
         self.assertEqual(lines[0], line(nodes[0]) + " | (AXStandardWindow)")
         self.assertEqual(len(lines), len(nodes))
         for node, written in zip(nodes, lines):
@@ -48,23 +48,14 @@ class GlimpseTest(DesktopTest):
         clipped, = (node for node in nodes if len(node.get("value", "")) == 500)
         self.assertEqual(self.host.result("desktop_read_value", token=clipped["token"])["value"], text)
 
-    def test_screenshot_is_the_windows(self):
-        program = self.front("galculator")
-        target = self.host.result("startFrontmostGlimpseCapture", requestId="a")["target"]
-        self.assertEqual((target["pid"], target["bundleIdentifier"]),
-                         (program.pid, "galculator.desktop"))
-        self.assertIn("Basic Mode", self.next()["text"])
         other = Program(self, "xterm")
         until(lambda: self.target()["pid"] == other.pid, "xterm")
         output("xdotool", "windowactivate", "--sync", str(program.window))
-
-        def picture():
-            return self.host.result("desktop_screenshot")["screenshotDataURL"]
-
-        # It is painted anew, as the active window.
-        until(lambda: picture() == picture(), "a picture that stays")
+        # It is painted anew, as the active window, whose cursor blinks.
+        pictures = [until(lambda: (one := self.picture()) == self.picture() and one, "a picture that stays")]
         update = self.next()
-        self.assertEqual(update.pop("screenshotDataURL"), picture())
+        pictures.append(until(lambda: self.picture() != pictures[0] and self.picture(), "the cursor"))
+        self.assertIn(update.pop("screenshotDataURL"), pictures)
         self.assertEqual(update, {"type": "screenshot", "target": target})
         self.assertEqual(self.next(), {"type": "completed"})
 

@@ -2,17 +2,16 @@
 the text; what a killed runtime leaves harms nobody: in every toolkit, under several window managers,
 on an idle and on a busy machine.
 
-usage: test_input_matrix.py                       for a sample; QUIL_INPUT=all for all of it
-       test_input_matrix.py PROGRAM... [--times N] [--busy N]
-           by hand, on this desktop; N endless loops keep the machine busy
+QUIL_INPUT=PROGRAMS      those of field_programs.py to be tried on this desktop (default a sample); "all" for all of
+                         them under every window manager
+QUIL_INPUT_TIMES=NUMBER  so often (default 2)
+QUIL_INPUT_BUSY=NUMBER   so many endless loops keep the machine busy (default 0)
 """
-import argparse
 import collections
 import os
 import random
 import re
 import subprocess
-import sys
 import tempfile
 import time
 import unittest
@@ -22,7 +21,7 @@ from field_programs import PROGRAMS, missing_for, start_program
 from quil_host import Host
 
 WINDOW_MANAGERS = ("openbox", "xfwm4", "metacity", "i3", "twm", "")
-SAMPLE = "gtk3", "qt6", "chromium"
+WANTED = os.environ.get("QUIL_INPUT", "gtk3 qt6 chromium")
 DOUBLE_CLICK_SECONDS = 0.55
 LONG = "abcdefghij" * 30
 # Without one, i3 asks the user questions and twm lets the user place every window.
@@ -130,16 +129,18 @@ def run(test, name, times):
 
 
 class Matrix(unittest.TestCase):
-    @unittest.skipIf(os.environ.get("QUIL_INPUT") == "all", "the whole matrix runs")
-    def test_sample(self):
-        for name in SAMPLE:
+    @unittest.skipIf(WANTED == "all", "the whole matrix runs")
+    def test_programs(self):
+        for _ in range(int(os.environ.get("QUIL_INPUT_BUSY", 0))):
+            Program(self, PYTHON, "-c", "while True: pass", has_window=False)
+        for name in WANTED.split():
             with self.subTest(name), Cleanups() as cleanups:
                 if reason_to_skip(name):
                     self.skipTest(reason_to_skip(name))
-                problems = run(cleanups, name, 2)
-                self.assertFalse(problems, problems)
+                problems = run(cleanups, name, int(os.environ.get("QUIL_INPUT_TIMES", 2)))
+                self.assertFalse(problems, {kind: (len(found), found[:2]) for kind, found in problems.items()})
 
-    @unittest.skipUnless(os.environ.get("QUIL_INPUT") == "all", "QUIL_INPUT is not \"all\"")
+    @unittest.skipUnless(WANTED == "all", "QUIL_INPUT is not \"all\"")
     def test_all(self):
         with_desktop = os.path.join(os.path.dirname(__file__), "../../scripts/with-desktop")
         folder = self.enterContext(tempfile.TemporaryDirectory())
@@ -150,39 +151,13 @@ class Matrix(unittest.TestCase):
                 with open(os.path.join(folder, manager), "w") as file:
                     file.write(text)
                 command = f"{manager} {option} {file.name}"
-            environment = dict(os.environ, QUIL_DESKTOP_WINDOW_MANAGER=command)
-            for busy in (0, 3):
+            for busy in "03":
                 with self.subTest(manager=manager, busy=busy):
-                    done = subprocess.run([with_desktop, PYTHON, "-B", __file__, *PROGRAMS, "--busy",
-                                           str(busy)], env=environment)
+                    environment = {"QUIL_INPUT_TIMES": "10", **os.environ, "QUIL_DESKTOP_WINDOW_MANAGER": command,
+                                   "QUIL_INPUT": " ".join(PROGRAMS), "QUIL_INPUT_BUSY": busy}
+                    done = subprocess.run([with_desktop, PYTHON, "-B", __file__], env=environment)
                     self.assertEqual(done.returncode, 0)
 
 
-def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("programs", nargs="*")
-    parser.add_argument("--times", type=int, default=10)
-    parser.add_argument("--busy", type=int, default=0)
-    options, _ = parser.parse_known_args()
-    if not options.programs:
-        unittest.main()
-    wrong = 0
-    with Cleanups() as cleanups:
-        for _ in range(options.busy):
-            Program(cleanups, PYTHON, "-c", "while True: pass", has_window=False)
-        for name in options.programs:
-            began = time.monotonic()
-            try:
-                with Cleanups() as test:
-                    problems = reason_to_skip(name) or run(test, name, options.times)
-            except Exception as error:
-                problems = {"ended by": [repr(error)]}
-            wrong += isinstance(problems, dict) and bool(problems)
-            print(window_manager() or "none", f"busy={options.busy} {name}: {time.monotonic() - began:.0f} s",
-                  {kind: (len(found), found[:2]) for kind, found in problems.items()}
-                  if isinstance(problems, dict) else problems, flush=True)
-    sys.exit(wrong > 0)
-
-
 if __name__ == "__main__":
-    main()
+    unittest.main()

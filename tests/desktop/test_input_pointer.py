@@ -3,7 +3,7 @@ import re
 import time
 import unittest
 
-from desktop_tools import XServer, geometry, output, text_window, until
+from desktop_tools import DesktopTest, XServer, geometry, output, text_window, until
 from field_programs import point
 from quil_host import Host
 from real_keyboard import RealKeyboard
@@ -15,9 +15,9 @@ def pointer():
     return tuple(map(int, re.findall(r"[xy]:(-?\d+)", output("xdotool", "getmouselocation"))))
 
 
-class InputTest(unittest.TestCase):
+class InputTest(DesktopTest):
     def setUp(self):
-        self.host = self.enterContext(Host())
+        super().setUp()
         self.app = text_window(self, "gtk3", "field")
         x, y, width, _ = geometry(self.app.window)
         self.middle = x + width // 2, y + 50

@@ -7,7 +7,7 @@ import time
 import unittest
 import unittest.mock
 
-from desktop_tools import Program, needs_chromium, output, text_window, until
+from desktop_tools import DesktopTest, Program, output, text_window, until
 from field_programs import start_program
 from quil_host import Host
 
@@ -20,9 +20,9 @@ def mixed(length):
     return (MIXED * (length // len(MIXED) + 1))[:length]
 
 
-class TextTest(unittest.TestCase):
+class TextTest(DesktopTest):
     def setUp(self):
-        self.host = self.enterContext(Host())
+        super().setUp()
         self.keyboard = output("xkbcomp", "-xkb", os.environ["DISPLAY"], "-")
 
     def tearDown(self):
@@ -74,16 +74,6 @@ class Toolkits(TextTest):
 
 
 class Applications(TextTest):
-    @needs_chromium
-    def test_browser(self):
-        browser = start_program(self, "chromium")
-        for text in (mixed(500), "Hello, World\n", mixed(2000)):
-            text = text.replace("\t", " ")  # which leads out of the field
-            self.host.result("desktop_type", text=text, point=browser.middle(0), seconds=120)
-            for combo in ("cmd+a", "cmd+c", "delete"):
-                self.host.result("desktop_keypress", combo=combo)
-            until(lambda: self.host.result("desktop_clipboard_read")["text"] == text, repr(text), 20)
-
     def test_a_megabyte_is_pasted_whole(self):
         text = "0123456789 日本語 é\n" * 50_000
         for toolkit in ("gtk3", "qt6"):

@@ -1,17 +1,12 @@
 """The user's input, with xdotool as the user: what was recorded is what was done."""
 import ctypes
 import os
-import signal
-import subprocess
-import sys
-import tempfile
 import time
 import unittest
 
-from desktop_tools import SUPPORT, Program, XServer, geometry, output, until, window_app
-from quil_host import Host, executable
+from desktop_tools import DesktopTest, Program, XServer, output, until, window_app
+from quil_host import Host
 
-REPLAY = os.path.join(SUPPORT, "..", "..", "examples", "replay", "replay.py")
 SCREEN = (1366, 768)
 
 
@@ -42,9 +37,9 @@ def layout(test, *arguments):
     output("setxkbmap", *arguments)
 
 
-class RecordingTest(unittest.TestCase):
+class RecordingTest(DesktopTest):
     def setUp(self):
-        self.host = self.enterContext(Host())
+        super().setUp()
         self.addCleanup(output, "xdotool", "mousemove", "5", "5")
 
     def record(self, *actions, count):
@@ -138,53 +133,6 @@ class RecordingTest(unittest.TestCase):
                 output("xmodmap", "-e", f"keycode 200 = {keysyms}")
                 user("key", "200", "shift+200")
                 self.assertEqual("".join(e["params"]["text"] for e in self.taken(2)), typed)
-
-    def test_a_form_is_filled_in_again(self):
-        """By examples/replay; a form says at its end what was entered."""
-        layout(self, "de")
-        folder = self.enterContext(tempfile.TemporaryDirectory())
-        path = os.path.join(folder, "recording")
-        entered = []
-        replay = lambda *arguments: subprocess.Popen(
-            [sys.executable, REPLAY, *arguments, executable("quil"), path],
-            stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
-
-        def form(fill):
-            program = subprocess.Popen(
-                ["zenity", "--forms", "--title=Order", "--text=Order", "--add-entry=Name",
-                 "--add-entry=Town"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-            self.addCleanup(program.stdout.close)
-            self.addCleanup(program.kill)
-            search = ("xdotool", "search", "--onlyvisible", "--name", "^Order$")
-            window = until(lambda: output(*search, check=False), "the form").strip()
-            user("windowactivate", "--sync", window)
-            fill(geometry(window))
-            entered.append(program.communicate(timeout=60)[0])
-
-        def by_hand(place):
-            recorder = replay("record")
-            self.assertIn("recording", recorder.stderr.readline())
-            # The upper field, somewhere to its right.
-            user("mousemove", place[0] + place[2] - 60, place[1] + place[3] * 0.35, "click", 1)
-            user("key", "21", "26", "key", "shift+BackSpace", "key", "47", "29")
-            user("type", "--delay", "20", "Grüße ")
-            # A key that is lent to a character has to stay so until the form has looked.
-            user("type", "--delay", "500", "漢")
-            user("type", "--delay", "20", "!")
-            user("key", "Left", "key", "Delete", "key", "ctrl+a", "key", "ctrl+x",
-                   "key", "ctrl+v", "key", "ctrl+v", "key", "Tab")
-            user("type", "Zürich 8")
-            user("key", "Tab", "Tab", "Return")  # the button OK
-            recorder.send_signal(signal.SIGINT)
-            self.assertIn("records in", recorder.communicate(timeout=30)[1])
-
-        def again(_):
-            player = replay("play")
-            self.assertIn("steps done", player.communicate(timeout=60)[1])
-
-        form(by_hand)
-        form(again)
-        self.assertEqual(entered, ["özGrüße 漢özGrüße 漢|Zürich 8\n"] * 2)
 
     def test_held_keys_repeat(self):
         # In a window, whose program the server tells of each repeat.

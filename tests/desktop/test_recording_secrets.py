@@ -6,8 +6,7 @@ import time
 import unittest
 
 from ax_tools import gallery, observe
-from desktop_tools import PYTHON, Program, output, until
-from quil_host import Host
+from desktop_tools import PYTHON, DesktopTest, Program, output, until
 
 # Keeps devices to itself, as screen lockers do; ends with its input. Each line names a device, or the
 # core protocol's keyboard, or with a minus a device to give back; it writes the server's status.
@@ -59,9 +58,9 @@ def user(*arguments):
     output("xdotool", *map(str, arguments))
 
 
-class SecretsTest(unittest.TestCase):
+class SecretsTest(DesktopTest):
     def setUp(self):
-        self.host = self.enterContext(Host())
+        super().setUp()
         # Toolkits join the accessibility bus when somebody uses it.
         self.assertTrue(self.host.result("ping")["accessibility"])
 

@@ -1,4 +1,5 @@
 """scripts/with-desktop: what runs inside, what it gives back, and that nothing stays behind."""
+import contextlib
 import os
 import signal
 import subprocess
@@ -11,37 +12,24 @@ SCRIPT = os.path.join(os.path.dirname(__file__), "..", "..", "scripts", "with-de
 MARK = "QUIL_TEST_MARK"
 
 
-def marked(mark):
-    """The processes that carry the mark."""
+def marked(mark, names=None):
+    """The processes that carry the mark; of these programs only."""
     found = []
     for pid in filter(str.isdigit, os.listdir("/proc")):
         try:
             with open(f"/proc/{pid}/environ", "rb") as environment:
-                if f"{MARK}={mark}\0".encode() in environment.read():
-                    found.append(int(pid))
-        except OSError:
+                is_marked = f"{MARK}={mark}\0".encode() in environment.read()
+            if is_marked and (not names or os.path.basename(os.readlink(f"/proc/{pid}/exe")) in names):
+                found.append(int(pid))
+        except OSError:  # it has ended meanwhile
             pass
     return found
 
 
-def is_server(pid):
-    """Whether a process is one of the servers that with-desktop starts itself. One that ends while it
-    is looked at is none."""
-    try:
-        with open(f"/proc/{pid}/cmdline", "rb") as command_line:
-            arguments = command_line.read()
-        name = os.path.basename(os.readlink(f"/proc/{pid}/exe"))
-    except OSError:
-        return False
-    return name in {"Xvfb", "openbox", "dbus-daemon"} and b"a11y" not in arguments
-
-
 def end_marked(mark):
     for pid in marked(mark):
-        try:
+        with contextlib.suppress(ProcessLookupError):
             os.kill(pid, signal.SIGKILL)
-        except ProcessLookupError:
-            pass
 
 
 class WithDesktop(unittest.TestCase):
@@ -92,7 +80,7 @@ class WithDesktop(unittest.TestCase):
                 status = process.wait(60)
                 process.stdout.close()
                 if number == signal.SIGKILL:
-                    until(lambda: not any(map(is_server, marked(self.mark))), "the desktop's end")
+                    until(lambda: not marked(self.mark, {"Xvfb", "openbox"}), "the desktop's end")
                 else:
                     self.assertEqual((status, marked(self.mark)), (128 + number, []))
 

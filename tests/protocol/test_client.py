@@ -1,6 +1,5 @@
 """The Python client: the vectors that all clients share, and what is its own."""
 import gc
-import inspect
 import json
 import os
 import re
@@ -161,14 +160,6 @@ class Methods(unittest.TestCase):
             shape = method["properties"]["params"]
             shape = protocol_schema.definition(shape["$ref"]) if "$ref" in shape else shape
             self.assertEqual(parameters, set(shape.get("properties", {})), name)
-
-    def test_everything_public_is_described(self):
-        for name in quil.__all__:
-            public = getattr(quil, name)
-            self.assertTrue(inspect.getdoc(public), name)
-            for member, value in vars(public).items() if inspect.isclass(public) else ():
-                if not member.startswith("_") and (inspect.isfunction(value) or isinstance(value, property)):
-                    self.assertTrue(inspect.getdoc(value), f"{name}.{member}")
 
     def test_roles_are_those_of_the_table(self):
         with open(os.path.join(protocol_schema.ROOT, "protocol", "roles.json"), encoding="utf-8") as file:

@@ -4,7 +4,6 @@ import json
 import os
 import queue
 import re
-import shutil
 import signal
 import subprocess
 import threading
@@ -18,7 +17,6 @@ PYTHON = "/usr/bin/python3"
 # As it runs on a private desktop; to be followed by the folder for its profile (--user-data-dir).
 CHROMIUM = ("chromium", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
             "--disable-background-networking", "--disable-component-update", "--disable-sync")
-needs_chromium = unittest.skipUnless(shutil.which("chromium"), "chromium is not installed")
 
 
 def output(*command, check=True, **options):
@@ -93,7 +91,8 @@ class Program:
 def window_app(test, toolkit, titles, width=300, height=200, *options, env=None):
     """Windows of tests/support/window_app.py, of which the first is known by its number."""
     return Program(test, PYTHON, "-B", os.path.join(SUPPORT, "window_app.py"), toolkit, titles,
-                   str(width), str(height), *options, env=env, talks=True)
+                   str(width), str(height), *options, env=env, talks=True,
+                   has_window=toolkit != "tk")  # whose windows do not tell their process
 
 
 def text_window(test, toolkit, *options):

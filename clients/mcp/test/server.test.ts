@@ -34,14 +34,15 @@ async function connect(t: TestContext, { scenario = "form.json", args = [], clie
             images: content.flatMap((one) => (one.type === "image" ? [Buffer.from(one.data, "base64")] : [])),
         };
     };
-    /** The runtimes that the server has started and that run. */
-    const runtimes = (): number[] => children(pid);
-    return { client, call, runtimes };
+    /** The runtime that the server has started and that runs. */
+    const runtime = (): number | undefined => processes().find(({ parent }) => parent === pid)?.pid;
+    return { client, call, runtime };
 }
 
-function children(parent: number | null): number[] {
+/** All that have not ended. */
+function processes(): { parent: number; pid: number }[] {
     const lines = execFileSync("ps", ["-A", "-o", "ppid=,pid=,stat="], { encoding: "utf8" }).trim().split("\n").map((line) => line.trim().split(/\s+/));
-    return lines.filter(([ppid, , state]) => Number(ppid) === parent && !state?.startsWith("Z")).map(([, pid]) => Number(pid));
+    return lines.filter(([, , state]) => !state?.startsWith("Z")).map(([parent, pid]) => ({ parent: Number(parent), pid: Number(pid) }));
 }
 
 /** A file with a scenario: a shop in front, a bank behind it, with a button each. */
@@ -183,10 +184,10 @@ test("an application that comes to the front while something is waited for is le
 });
 
 test("a runtime that ended is replaced, and none outlives its client", async (t) => {
-    const { client, call, runtimes } = await connect(t);
+    const { client, call, runtime } = await connect(t);
     const { text } = await call("observe");
     const ref = Number(/(\d+) checkbox/.exec(text)?.[1]);
-    const [first] = runtimes();
+    const first = runtime();
     /** A call that waits, as soon as it does. */
     const waiting = () => new Promise<{ answer: Promise<Answer> }>((resolve) => {
         const answer = call("wait_for", { text: "Never", timeout_ms: 30_000 }, { onprogress: () => resolve({ answer }) });
@@ -196,21 +197,14 @@ test("a runtime that ended is replaced, and none outlives its client", async (t)
     process.kill(first as number, "SIGKILL");
     assert.match((await interrupted.answer).text, /SIGKILL[^]*observe before/);
     assert.match((await call("click", { ref })).text, /\[x\] "Express"/);
-    const [second] = runtimes();
+    const second = runtime();
     assert.ok(second !== undefined && second !== first);
     await waiting();
     await client.close();
-    for (let tries = 0; tries < 100 && isRunning(second); tries += 1) await new Promise((resolve) => setTimeout(resolve, 50));
-    assert.ok(!isRunning(second));
+    const isRunning = (): boolean => processes().some(({ pid }) => pid === second);
+    for (let tries = 0; tries < 100 && isRunning(); tries += 1) await new Promise((resolve) => setTimeout(resolve, 50));
+    assert.ok(!isRunning());
 });
-
-function isRunning(pid: number): boolean {
-    try {
-        return readFileSync(`/proc/${pid}/stat`, "utf8").split(") ")[1]?.[0] !== "Z";
-    } catch {
-        return false;
-    }
-}
 
 test("confirmation is asked for, and its lack refuses", async (t) => {
     const mute = await connect(t, { args: ["--confirm"] });

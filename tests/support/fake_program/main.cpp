@@ -3,8 +3,7 @@
 ///
 /// Standard input: first the description (fake_tree.h) in one line, with these members besides:
 ///   title, socket (true: it has a socket of its own), shuffle (a seed: answers come out of order),
-///   signals (true: it sends signals in between), busy (microseconds that each answer takes),
-///   midway ({"calls", "elements"}: changes after so many calls)
+///   signals (true: it sends signals in between), busy (microseconds that each answer takes)
 /// then commands, each answered by one line: {"elements": {number: what is different}} changes the
 /// tree; every command tells the calls since the last one: {"calls", "most" (of one element),
 /// "repeated" (questions that one element was asked twice; not of the application and its window),
@@ -139,10 +138,6 @@ class Program {
 
     void note(const Question& question) {
         ++calls_;
-        const auto midway = tree_.description().find("midway");
-        if (midway != tree_.description().end() && calls_ == midway->value("calls", 0)) {
-            tree_.change(Json((*midway)["elements"]));
-        }
         if (question.interface == "org.a11y.atspi.Application") return;
         if (!tree_.isNearRoot(question.path)) ++asked_[question.path][question.text()];
     }

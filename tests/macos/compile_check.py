@@ -45,15 +45,20 @@ def system_headers():
             or (folder / "stdlib.h").exists()]
 
 
-def mac_integers(headers, folder):
-    """Headers to go before this machine's: on a Mac 64 bits are a long long, and not a long as
-    sizes and NSInteger are."""
-    name = pathlib.Path("bits", "types.h")
-    types = next(path for path in (header / name for header in headers) if path.exists()).read_text()
-    types, changes = re.subn(r"long int (__u?int64_t;)", r"long long int \1", types, count=2)
-    assert changes == 2, "the C library declares its integers in another way"
-    (folder / name).parent.mkdir()
-    (folder / name).write_text(types)
+def change_header(headers, folder, name, pattern, replacement):
+    """Writes a C library's header into a folder that is searched before this machine's."""
+    text = next(path for path in (header / name for header in headers) if path.exists()).read_text()
+    text, changes = re.subn(pattern, replacement, text)
+    assert changes, f"the C library's {name} reads in another way"
+    (folder / name).parent.mkdir(exist_ok=True)
+    (folder / name).write_text(text)
+
+
+def mac_types(headers, folder):
+    """On a Mac 64 bits are a long long, and not a long as sizes and NSInteger are; there are no
+    floating-point numbers of 128 bits."""
+    change_header(headers, folder, "bits/types.h", r"long int (__u?int64_t;)", r"long long int \1")
+    change_header(headers, folder, "bits/floatn.h", r"(define __HAVE_FLOAT128) 1", r"\1 0")
     return folder
 
 
@@ -92,7 +97,7 @@ def main():
     headers = system_headers()
     with (tempfile.TemporaryDirectory() as folder,
           concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool):
-        headers.insert(0, mac_integers(headers, pathlib.Path(folder)))
+        headers.insert(0, mac_types(headers, pathlib.Path(folder)))
         jobs = [pool.submit(compile_for, processor, source, headers)
                 for source in sources for processor in PROCESSORS]
     complaints = [job.result() for job in jobs if job.result()]

@@ -1,6 +1,7 @@
 """The clients as packages: a wheel and a tarball that carry the runtime, and the pytest plugin."""
 import json
 import os
+import shlex
 import sys
 import tempfile
 import unittest
@@ -76,7 +77,7 @@ class PackageTest(unittest.TestCase):
                           "def test_bad(desktop):\n    desktop.get_by_role('button', '8').element(timeout=0.1)\n")
         scenario = self.write("scenario.json", json.dumps(example("calculator")))
         done = run(sys.executable, "-m", "pytest", "-p", "quil.pytest_plugin", "-p", "no:cacheprovider", test,
-                   "--quil-runtime", f"{executable('quil-sim')} {scenario}", "--quil-failures", self.path("failures"), cwd=self.folder)
+                   "--quil-runtime", shlex.join([executable("quil-sim"), scenario]), "--quil-failures", self.path("failures"), cwd=self.folder)
         self.assertIn("1 failed, 1 passed", done.stdout)
         self.assertIn("quil: what was there", done.stdout)
         kept = self.path("failures", "test_it.py_test_bad")

@@ -1,6 +1,7 @@
 """examples/replay, which records what the user does and plays it."""
 import json
 import os
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -29,7 +30,7 @@ class ReplayTest(unittest.TestCase):
         """Runs the example on a scenario; its exit status and what it says."""
         with open(self.path("scenario"), "w", encoding="utf-8") as file:
             json.dump({**scenario, "log": self.path("log")}, file)
-        runtime = f"{executable('quil-sim')} {self.path('scenario')}"
+        runtime = shlex.join([executable("quil-sim"), self.path("scenario")])
         done = subprocess.run([sys.executable, REPLAY, command, runtime, self.file, *options],
                               capture_output=True, text=True, timeout=60)
         return done.returncode, done.stderr.splitlines()[-1]

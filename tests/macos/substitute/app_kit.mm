@@ -35,13 +35,17 @@ void quil::substitute::applicationObjectNeeded(const char* call) {
     if (!isApplication) violation(std::string(call) + " without an application object");
 }
 
-@implementation NSRunningApplication {
-    RunningApplication facts_;
-}
+@implementation NSRunningApplication
 + (instancetype)of:(const std::optional<RunningApplication>&)facts {
     if (!facts) return nil;
     NSRunningApplication* application = [[self alloc] init];
-    application->facts_ = *facts;
+    application->_processIdentifier = facts->processIdentifier;
+    application->_activationPolicy =
+        static_cast<NSApplicationActivationPolicy>(facts->activationPolicy);
+    application->_bundleIdentifier = optionalString(facts->bundleIdentifier);
+    application->_localizedName = optionalString(facts->localizedName);
+    application->_executableURL =
+        facts->executablePath ? [NSURL fileURLWithPath:string(*facts->executablePath)] : nil;
     return application;
 }
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid {
@@ -52,26 +56,11 @@ void quil::substitute::applicationObjectNeeded(const char* call) {
     const auto windows = services->windowList().copyWindowInfo(0, 0);
     for (const Value& window : *windows->list()) {
         const Value* owner = findMember(*window.dictionary(), kWindowOwnerPid);
-        if (!owner || owner->integer() != facts_.processIdentifier) continue;
+        if (!owner || owner->integer() != _processIdentifier) continue;
         return services->windowList().activateWindow(
             *findMember(*window.dictionary(), kWindowNumber)->integer());
     }
     return false;
-}
-- (pid_t)processIdentifier {
-    return facts_.processIdentifier;
-}
-- (NSApplicationActivationPolicy)activationPolicy {
-    return static_cast<NSApplicationActivationPolicy>(facts_.activationPolicy);
-}
-- (NSString*)bundleIdentifier {
-    return optionalString(facts_.bundleIdentifier);
-}
-- (NSString*)localizedName {
-    return optionalString(facts_.localizedName);
-}
-- (NSURL*)executableURL {
-    return facts_.executablePath ? [NSURL fileURLWithPath:string(*facts_.executablePath)] : nil;
 }
 @end
 
@@ -97,26 +86,20 @@ void quil::substitute::applicationObjectNeeded(const char* call) {
 }
 @end
 
-@implementation NSScreen {
-    Screen screen_;
-}
+@implementation NSScreen
 + (NSArray*)screens {
     mainThreadOnly();
     applicationObjectNeeded();
     return array(services->displays().screens(), [](const Screen& entry) {
         NSScreen* screen = [[NSScreen alloc] init];
-        screen->screen_ = entry;
+        screen->_localizedName = string(entry.localizedName);
+        screen->_deviceDescription = @{};
+        if (entry.screenNumber) {
+            const auto number = static_cast<long>(*entry.screenNumber);
+            screen->_deviceDescription = @{@"NSScreenNumber" : @(number)};
+        }
         return screen;
     });
-}
-- (NSDictionary*)deviceDescription {
-    mainThreadOnly();
-    if (!screen_.screenNumber) return @{};
-    return @{@"NSScreenNumber" : @(static_cast<long>(*screen_.screenNumber))};
-}
-- (NSString*)localizedName {
-    mainThreadOnly();
-    return string(screen_.localizedName);
 }
 @end
 

@@ -69,9 +69,7 @@ AXError raise(UIElement* element) {
 
 extern "C" {
 
-Boolean AXIsProcessTrusted() {
-    return services->permissions().isProcessTrusted();
-}
+ANSWERS(Boolean, AXIsProcessTrusted, permissions().isProcessTrusted)
 
 AXUIElementRef AXUIElementCreateApplication(pid_t pid) {
     UIElement* result = [[UIElement alloc] init];

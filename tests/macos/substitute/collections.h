@@ -4,6 +4,13 @@
 
 #import "substitute.h"
 
+/// A class that adds nothing to what it is derived from.
+#define EMPTY_CLASS(name, base) \
+    @interface name : base      \
+    @end                        \
+    @implementation name        \
+    @end
+
 enum class NumberKind { integer, real, single, boolean, large, narrow };
 
 @interface NSString () {
@@ -17,7 +24,7 @@ enum class NumberKind { integer, real, single, boolean, large, narrow };
     long long integer;  // of a large number the bits of an unsigned one
     double real;
 }
-+ (NSNumber*)of:(NumberKind)kind;
++ (NSNumber*)of:(NumberKind)kind integer:(long long)integer real:(double)real;
 @property(readonly) BOOL isReal;
 @end
 @interface NSArray () {
@@ -33,10 +40,5 @@ enum class NumberKind { integer, real, single, boolean, large, narrow };
 @interface NSData () {
   @public
     std::string content;
-}
-@end
-@interface NSURL () {
-  @public
-    std::string text;
 }
 @end

@@ -1,6 +1,8 @@
 // Core Foundation's objects. They are those of Foundation and of ours: all are bridged.
 #import <CoreFoundation/CoreFoundation.h>
 
+#include <sstream>
+
 #include "collections.h"
 
 using namespace quil;
@@ -11,14 +13,8 @@ id objc_retain(id object);
 void objc_release(id object);
 }
 
-@interface Null : NSObject
-@end
-@implementation Null
-@end
-@interface UnknownObject : NSObject
-@end
-@implementation UnknownObject
-@end
+EMPTY_CLASS(Null, NSObject)
+EMPTY_CLASS(UnknownObject, NSObject)
 @implementation UIElement
 @end
 @implementation GeometryValue
@@ -27,9 +23,9 @@ void objc_release(id object);
 namespace {
 
 NSNumber* boolean(bool value) {
-    static NSNumber* const values[] = {singleton([NSNumber of:NumberKind::boolean]),
-                                       singleton([NSNumber of:NumberKind::boolean])};
-    values[1]->integer = 1;
+    static NSNumber* const values[] = {
+        singleton([NSNumber of:NumberKind::boolean integer:0 real:0]),
+        singleton([NSNumber of:NumberKind::boolean integer:1 real:0])};
     return values[value];
 }
 
@@ -49,35 +45,23 @@ NSNumber* numberOf(CFTypeRef object, const char* call = __builtin_FUNCTION()) {
     return own<NSNumber>(object, call);
 }
 
-id specialObject(const std::string& name) {
-    const std::size_t space = name.find(' ');
-    const std::string kind = name.substr(0, space);
-    const std::string rest = space == std::string::npos ? "" : name.substr(space + 1);
-    if (kind == "null") return [[Null alloc] init];
-    if (kind == "range") {
-        GeometryValue* range = [[GeometryValue alloc] init];
-        range->type = static_cast<AXValueType>(4);  // kAXValueTypeCFRange
-        return range;
-    }
-    if (kind == "float") {
-        NSNumber* number = [NSNumber of:NumberKind::single];
-        number->real = std::stof(rest);
-        return number;
-    }
-    if (kind == "unsigned") {
-        NSNumber* number = [NSNumber of:NumberKind::large];
-        number->integer = static_cast<long long>(std::stoull(rest));
-        return number;
-    }
-    violation("a scenario asks for an unknown object: " + name);
-}
-
 id geometry(AXValueType type, double first, double second) {
     GeometryValue* value = [[GeometryValue alloc] init];
     value->type = type;
     value->numbers[0] = first;
     value->numbers[1] = second;
     return value;
+}
+
+id specialObject(const std::string& name) {
+    std::string kind, number;
+    std::istringstream(name) >> kind >> number;
+    if (kind == "null") return [[Null alloc] init];
+    if (kind == "range") return geometry(static_cast<AXValueType>(4), 0, 0);  // kAXValueTypeCFRange
+    if (kind == "float") return [NSNumber of:NumberKind::single integer:0 real:std::stof(number)];
+    if (kind != "unsigned") violation("a scenario asks for an unknown object: " + name);
+    const auto large = static_cast<long long>(std::stoull(number));
+    return [NSNumber of:NumberKind::large integer:large real:0];
 }
 
 id uiElement(const ElementRef& element, int process) {

@@ -60,8 +60,6 @@ extern "C" {
 
 CGError CGGetActiveDisplayList(std::uint32_t capacity, CGDirectDisplayID* displays,
                                std::uint32_t* count) {
-    if (!count || (capacity > 0 && !displays))
-        violation("CGGetActiveDisplayList: no place to write");
     return static_cast<CGError>(
         services->displays().getActiveDisplayList(capacity, displays, count));
 }
@@ -69,24 +67,17 @@ CGRect CGDisplayBounds(CGDirectDisplayID display) {
     const Rect bounds = services->displays().displayBounds(display);
     return {{bounds.x, bounds.y}, {bounds.width, bounds.height}};
 }
-CGDirectDisplayID CGMainDisplayID() {
-    return services->displays().mainDisplayId();
-}
+ANSWERS(CGDirectDisplayID, CGMainDisplayID, displays().mainDisplayId)
 
 CFArrayRef CGWindowListCopyWindowInfo(CGWindowListOption option, CGWindowID relativeToWindow) {
     return substitute::handedOver<CFArrayRef>(
         object(services->windowList().copyWindowInfo(option, relativeToWindow)));
 }
 
-bool CGPreflightScreenCaptureAccess() {
-    return services->permissions().preflightScreenCaptureAccess();
-}
-bool CGPreflightListenEventAccess() {
-    return services->permissions().preflightListenEventAccess();
-}
-bool CGRequestListenEventAccess() {
-    return services->permissions().requestListenEventAccess();
-}
+ANSWERS(bool, CGPreflightScreenCaptureAccess, permissions().preflightScreenCaptureAccess)
+ANSWERS(bool, CGPreflightListenEventAccess, permissions().preflightListenEventAccess)
+ANSWERS(bool, CGRequestListenEventAccess, permissions().requestListenEventAccess)
+ANSWERS(Boolean, IsSecureEventInputEnabled, eventTaps().isSecureEventInputEnabled)
 
 CGEventSourceRef CGEventSourceCreate(CGEventSourceStateID state) {
     auto source = services->eventPosting().createSource(state);
@@ -167,10 +158,6 @@ CFMachPortRef CGEventTapCreate(CGEventTapLocation location, CGEventTapPlacement 
 }
 void CGEventTapEnable(CFMachPortRef port, bool enable) {
     services->eventTaps().enableTap(own<MachPort>(port)->tap, enable);
-}
-
-Boolean IsSecureEventInputEnabled() {
-    return services->eventTaps().isSecureEventInputEnabled();
 }
 
 }  // extern "C"

@@ -36,19 +36,13 @@ Class class_getSuperclass(Class type);
 }
 @end
 
-@interface Block : NSObject
-@end
-@implementation Block
-@end
+EMPTY_CLASS(Block, NSObject)
+EMPTY_CLASS(ConstantString, NSString)
 __asm__(".globl _NSConcreteStackBlock, _NSConcreteGlobalBlock, __CFConstantStringClassReference\n"
         ".set _NSConcreteStackBlock, OBJC_CLASS_$_Block\n"
         ".set _NSConcreteGlobalBlock, OBJC_CLASS_$_Block\n"
         ".set __CFConstantStringClassReference, OBJC_CLASS_$_ConstantString\n");
 
-@interface ConstantString : NSString
-@end
-@implementation ConstantString
-@end
 namespace {
 
 /// What the compiler writes for @"…".
@@ -71,6 +65,7 @@ std::u16string unitsOf(NSString* string) {
 }  // namespace
 
 @implementation NSString
+/// Called for `@available`, see available.h.
 + (instancetype)stringWithUTF8String:(const char*)text {
     return text ? string(text) : nil;
 }
@@ -116,28 +111,24 @@ NSString* optionalString(const std::optional<std::string>& text) {
 }  // namespace quil::substitute
 
 @implementation NSNumber
-+ (NSNumber*)of:(NumberKind)kind {
++ (NSNumber*)of:(NumberKind)kind integer:(long long)integer real:(double)real {
     NSNumber* number = [[NSNumber alloc] init];
     number->kind = kind;
+    number->integer = integer;
+    number->real = real;
     return number;
 }
 + (NSNumber*)numberWithInt:(int)value {
-    NSNumber* number = [self of:NumberKind::narrow];
-    number->integer = value;
-    return number;
+    return [self of:NumberKind::narrow integer:value real:0];
 }
 + (NSNumber*)numberWithLong:(long)value {
-    NSNumber* number = [self of:NumberKind::integer];
-    number->integer = value;
-    return number;
+    return [self of:NumberKind::integer integer:value real:0];
 }
 + (NSNumber*)numberWithLongLong:(long long)value {
     return [self numberWithLong:value];
 }
 + (NSNumber*)numberWithDouble:(double)value {
-    NSNumber* number = [self of:NumberKind::real];
-    number->real = value;
-    return number;
+    return [self of:NumberKind::real integer:0 real:value];
 }
 - (BOOL)isReal {
     return kind == NumberKind::real || kind == NumberKind::single;
@@ -251,28 +242,18 @@ id __NSDictionary0__ = singleton([[NSDictionary alloc] init]);
 @implementation NSURL
 + (NSURL*)fileURLWithPath:(NSString*)path {
     NSURL* url = [[self alloc] init];
-    url->text = utf8(path);
+    url->_path = path;
     return url;
-}
-- (NSString*)path {
-    return string(text);
 }
 @end
 
-@implementation NSBundle {
-    Bundle bundle_;
-}
+@implementation NSBundle
 - (instancetype)initWithURL:(NSURL*)url {
-    const auto bundle = services->bundles().openBundle(url->text);
+    const auto bundle = services->bundles().openBundle(utf8(url.path));
     if (!bundle) return nil;
-    bundle_ = *bundle;
+    _bundleIdentifier = optionalString(bundle->bundleIdentifier);
+    _infoDictionary = dictionary(bundle->infoDictionary);
     return self;
-}
-- (NSString*)bundleIdentifier {
-    return optionalString(bundle_.bundleIdentifier);
-}
-- (NSDictionary*)infoDictionary {
-    return dictionary(bundle_.infoDictionary);
 }
 @end
 
@@ -287,21 +268,14 @@ id __NSDictionary0__ = singleton([[NSDictionary alloc] init]);
 }
 @end
 
-@implementation NSDate {
-    double seconds_;
-}
+@implementation NSDate
 + (instancetype)date {
     NSDate* date = [[self alloc] init];
-    date->seconds_ = services->clock().timeIntervalSince1970();
+    date->_timeIntervalSince1970 = services->clock().timeIntervalSince1970();
     return date;
 }
 + (NSDate*)distantFuture {
-    NSDate* date = [[self alloc] init];
-    date->seconds_ = 64'092'211'200;
-    return date;
-}
-- (NSTimeInterval)timeIntervalSince1970 {
-    return seconds_;
+    return [[self alloc] init];
 }
 @end
 

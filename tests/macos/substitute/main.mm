@@ -9,13 +9,13 @@
 // make it end with the status 3.
 #include <pthread.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -45,11 +45,7 @@ double delay(std::string_view name) {
 
 /// Sleeps in real time, which the substitute of nanosleep does not.
 void reallySleep(double seconds) {
-    timespec time{
-        static_cast<time_t>(seconds),
-        static_cast<long>((seconds - static_cast<double>(static_cast<time_t>(seconds))) * 1e9)};
-    while (clock_nanosleep(CLOCK_MONOTONIC, 0, &time, &time) != 0) {
-    }
+    usleep(static_cast<useconds_t>(seconds * 1e6));
 }
 
 /// Threads that have been started and are not done with what can end.
@@ -80,7 +76,7 @@ void block(std::string_view name) {
     if (delay(name) >= 0) return reallySleep(delay(name));
     threads.stuck = true;
     threads.change(-1);
-    for (;;) reallySleep(1000);
+    for (;;) pause();
 }
 
 void answerLater(std::string_view name, std::function<void()> work) {
@@ -114,14 +110,10 @@ void startThread(std::size_t stackSize, std::function<void()> work) {
     pthread_attr_destroy(&attributes);
 }
 
-namespace {
-
 void awaitThreads() {
     std::unique_lock guard(threads.mutex);
     threads.changed.wait(guard, [] { return threads.busy <= 0; });
 }
-
-}  // namespace
 
 }  // namespace quil::substitute
 
@@ -161,8 +153,7 @@ class ScriptedMac : public macos::MacPlatform {
 
 void load(const char* path, SimulatedDesktop& desktop) {
     std::ifstream file(path);
-    auto scenario = nlohmann::json::parse(
-        std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()));
+    auto scenario = nlohmann::json::parse(file);
     const auto habits = scenario.value("mac", nlohmann::json::object());
     mac.version = habits.value("version", mac.version);
     mac.roundTrip = habits.value("roundTrip", mac.roundTrip);
@@ -175,11 +166,7 @@ void load(const char* path, SimulatedDesktop& desktop) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fputs("usage: quil-mac-fake SCENARIO.json\n", stderr);
-        return 2;
-    }
+int main(int, char** argv) {
     SimulatedDesktop desktop;
     try {
         load(argv[1], desktop);

@@ -15,14 +15,6 @@ struct PortLife {
     }
 };
 
-/// Holds the one reference to a source.
-struct OwnedSource {
-    CFRunLoopSourceRef reference = nullptr;
-    ~OwnedSource() {
-        if (reference) CFRelease(reference);
-    }
-};
-
 /// One turn of the main run loop: returns after a source has been performed; false, at once, when
 /// there is none.
 bool runMainLoopOnce();
@@ -44,6 +36,7 @@ void emptyMainLoop();
     quil::substitute::PortLife life;
 }
 @end
+@class RunLoopSourceObject;
 /// AXObserverRef: notices changes of the simulated desktop, and tells of each with every
 /// notification that it was asked for.
 @interface AXObserverObject : NSObject {
@@ -51,7 +44,7 @@ void emptyMainLoop();
     std::unique_ptr<quil::ChangeWatch> watch;
     AXObserverCallback callback;
     std::vector<std::pair<NSString*, void*>> notifications;
-    quil::substitute::OwnedSource source;
+    RunLoopSourceObject* source;
 }
 @end
 @interface RunLoopSourceObject : NSObject {

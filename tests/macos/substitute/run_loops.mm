@@ -52,6 +52,8 @@ RunLoopObject* mainLoopObject() {
 
 struct OfThread {
     RunLoopObject* loop;
+    /// Those that the thread's run loop serves.
+    std::vector<AXObserverObject*> observers;
 };
 thread_local OfThread ofThread;
 
@@ -61,9 +63,6 @@ RunLoopObject* own(CFRunLoopRef loop, const char* call = __builtin_FUNCTION()) {
 RunLoopSourceObject* own(CFRunLoopSourceRef source, const char* call = __builtin_FUNCTION()) {
     return substitute::own<RunLoopSourceObject>(source, call);
 }
-
-/// The observers that the thread's run loop serves.
-thread_local std::vector<AXObserverObject*> observers;
 
 void commonModesOnly(CFTypeRef mode, const char* call = __builtin_FUNCTION()) {
     if (mode != kCFRunLoopCommonModes) violation(std::string(call) + ": not in the common modes");
@@ -177,7 +176,7 @@ void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLo
     RunLoopSourceObject* source = own(reference);
     if (source->observer) {
         if (onMainThread()) violation("an observer is served by the thread that waits");
-        observers.push_back(source->observer);
+        ofThread.observers.push_back(source->observer);
         return;
     }
     commonModesOnly(mode);
@@ -187,22 +186,21 @@ void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLo
     if (source->valid) mainLoop().sources.push_back(source);
 }
 CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode, double seconds, Boolean) {
-    if (observers.empty()) return kCFRunLoopRunFinished;
-    AXObserverObject* observer = observers.front();
+    if (ofThread.observers.empty()) return kCFRunLoopRunFinished;
+    AXObserverObject* observer = ofThread.observers.front();
     if (observer->watch->wait(static_cast<std::uint64_t>(seconds * 1e6) + 1)) {
         for (const auto& [name, context] : observer->notifications) {
             observer->callback((AXObserverRef)(__bridge void*)observer, nullptr,
                                (__bridge CFStringRef)name, context);
         }
-        return static_cast<CFRunLoopRunResult>(0);
     }
     return static_cast<CFRunLoopRunResult>(0);
 }
 void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef reference, CFRunLoopMode mode) {
     RunLoopSourceObject* source = own(reference);
     if (source->observer) {
-        if (std::erase(observers, source->observer) != 1) violation("an observer of no run loop");
-        return;
+        const auto removed = std::erase(ofThread.observers, source->observer);
+        return removed == 1 ? void() : violation("an observer of no run loop");
     }
     commonModesOnly(mode);
     services->eventTaps().removeSource(own(loop)->loop, source->served);
@@ -250,12 +248,11 @@ AXError AXObserverAddNotification(AXObserverRef observer, AXUIElementRef element
 /// Belongs to the observer.
 CFRunLoopSourceRef AXObserverGetRunLoopSource(AXObserverRef reference) {
     auto* observer = substitute::own<AXObserverObject>(reference);
-    if (!observer->source.reference) {
-        RunLoopSourceObject* source = [[RunLoopSourceObject alloc] init];
-        source->observer = observer;
-        observer->source.reference = handedOver<CFRunLoopSourceRef>(source);
+    if (!observer->source) {
+        observer->source = [[RunLoopSourceObject alloc] init];
+        observer->source->observer = observer;
     }
-    return observer->source.reference;
+    return (CFRunLoopSourceRef)(__bridge void*)observer->source;
 }
 
 }  // extern "C"

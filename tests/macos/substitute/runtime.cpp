@@ -11,10 +11,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
-#include <new>
-#include <set>
-#include <shared_mutex>
-#include <unordered_map>
 #include <vector>
 
 namespace objective_c {
@@ -89,25 +85,24 @@ struct Header {
 };
 constexpr std::uint64_t kAlive = 0x51554c4f424a4543;
 
-std::mutex& liveMutex() {
-    static std::mutex mutex;
-    return mutex;
-}
-std::map<std::string, long>& live() {
-    static auto& counts =
-        *new std::map<std::string, long>;  // threads may outlive the process's end
-    return counts;
+struct Live {
+    std::mutex mutex;
+    std::map<std::string, long> counts;
+};
+Live& live() {
+    static auto& objects = *new Live;  // threads may outlive the process's end
+    return objects;
 }
 void count(const char* name, long change) {
-    const std::lock_guard guard(liveMutex());
-    live()[name] += change;
+    const std::lock_guard guard(live().mutex);
+    live().counts[name] += change;
 }
 
 /// Moves a class's instance variables behind those of its superclass, whose size the compiler need
 /// not have known.
-void layOut(Class* type, std::set<Class*>& done) {
-    if (!done.insert(type).second || !type->super) return;
-    layOut(type->super, done);
+void layOut(Class* type) {
+    if (!type->super) return;
+    layOut(type->super);
     Description& own = *type->description;
     const std::uint32_t least = type->super->description->size;
     if (own.start >= least) return;
@@ -121,9 +116,8 @@ void layOut(Class* type, std::set<Class*>& done) {
     own.size += by;
 }
 __attribute__((constructor(101))) void layOutAll() {
-    std::set<Class*> done;
     for (Class** type = __start_objc_classlist; type != __stop_objc_classlist; ++type) {
-        layOut(*type, done);
+        layOut(*type);
     }
 }
 
@@ -136,39 +130,27 @@ void* ownMethod(const Class* type, const char* name) {
 }
 
 void* method(const Class* type, const char* name) {
-    struct Hash {
-        std::size_t operator()(const std::pair<const Class*, const char*>& key) const {
-            return std::hash<const void*>()(key.first) * 31 + std::hash<const void*>()(key.second);
-        }
-    };
-    static auto& known = *new std::unordered_map<std::pair<const Class*, const char*>, void*, Hash>;
-    static std::shared_mutex mutex;
-    {
-        const std::shared_lock guard(mutex);
-        const auto found = known.find({type, name});
-        if (found != known.end()) return found->second;
-    }
-    void* function = nullptr;
+    static thread_local std::map<std::pair<const Class*, const char*>, void*> known;
+    void*& function = known[{type, name}];
     for (const Class* next = type; next && !function; next = next->super) {
         function = ownMethod(next, name);
     }
     if (!function) {
         violation(std::string(type->description->name) + " does not understand " + name);
     }
-    const std::unique_lock guard(mutex);
-    return known[{type, name}] = function;
+    return function;
 }
 
-template <typename Result = void>
-Result send(void* function, Id object, const char* name) {
-    return reinterpret_cast<Result (*)(Id, const char*)>(function)(object, name);
+/// Calls the class's own method that the compiler has made for its instance variables, if any.
+void callOwn(const Class* type, const char* name, Id object) {
+    void* function = ownMethod(type, name);
+    if (function) reinterpret_cast<void (*)(Id, const char*)>(function)(object, name);
 }
 
 void construct(const Class* type, Id object) {
     if (!type) return;
     construct(type->super, object);
-    if (void* function = ownMethod(type, ".cxx_construct"))
-        send(function, object, ".cxx_construct");
+    callOwn(type, ".cxx_construct", object);
 }
 
 Header& headerOf(Id object) {
@@ -179,9 +161,7 @@ Header& headerOf(Id object) {
 
 void destroy(Id object) {
     for (const Class* type = object->isa; type; type = type->super) {
-        if (void* function = ownMethod(type, ".cxx_destruct")) {
-            send(function, object, ".cxx_destruct");
-        }
+        callOwn(type, ".cxx_destruct", object);
     }
     count(object->isa->description->name, -1);
     Header& header = headerOf(object);
@@ -202,8 +182,8 @@ thread_local Pools pools;
 }  // namespace
 
 std::map<std::string, long> liveObjects() {
-    const std::lock_guard guard(liveMutex());
-    auto counts = live();
+    const std::lock_guard guard(live().mutex);
+    auto counts = live().counts;
     std::erase_if(counts, [](const auto& entry) { return entry.second == 0; });
     return counts;
 }
@@ -233,6 +213,7 @@ Class* class_getSuperclass(Class* type) {
     return type->super;
 }
 
+Id objc_msgSend(Id receiver, const char* name);
 Id _Block_copy(const void* block);
 void _Block_release(const void* block);
 
@@ -246,7 +227,7 @@ Id objc_alloc(Class* type) {
     return object;
 }
 Id objc_alloc_init(Class* type) {
-    return send<Id>(method(type, "init"), objc_alloc(type), "init");
+    return objc_msgSend(objc_alloc(type), "init");
 }
 Id objc_retain(Id object) {
     if (isConstant(object)) return object;
@@ -267,20 +248,15 @@ Id objc_autorelease(Id object) {
     pools.objects.push_back(object);
     return object;
 }
-Id objc_autoreleaseReturnValue(Id object) {
-    return objc_autorelease(object);
-}
-Id objc_retainAutoreleasedReturnValue(Id object) {
-    return objc_retain(object);
-}
+#define ALSO(name, function) Id name(Id object) __attribute__((alias(#function)))
+ALSO(objc_autoreleaseReturnValue, objc_autorelease);
+ALSO(objc_retainAutoreleasedReturnValue, objc_retain);
+ALSO(objc_retainAutoreleaseReturnValue, objc_retainAutorelease);
 Id objc_unsafeClaimAutoreleasedReturnValue(Id object) {
     return object;
 }
 Id objc_retainAutorelease(Id object) {
     return objc_autorelease(objc_retain(object));
-}
-Id objc_retainAutoreleaseReturnValue(Id object) {
-    return objc_retainAutorelease(object);
 }
 Id objc_retainBlock(Id block) {
     return block ? _Block_copy(block) : nullptr;
@@ -310,11 +286,8 @@ void objc_enumerationMutation(Id) {
 Id objc_getProperty(Id object, const char*, long offset, bool) {
     return objc_retainAutorelease(*reinterpret_cast<Id*>(reinterpret_cast<char*>(object) + offset));
 }
-void objc_setProperty(Id object, const char*, long offset, Id value, bool, signed char) {
+void objc_setProperty_atomic_copy(Id object, const char*, Id value, long offset) {
     objc_storeStrong(reinterpret_cast<Id*>(reinterpret_cast<char*>(object) + offset), value);
-}
-void objc_setProperty_atomic_copy(Id object, const char* name, Id value, long offset) {
-    objc_setProperty(object, name, offset, value, true, true);
 }
 Id _Block_copy(const void* pointer) {
     auto* block = const_cast<Block*>(static_cast<const Block*>(pointer));
@@ -348,25 +321,18 @@ void _Block_object_dispose(const void* object, int) {
 
 }  // extern "C"
 
-// The message senders keep every register that may hold an argument, find the function and jump
-// there. A message to nil gives 0. x86-64 only.
-#define SAVE                                                                                     \
-    "push %rbp; mov %rsp, %rbp; push %rdi; push %rsi; push %rdx; push %rcx; push %r8; push %r9;" \
-    "push %rax; push %rax; sub $128, %rsp; movups %xmm0, (%rsp); movups %xmm1, 16(%rsp);"        \
-    "movups %xmm2, 32(%rsp); movups %xmm3, 48(%rsp); movups %xmm4, 64(%rsp);"                    \
-    "movups %xmm5, 80(%rsp); movups %xmm6, 96(%rsp); movups %xmm7, 112(%rsp);"
-#define RESTORE                                                                             \
-    "mov %rax, %r11; movups (%rsp), %xmm0; movups 16(%rsp), %xmm1; movups 32(%rsp), %xmm2;" \
-    "movups 48(%rsp), %xmm3; movups 64(%rsp), %xmm4; movups 80(%rsp), %xmm5;"               \
-    "movups 96(%rsp), %xmm6; movups 112(%rsp), %xmm7; add $128, %rsp; pop %rax; pop %rax;"  \
-    "pop %r9; pop %r8; pop %rcx; pop %rdx; pop %rsi; pop %rdi; pop %rbp;"
-#define FUNCTION(name) ".globl " name "\n.type " name ", @function\n" name ": "
-__asm__(".text\n" FUNCTION(
-    "objc_msgSend") "test %rdi, %rdi; jz 1f;" SAVE "call quil_method;" RESTORE
-                    "jmp *%r11\n"
-                    "1: xor %eax, %eax; xor %edx, %edx; xorps %xmm0, %xmm0; xorps %xmm1, %xmm1; "
-                    "ret\n" FUNCTION("objc_msgSend_stret") "test %rsi, %rsi; jz 2f;" SAVE
-                                                           "mov %rsi, %rdi; mov %rdx, %rsi; call "
-                                                           "quil_method;" RESTORE
-                                                           "jmp *%r11\n"
-                                                           "2: mov %rdi, %rax; ret\n");
+// The message senders keep the registers that may hold an argument (of floating-point numbers no
+// message takes more than one), find the function and jump there. A message to nil gives 0. x86-64
+// only.
+#define SENDER(name, receiver, find, nothing)                                            \
+    ".globl " name "\n.type " name ", @function\n" name ": test " receiver ", " receiver \
+    "; jz 1f;"                                                                           \
+    "push %rdi; push %rsi; push %rdx; push %rcx; push %r8; push %r9; sub $24, %rsp;"     \
+    "movups %xmm0, (%rsp);" find                                                         \
+    "call quil_method; movups (%rsp), %xmm0; add $24, %rsp;"                             \
+    "pop %r9; pop %r8; pop %rcx; pop %rdx; pop %rsi; pop %rdi; jmp *%rax\n"              \
+    "1: " nothing "ret\n"
+__asm__(".text\n" SENDER("objc_msgSend", "%rdi", "",
+                         "xor %eax, %eax; xor %edx, %edx; xorps %xmm0, %xmm0; xorps %xmm1, %xmm1;")
+            SENDER("objc_msgSend_stret", "%rsi", "mov %rsi, %rdi; mov %rdx, %rsi;",
+                   "mov %rdi, %rax;"));

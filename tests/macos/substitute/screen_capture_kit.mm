@@ -16,55 +16,56 @@ NSError* errorUnless(bool success) {
     return success || mac.silentErrors ? nil : [[NSError alloc] init];
 }
 
+CGRect rectangle(const Rect& bounds) {
+    return {{bounds.x, bounds.y}, {bounds.width, bounds.height}};
+}
+
 }  // namespace
 
-@implementation SCRunningApplication {
-  @public
-    pid_t pid_;
-}
-- (pid_t)processID {
-    return pid_;
+@implementation SCRunningApplication
++ (instancetype)of:(pid_t)pid {
+    SCRunningApplication* application = [[self alloc] init];
+    application->_processID = pid;
+    return application;
 }
 @end
 
 @implementation SCWindow {
   @public
-    ShareableWindow window_;
+    ShareableWindow listed;
 }
-- (CGWindowID)windowID {
-    return window_.windowId;
-}
-- (CGRect)frame {
-    const Rect& frame = window_.frame;
-    return {{frame.x, frame.y}, {frame.width, frame.height}};
-}
-- (NSInteger)windowLayer {
-    return window_.windowLayer;
-}
-- (SCRunningApplication*)owningApplication {
-    if (!window_.owningProcessId) return nil;
-    SCRunningApplication* application = [[SCRunningApplication alloc] init];
-    application->pid_ = *window_.owningProcessId;
-    return application;
++ (instancetype)of:(const ShareableWindow&)entry {
+    SCWindow* window = [[self alloc] init];
+    window->listed = entry;
+    window->_windowID = entry.windowId;
+    window->_frame = rectangle(entry.frame);
+    window->_windowLayer = entry.windowLayer;
+    const auto owner = entry.owningProcessId;
+    window->_owningApplication = owner ? [SCRunningApplication of:*owner] : nil;
+    return window;
 }
 @end
 
 @implementation SCDisplay {
   @public
-    ShareableDisplay display_;
+    ShareableDisplay listed;
 }
-- (CGDirectDisplayID)displayID {
-    return display_.displayId;
-}
-- (CGRect)frame {
-    const Rect& frame = display_.frame;
-    return {{frame.x, frame.y}, {frame.width, frame.height}};
++ (instancetype)of:(const ShareableDisplay&)entry {
+    SCDisplay* display = [[self alloc] init];
+    display->listed = entry;
+    display->_displayID = entry.displayId;
+    display->_frame = rectangle(entry.frame);
+    return display;
 }
 @end
 
-@implementation SCShareableContent {
-    NSArray* windows_;
-    NSArray* displays_;
+@implementation SCShareableContent
++ (instancetype)of:(const std::optional<ShareableContent>&)listed {
+    if (!listed) return nil;
+    SCShareableContent* content = [[self alloc] init];
+    content->_windows = array(listed->windows, [](auto& entry) { return [SCWindow of:entry]; });
+    content->_displays = array(listed->displays, [](auto& entry) { return [SCDisplay of:entry]; });
+    return content;
 }
 + (void)getShareableContentExcludingDesktopWindows:(BOOL)excludingDesktopWindows
                                onScreenWindowsOnly:(BOOL)onScreenOnly
@@ -73,28 +74,8 @@ NSError* errorUnless(bool success) {
     answerLater("getShareableContent", [=] {
         const auto content =
             services->screenCapture().getShareableContent(excludingDesktopWindows, onScreenOnly);
-        SCShareableContent* answer = nil;
-        if (content) {
-            answer = [[SCShareableContent alloc] init];
-            answer->windows_ = array(content->windows, [](const ShareableWindow& entry) {
-                SCWindow* window = [[SCWindow alloc] init];
-                window->window_ = entry;
-                return window;
-            });
-            answer->displays_ = array(content->displays, [](const ShareableDisplay& entry) {
-                SCDisplay* display = [[SCDisplay alloc] init];
-                display->display_ = entry;
-                return display;
-            });
-        }
-        handler(answer, errorUnless(content.has_value()));
+        handler([SCShareableContent of:content], errorUnless(content.has_value()));
     });
-}
-- (NSArray*)windows {
-    return windows_;
-}
-- (NSArray*)displays {
-    return displays_;
 }
 @end
 
@@ -138,8 +119,8 @@ NSError* errorUnless(bool success) {
         ImageObject* image = [[ImageObject alloc] init];
         ScreenCapture& capture = services->screenCapture();
         image->image = filter->window_
-                           ? capture.captureImage(filter->window_->window_, asked)
-                           : capture.captureDisplayImage(filter->display_->display_, asked);
+                           ? capture.captureImage(filter->window_->listed, asked)
+                           : capture.captureDisplayImage(filter->display_->listed, asked);
         const bool success = image->image != nullptr;
         handler(success ? (CGImageRef)(__bridge void*)image : nullptr, errorUnless(success));
     });

@@ -84,6 +84,12 @@ T* own(Ref reference, const char* call = __builtin_FUNCTION()) {
     if (![object isKindOfClass:[T class]]) violation(std::string(call) + ": wrong type of object");
     return object;
 }
+/// Defines a function without parameters that gives what one of the services gives.
+#define ANSWERS(type, name, answer) \
+    type name() {                   \
+        return services->answer();  \
+    }
+
 /// A reference that the caller has to release.
 template <typename Ref>
 Ref handedOver(id object) {

@@ -4,9 +4,7 @@
 #include <ApplicationServices/ApplicationServices.h>
 #include <Foundation/Foundation.h>
 
-enum NSApplicationActivationPolicy : NSInteger {
-    NSApplicationActivationPolicyProhibited = 2,
-};
+enum NSApplicationActivationPolicy : NSInteger { NSApplicationActivationPolicyProhibited = 2 };
 
 @interface NSApplication : NSObject
 @property(class, readonly, strong) NSApplication* sharedApplication;

@@ -65,21 +65,12 @@ const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
 struct CFRunLoopSourceContext {
     CFIndex version;
     void* info;
-    const void* (*retain)(const void* info);
-    void (*release)(const void* info);
-    CFStringRef (*copyDescription)(const void* info);
-    Boolean (*equal)(const void* info1, const void* info2);
-    unsigned long (*hash)(const void* info);
-    void (*schedule)(void* info, CFRunLoopRef runLoop, CFRunLoopMode mode);
-    void (*cancel)(void* info, CFRunLoopRef runLoop, CFRunLoopMode mode);
     void (*perform)(void* info);
 };
 CFRunLoopRef CFRunLoopGetCurrent();
 CFRunLoopRef CFRunLoopGetMain();
 void CFRunLoopRun();
-enum CFRunLoopRunResult : SInt32 {
-    kCFRunLoopRunFinished = 1,
-};
+enum CFRunLoopRunResult : SInt32 { kCFRunLoopRunFinished = 1 };
 CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, double seconds,
                                       Boolean returnAfterSourceHandled);
 void CFRunLoopStop(CFRunLoopRef runLoop);

@@ -7,12 +7,10 @@ extern "C" {
 
 using CGFloat = double;
 struct CGPoint {
-    CGFloat x;
-    CGFloat y;
+    CGFloat x, y;
 };
 struct CGSize {
-    CGFloat width;
-    CGFloat height;
+    CGFloat width, height;
 };
 struct CGRect {
     CGPoint origin;

@@ -17,8 +17,7 @@ using NSTimeInterval = double;
 using unichar = unsigned short;
 
 struct NSRange {
-    NSUInteger location;
-    NSUInteger length;
+    NSUInteger location, length;
 };
 inline NSRange NSMakeRange(NSUInteger location, NSUInteger length) {
     return {location, length};

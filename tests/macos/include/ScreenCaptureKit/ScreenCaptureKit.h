@@ -10,14 +10,14 @@
 
 @interface SCWindow : NSObject
 @property(readonly) CGWindowID windowID;
-@property(readonly) CGRect frame;
+@property(nonatomic, readonly) CGRect frame;
 @property(readonly) NSInteger windowLayer;
 @property(readonly) SCRunningApplication* owningApplication;
 @end
 
 @interface SCDisplay : NSObject
 @property(readonly) CGDirectDisplayID displayID;
-@property(readonly) CGRect frame;
+@property(nonatomic, readonly) CGRect frame;
 @end
 
 @interface SCShareableContent : NSObject

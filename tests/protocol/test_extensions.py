@@ -12,15 +12,6 @@ NOT_COME = {"code": "COMPUTER_CONTROL_COMMAND_FAILED", "message": "window did no
 
 
 class Extensions(unittest.TestCase):
-    def test_gates_come_first(self):
-        denied = desktop(BUTTON, permissions={"accessibility": False, "screenRecording": False})
-        with Simulated(denied) as host:
-            for method in ("desktop_mouse_click", "desktop_mouse_drag", "desktop_ax_wait",
-                           "desktop_window_activate", "desktop_capture"):
-                self.assertEqual(host.error(method)["code"], "COMPUTER_CONTROL_PERMISSION_REQUIRED")
-            self.assertEqual(host.result("desktop_clipboard_read"), {"text": None})
-            self.assertEqual(len(host.result("desktop_displays_list")["displays"]), 1)
-
     def test_displays(self):
         with Simulated(desktop(displays=TWO_DISPLAYS)) as host:
             self.assertEqual(host.result("desktop_displays_list"), {

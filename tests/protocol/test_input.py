@@ -35,27 +35,20 @@ class Pointer(unittest.TestCase):
                 self.assertEqual(sorted(result), ["ok"] if method == "move" else ["ok", "target"])
                 self.assertIs(result["ok"], True)
 
-    def test_places_on_several_displays(self):
-        for displays, point, place in [
-                (TWO_DISPLAYS, MIDDLE, "1680,360"), (TWO_DISPLAYS, {"x": 0, "y": 0}, "0,-180"),
-                (TWO_DISPLAYS, {"x": 1.0, "y": 1.0}, "3360,900"), ([], MIDDLE, "720,450"),
-                ([{"id": 3, "bounds": [10, 20, 3, 1]}], {"x": 0.5, "y": 0.5}, "11.5,20.5")]:
-            with Simulated(desktop(displays=displays)) as host:
-                host.result("desktop_move", point=point)
-                self.assertEqual(host.log(), ["mouseMoved " + place])
-
     def test_displays_are_asked_each_time(self):
+        displays = [TWO_DISPLAYS, [{"id": 3, "bounds": [10, 20, 3, 1]}], [],
+                    [{"id": 1, "bounds": [0, 0, 0, 9]}]]
         failing = {"rules": [{"call": "getActiveDisplayList", "nth": 1, "fails": 1001}],
                    "sleepingMainDisplay": {"id": 1, "bounds": [0, 0, 100, 100]},
-                   "script": [{"request": 3, "do": {"displays": []}},
-                              {"request": 4, "do": {"displays": [{"id": 1, "bounds": [0, 0, 0, 9]}]}}]}
+                   "script": [{"request": 4 + i, "do": {"displays": list}}
+                              for i, list in enumerate(displays)]}
         with Simulated(desktop(displays=TWO_DISPLAYS, **failing)) as host:
-            for _ in range(3):
-                host.result("desktop_move", point=MIDDLE)
+            for point in (MIDDLE, {"x": 0, "y": 0}, {"x": 1.0, "y": 1.0}, MIDDLE, MIDDLE, MIDDLE):
+                host.result("desktop_move", point=point)
             self.assertEqual(host.error("desktop_move", point=MIDDLE), {"message": "point is required"})
             # The first list failed: the main display alone is known.
-            self.assertEqual(host.log(), ["mouseMoved 720,450", "mouseMoved 1680,360",
-                                          "mouseMoved 50,50"])
+            self.assertEqual(host.log(), ["mouseMoved " + place for place in (
+                "720,450", "0,-180", "3360,900", "1680,360", "11.5,20.5", "50,50")])
 
     def test_scrolling(self):
         with Simulated(desktop(BUTTON)) as host:

@@ -96,8 +96,8 @@ class Screenshots(unittest.TestCase):
         required = {"code": "COMPUTER_CONTROL_PERMISSION_REQUIRED",
                     "message": "screen recording permission required"}
         with Simulated(example("failing")) as host:
-            for _ in range(2):
-                self.assertEqual(host.error("desktop_screenshot"), required)
+            for method in ("desktop_screenshot", "desktop_capture"):
+                self.assertEqual(host.error(method), required)
             self.assertEqual(host.result("desktop_screenshot")["screenshotDataURL"], "")
             self.assertEqual(picture_size(host.result("desktop_screenshot")["screenshotDataURL"]),
                              (800, 600))
@@ -150,7 +150,6 @@ class Captures(unittest.TestCase):
             for method in ("startFrontmostGlimpseCapture", "nextGlimpseCaptureUpdate"):
                 for params in ({}, {"requestId": 1}, {"requestId": None}):
                     self.assertEqual(host.error(method, **params), {"message": "requestId is required"})
-
 
     def test_the_one_started_longest_ago_goes(self):
         with Simulated(desktop()) as host:

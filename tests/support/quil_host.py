@@ -138,11 +138,3 @@ class Host:
         while (line := self.read_line(seconds)) is not None:
             lines.append(line)
         return lines, self.process.wait(seconds), self.process.stderr.read()
-
-
-def converse(program, data, *arguments, env=None, seconds=ANSWER_SECONDS):
-    """Runs the program with this input: the answers as parsed JSON, the exit status, the error
-    output."""
-    done = subprocess.run([executable(program), *arguments], input=data, capture_output=True, env=env,
-                          timeout=seconds)
-    return [json.loads(line) for line in done.stdout.splitlines()], done.returncode, done.stderr

@@ -8,9 +8,10 @@ import base64
 import json
 import os
 import struct
+import subprocess
 import tempfile
 
-from quil_host import Host, converse
+from quil_host import ANSWER_SECONDS, Host, executable
 
 EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples",
                         "scenarios")
@@ -52,13 +53,15 @@ class Simulated(Host):
         return next(node["token"] for node in nodes if node.get("name") == name)
 
 
-def run(scenario, data, seconds=30):
+def run(scenario, data):
     """Starts quil-sim with the bytes of a scenario and an input; its answers, exit status and
     error output."""
     with tempfile.NamedTemporaryFile(suffix=".json") as file:
         file.write(scenario)
         file.flush()
-        return converse("quil-sim", data, file.name, seconds=seconds)
+        done = subprocess.run([executable("quil-sim"), file.name], input=data, capture_output=True,
+                              timeout=ANSWER_SECONDS)
+    return [json.loads(line) for line in done.stdout.splitlines()], done.returncode, done.stderr
 
 
 def picture_size(data_url):

@@ -13,30 +13,23 @@ namespace quil {
 namespace {
 
 /// Does something else while the time is asked for.
-class InterruptedClock : public Clock {
+class InterruptedClock : public simulated::SimulatedClock {
   public:
-    explicit InterruptedClock(Clock& clock) : clock_(clock) {}
+    using SimulatedClock::SimulatedClock;
     double timeIntervalSince1970() override {
         if (const auto work = std::exchange(meanwhile, nullptr)) work();
-        return clock_.timeIntervalSince1970();
+        return SimulatedClock::timeIntervalSince1970();
     }
-    double systemUptime() override { return clock_.systemUptime(); }
-    void sleepMicroseconds(std::uint32_t time) override { clock_.sleepMicroseconds(time); }
-    std::string uuidString() override { return clock_.uuidString(); }
 
     std::function<void()> meanwhile;
-
-  private:
-    Clock& clock_;
 };
 
-class InterruptedPlatform : public SimulatedPlatform {
-  public:
-    using SimulatedPlatform::SimulatedPlatform;
-    InterruptedClock& clock() override { return clock_; }
+struct InterruptedPlatform : SimulatedPlatform {
+    explicit InterruptedPlatform(SimulatedDesktop& desktop)
+        : SimulatedPlatform(desktop), interrupted(desktop) {}
+    Clock& clock() override { return interrupted; }
 
-  private:
-    InterruptedClock clock_{SimulatedPlatform::clock()};
+    InterruptedClock interrupted;
 };
 
 TEST(RecorderRaces, ALateEventOfAnEarlierRecordingIsNotOfTheNext) {
@@ -44,7 +37,7 @@ TEST(RecorderRaces, ALateEventOfAnEarlierRecordingIsNotOfTheNext) {
     InterruptedPlatform platform(desktop);
     const auto recorder = InputRecorder::create(platform);
     recorder->start();
-    platform.clock().meanwhile = [&] {
+    platform.interrupted.meanwhile = [&] {
         recorder->stop();
         recorder->start();
     };

@@ -4,7 +4,7 @@ import javax.swing.JFrame;
 import javax.swing.JTextArea;
 import javax.swing.SwingUtilities;
 
-/** What fields_app.py is in other toolkits. */
+/** What window_app.py is in other toolkits, with the titles "one" and "two". */
 class FieldsApp {
     private static final JTextArea[] areas = new JTextArea[2];
 

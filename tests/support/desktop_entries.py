@@ -10,8 +10,8 @@ FOLDER = os.path.join(os.environ["XDG_DATA_HOME"], "applications")
 
 class EntriesTest(DesktopTest):
     def setUp(self):
-        # A locale that the system lacks; the names of entries need none.
-        self.host = self.enterContext(Host(env=dict(os.environ, LANG="de_DE.UTF-8")))
+        # A locale that no system has; the names of entries need none.
+        self.host = self.enterContext(Host(env=dict(os.environ, LANG="de_AQ.UTF-8")))
         os.makedirs(FOLDER)
         self.addCleanup(shutil.rmtree, FOLDER)
 

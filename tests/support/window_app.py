@@ -87,8 +87,9 @@ def gtk(version, titles, width, height, options):
                             default_height=height)
         if not is_4 and "plain" not in options:
             window.set_titlebar(Gtk.HeaderBar(title=title, show_close_button=True))
-        # Without wrapping the window grows with a long line, over the other one.
-        area = Gtk.TextView(wrap_mode=Gtk.WrapMode.CHAR)
+        # Without wrapping the window grows with a long line, over the other one; a blinking cursor would be
+        # in pictures.
+        area = Gtk.TextView(wrap_mode=Gtk.WrapMode.CHAR, cursor_visible="plain" in options)
         scroller = Gtk.ScrolledWindow(hexpand=True, vexpand=True)
         box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
         (scroller.set_child if is_4 else scroller.add)(area)
@@ -126,7 +127,6 @@ def gtk(version, titles, width, height, options):
         return bool(command)
 
     def activate(application):
-        Gtk.Settings.get_default().set_property("gtk-cursor-blink", False)
         for title in titles:
             add(application, title)
 

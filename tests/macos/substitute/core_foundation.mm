@@ -166,15 +166,8 @@ Boolean CFNumberIsFloatType(CFNumberRef number) {
     return numberOf(number).isReal != 0;
 }
 CFIndex CFNumberGetByteSize(CFNumberRef reference) {
-    switch (numberOf(reference)->kind) {
-        case NumberKind::single:
-        case NumberKind::narrow:
-            return 4;
-        case NumberKind::large:
-            return 16;
-        default:
-            return 8;
-    }
+    const NumberKind kind = numberOf(reference)->kind;
+    return kind == NumberKind::single || kind == NumberKind::narrow ? 4 : 8;
 }
 /// Whether the value came over without loss.
 Boolean CFNumberGetValue(CFNumberRef reference, CFNumberType type, void* value) {

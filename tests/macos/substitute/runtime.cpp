@@ -23,11 +23,6 @@ struct ListOf {
     const T* begin() const { return entries; }
     const T* end() const { return entries + count; }
 };
-struct Ivar {
-    unsigned long* offset;
-    const char *name, *type;
-    std::uint32_t alignment, size;
-};
 struct Method {
     const char *name, *types;
     void* function;
@@ -38,7 +33,7 @@ struct Description {
     const char* name;
     const ListOf<Method>* methods;
     const void* protocols;
-    const ListOf<Ivar>* ivars;
+    const void* ivars;
     const std::uint8_t* weakLayout;
     const void* properties;
 };
@@ -96,29 +91,6 @@ Live& live() {
 void count(const char* name, long change) {
     const std::lock_guard guard(live().mutex);
     live().counts[name] += change;
-}
-
-/// Moves a class's instance variables behind those of its superclass, whose size the compiler need
-/// not have known.
-void layOut(Class* type) {
-    if (!type->super) return;
-    layOut(type->super);
-    Description& own = *type->description;
-    const std::uint32_t least = type->super->description->size;
-    if (own.start >= least) return;
-    const std::uint32_t by = (least - own.start + 15) & ~15u;
-    if (own.ivars) {
-        for (const Ivar& ivar : *own.ivars) {
-            if (ivar.offset) *ivar.offset += by;
-        }
-    }
-    own.start += by;
-    own.size += by;
-}
-__attribute__((constructor(101))) void layOutAll() {
-    for (Class** type = __start_objc_classlist; type != __stop_objc_classlist; ++type) {
-        layOut(*type);
-    }
 }
 
 void* ownMethod(const Class* type, const char* name) {
@@ -218,6 +190,10 @@ Id _Block_copy(const void* block);
 void _Block_release(const void* block);
 
 Id objc_alloc(Class* type) {
+    const Class* base = type->super;
+    if (base && type->description->start < base->description->size) {
+        violation(std::string(type->description->name) + ": collections.h was not included");
+    }
     auto* header = static_cast<Header*>(std::calloc(1, sizeof(Header) + type->description->size));
     new (header) Header{{1}, kAlive};
     const Id object = reinterpret_cast<Id>(header + 1);
@@ -311,12 +287,6 @@ void _Block_release(const void* pointer) {
     if (block->flags & kBlockHasHelpers) block->descriptor->dispose(block);
     count("Block", -1);
     std::free(block);
-}
-void _Block_object_assign(void* place, const void* object, int) {
-    *static_cast<Id*>(place) = objc_retain(static_cast<Id>(const_cast<void*>(object)));
-}
-void _Block_object_dispose(const void* object, int) {
-    objc_release(static_cast<Id>(const_cast<void*>(object)));
 }
 
 }  // extern "C"

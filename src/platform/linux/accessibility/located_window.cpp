@@ -77,7 +77,8 @@ std::optional<LocatedWindow> locateWindow(AccessibilityBus& bus, X11Display& dis
                     {facts.extents, program.hasWholeScales(), program.hasWindowCoordinates()});
     if (!fit) return {};
     LocatedWindow found{
-        fit->map, program.hasWholeScales(), program.hasWindowCoordinates(), program.isSwing(), {}};
+        *pid, fit->map, program.hasWholeScales(), program.hasWindowCoordinates(), program.isSwing(),
+        {}};
     const bool needsPopUps = found.isWithinWindow || found.isSwing || fit->map.scale != 1;
     if (needsPopUps) found.popUps = popUpsOf(*connection, *pid);
     return found;

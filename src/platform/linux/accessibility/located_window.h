@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -13,6 +14,8 @@ namespace quil::linux_platform {
 
 /// A window of a program, found on the screen: what its elements' coordinates mean.
 struct LocatedWindow {
+    /// Its process.
+    std::int32_t pid = 0;
     CoordinateMap map;
     /// As of `ToolkitWindow`.
     bool hasWholeScales = false;

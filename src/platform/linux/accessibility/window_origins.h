@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -11,7 +12,8 @@
 namespace quil::linux_platform {
 
 /// Converts elements' extents, which programs give in coordinates of their own, to global screen
-/// coordinates. An element whose position cannot be known gets extents without an area.
+/// coordinates, and leaves out what is scrolled out of sight. An element whose position cannot be
+/// known gets extents without an area.
 class WindowOrigins {
   public:
     /// Both outlive this.
@@ -27,11 +29,17 @@ class WindowOrigins {
     struct Anchor {
         Reference window;
         Displacement displacement;
+        /// The area in which the element can be seen, from the window's corner on the screen;
+        /// nothing when all of it can.
+        std::optional<Rect> visible;
     };
 
     /// The window that an element is in, or is: the application's child among its ancestors. The
     /// element itself when it has none.
     Reference windowOf(Reference element);
+    /// Takes from the extents, which are those on the screen, what cannot be seen.
+    void leaveOutHidden(const LocatedWindow& window, const std::vector<ObservedElement*>& elements);
+    std::vector<PopUp> popUpsWith(const LocatedWindow& window);
 
     AccessibilityBus& bus_;
     X11Display& display_;

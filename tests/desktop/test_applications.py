@@ -27,6 +27,9 @@ class ApplicationsTest(EntriesTest):
                 self.assertEqual([(app["name"], app["running"], app["executablePath"])
                                   for app in self.apps() if app["appId"] == identifier],
                                  [(name, True, os.readlink(f"/proc/{program.pid}/exe"))])
+                shown = lambda: output("xdotool", "getwindowname", str(program.window)).rstrip("\n")
+                target = lambda: self.host.result("desktop_target")["target"]
+                until(lambda: target().get("windowTitle") == shown(), "the title")
                 program.end()
 
     def test_every_hint(self):

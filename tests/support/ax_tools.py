@@ -77,7 +77,7 @@ def observe(host, program, condition=lambda state: True):
 
 def find(state, role, name=None):
     found = [node for node in state["nodes"]
-             if node["role"] == role and name in (None, node.get("name"))]
+             if node["role"] == role and name in (None, node.get("name", ""))]
     if not found:
         raise AssertionError(f"no {role} {name} in\n{state['axText']}")
     return found[0]

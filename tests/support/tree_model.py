@@ -41,7 +41,8 @@ class Generator:
         size = self.random.choice((5, 30, 30, 200, 200, self.largest))
         shape(size if shape != self.chain else min(size, 60))
         self.spoil()
-        description = {"title": self.elements[1]["name"], "toolkit": toolkit, "elements": self.elements, **own}
+        title = self.elements[1]["name"] + " — Program" * self.chance(0.3)  # the window's, as the user sees it
+        description = {"title": title, "toolkit": toolkit, "elements": self.elements, **own}
         if self.chance(0.4):
             description["shuffle"] = self.random.randrange(1000)
         if self.chance(0.3):
@@ -158,10 +159,11 @@ class Model:
     """The walk over a description: `nodes` without bounds' origin, and `truncated`."""
 
     def __init__(self, description):
-        self.elements = description["elements"]
+        self.elements, self.title = description["elements"], description["title"]
         self.has_lists = description.get("getChildren", True)
         self.shows_all = description["toolkit"]["name"] == "GTK"  # which says only of windows that they show
         self.nodes, self.truncated = [], False
+        self.areas = {1: None}  # of each element, the area in which it can be seen; None for anywhere
         self.characters, self.fields = MAXIMUM_CHARACTERS, FIELD_BUDGET
         self.walk(1, "e0", 0, parent=0)
 
@@ -174,6 +176,9 @@ class Model:
         self.nodes.append(node)
         self.fields -= sum(len(node.get(key, "")) for key in ("role", "name", "description", "value", "automationId"))
         self.characters -= min(len(line(node)), self.characters) + 1
+        inside = self.area_inside(number)
+        for child in self.children(number):
+            self.areas.setdefault(child, inside)
         for position, child in enumerate(self.children(number)):
             self.walk(child, f"{token}.{position}", depth + 1, number)
 
@@ -191,6 +196,25 @@ class Model:
             return []
         return [child for child in element["children"][:count] if child >= 0]
 
+    def area(self, number):
+        """Where the element can be seen: (x, y, width, height); None when it is nowhere."""
+        element = self.elements[number] or {"errors": {"GetState": FAILED}}
+        errors = element.get("errors", {})
+        states = element.get("states", [SHOWING]) if "GetState" not in errors else []
+        interfaces = element.get("interfaces", ["Component"]) if "GetInterfaces" not in errors else []
+        is_showing = SHOWING in states or self.shows_all and VISIBLE in states
+        if not is_showing or "Component" not in interfaces or "GetExtents" in errors:
+            return None
+        return clipped(element["extents"], self.areas[number])
+
+    def area_inside(self, number):
+        """The area in which what is in the element can be seen."""
+        element = self.elements[number] or {}
+        is_pane = (element.get("role") == 49 and "GetRole" not in element.get("errors", {})
+                   or MANAGES_DESCENDANTS in element.get("states", ()) and "GetState" not in element.get("errors", {}))
+        area = self.area(number) if is_pane else None
+        return area if area else self.areas[number]
+
     def record(self, number, parent):
         element = self.elements[number]
         if not element:
@@ -203,7 +227,8 @@ class Model:
         above = self.elements[parent] or {}
         if role == 33 and above.get("role") == 34 and "GetRole" not in above.get("errors", {}):
             node["role"] = "AXMenuBarItem"
-        texts = {"name": "" if "Name" in errors else element["name"], "description": element.get("description"),
+        name = self.title if number == 1 else element["name"]
+        texts = {"name": "" if "Name" in errors else name, "description": element.get("description"),
                  "automationId": "" if "AccessibleId" in errors else element.get("id")}
         is_text = role in (61, 79) or EDITABLE in (states or ())
         if is_text and "Text" in interfaces:
@@ -215,15 +240,22 @@ class Model:
         node.update((key, text[:FIELD_LIMIT]) for key, text in texts.items() if text)
         if states is not None:
             node["enabled"] = SENSITIVE in states
-        x, y, width, height = element["extents"]
-        is_showing = SHOWING in (states or ()) or self.shows_all and VISIBLE in (states or ())
-        if (is_showing and "Component" in interfaces and width > 0 and height > 0
-                and "GetExtents" not in errors):
-            node["bounds"] = {"x": x, "y": y, "width": width, "height": height}
+        area = self.area(number)
+        if area and area[2] > 0 and area[3] > 0:
+            node["bounds"] = dict(zip(("x", "y", "width", "height"), area))
         if "Action" in interfaces and "NActions" not in errors and element["actions"]:
             known = {"click": "AXPress", "press": "AXPress", "show menu": "AXShowMenu", "frob": "AXFrob"}
             node["actions"] = [known[name] for name in element["actions"]]
         return node
+
+
+def clipped(rectangle, area):
+    """The part of a rectangle that is in the area, without a size when there is none."""
+    if area is None:
+        return tuple(rectangle)
+    ends = [min(rectangle[i] + rectangle[i + 2], area[i] + area[i + 2]) for i in (0, 1)]
+    begins = [max(rectangle[i], area[i]) for i in (0, 1)]
+    return (*begins, *(max(0, end - begin) for begin, end in zip(begins, ends)))
 
 
 def line(node):

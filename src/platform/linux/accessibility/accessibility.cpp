@@ -8,6 +8,7 @@
 #include "platform/linux/accessibility/element_actions.h"
 #include "platform/linux/accessibility/element_reader.h"
 #include "platform/linux/accessibility/focused_window.h"
+#include "platform/linux/accessibility/plain_window.h"
 #include "platform/linux/atspi/messages.h"
 #include "platform/linux/x11/windows/window_stack.h"
 
@@ -23,14 +24,19 @@ bool ownsActiveWindow(X11Display& display, std::int32_t pid) {
     return window && window->pid == pid;
 }
 
+const PlainWindow* asPlainWindow(const ElementRef& element) {
+    return dynamic_cast<const PlainWindow*>(element.get());
+}
+
 }  // namespace
 
 ElementRef LinuxAccessibility::createApplication(std::int32_t pid) {
     return std::make_shared<AtspiElement>(pid);
 }
 
-ElementRef LinuxAccessibility::makeElement(const Reference& reference) {
-    return std::make_shared<AtspiElement>(reference, bus_.generation());
+ElementRef LinuxAccessibility::makeElement(const Reference& reference,
+                                           std::optional<std::string> title) {
+    return std::make_shared<AtspiElement>(reference, bus_.generation(), std::move(title));
 }
 
 /// Ends with the walk.
@@ -122,8 +128,16 @@ std::int32_t LinuxAccessibility::copyAttributeValue(const ElementRef& element,
                                                     std::string_view attribute,
                                                     std::optional<Value>& value) {
     if (attribute == "AXFocusedWindow") return copyFocusedWindow(element, value);
+    if (const auto* window = asPlainWindow(element)) {
+        return window->copyAttributeValue(attribute, value);
+    }
     const Attribute* known = findAttribute(attribute);
     if (!known) return kAxAttributeUnsupported;
+    const auto* handle = dynamic_cast<const AtspiElement*>(element.get());
+    if (attribute == "AXTitle" && handle && handle->title()) {
+        value = Value(*handle->title());
+        return 0;
+    }
     const ElementMaker maker = [this](const Reference& child) { return makeElement(child); };
     return read(element, known->needs, false,
                 [&](const Facts& facts) { return known->read(facts, maker, value); });
@@ -136,7 +150,7 @@ std::int32_t LinuxAccessibility::copyFocusedWindow(const ElementRef& element,
     if (handle->pid() == 0) return kAxAttributeUnsupported;
     if (!bus_.connect()) return kAxCannotComplete;
     const auto names = lookup_.busNamesOf(handle->pid());
-    if (names.empty()) return kAxCannotComplete;
+    if (names.empty()) return copyPlainWindow(handle->pid(), value);
     auto window = focusedWindow(bus_, display_, handle->pid(), names);
     // A program that has only just joined the bus may not list its windows yet.
     const auto deadline = bus_.program(names.front()).firstContact() + kWindowTimeout;
@@ -145,12 +159,22 @@ std::int32_t LinuxAccessibility::copyFocusedWindow(const ElementRef& element,
         window = focusedWindow(bus_, display_, handle->pid(), names);
     }
     if (!window) return kAxNoValue;
-    value = Value(makeElement(*window));
+    value = Value(makeElement(window->reference, std::move(window->title)));
+    return 0;
+}
+
+std::int32_t LinuxAccessibility::copyPlainWindow(std::int32_t pid, std::optional<Value>& value) {
+    if (!lookup_.isUnreachable(pid)) return kAxCannotComplete;
+    const auto connection = display_.connection();
+    auto window = connection ? activeWindow(*connection) : std::nullopt;
+    if (!window || window->pid != pid) return kAxNoValue;
+    value = Value(ElementRef(std::make_shared<PlainWindow>(std::move(*window))));
     return 0;
 }
 
 std::int32_t LinuxAccessibility::copyActionNames(const ElementRef& element,
                                                  std::optional<Value>& names) {
+    if (asPlainWindow(element)) return kAxAttributeUnsupported;
     return read(element, needsForActions, true, [&](const Facts& facts) {
         const std::int32_t code = actionsCode(facts);
         if (code != 0) return code;
@@ -162,6 +186,7 @@ std::int32_t LinuxAccessibility::copyActionNames(const ElementRef& element,
 }
 
 std::int32_t LinuxAccessibility::performAction(const ElementRef& element, std::string_view action) {
+    if (asPlainWindow(element)) return kAxActionUnsupported;
     const auto reference = resolve(element);
     return reference ? performElementAction(bus_, display_, origins_, *reference, action)
                      : kAxCannotComplete;
@@ -169,6 +194,7 @@ std::int32_t LinuxAccessibility::performAction(const ElementRef& element, std::s
 
 std::int32_t LinuxAccessibility::setAttributeValue(const ElementRef& element,
                                                    std::string_view attribute, const Value& value) {
+    if (asPlainWindow(element)) return kAxAttributeUnsupported;
     const auto reference = resolve(element);
     if (!reference) return kAxCannotComplete;
     if (attribute == "AXFocused") return setElementFocused(bus_, *reference, value);

@@ -45,7 +45,9 @@ class LinuxAccessibility : public Accessibility {
     /// process that is not on the bus.
     std::optional<Reference> resolve(const ElementRef& element);
     std::int32_t copyFocusedWindow(const ElementRef& element, std::optional<Value>& value);
-    ElementRef makeElement(const Reference& reference);
+    /// Of a program that does not join the bus.
+    std::int32_t copyPlainWindow(std::int32_t pid, std::optional<Value>& value);
+    ElementRef makeElement(const Reference& reference, std::optional<std::string> title = {});
 
     AccessibilityBus& bus_;
     X11Display& display_;

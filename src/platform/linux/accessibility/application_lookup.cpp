@@ -9,6 +9,7 @@
 
 #include "platform/linux/accessibility/application_windows.h"
 #include "platform/linux/applications/processes.h"
+#include "platform/linux/atspi/messages.h"
 #include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
@@ -92,6 +93,12 @@ std::vector<std::string> ApplicationLookup::busNamesOf(std::int32_t pid) {
     }
     if (names.empty() && BusClock::now() >= end) unreachable_.insert({pid, *startTime});
     return names;
+}
+
+bool ApplicationLookup::isUnreachable(std::int32_t pid) {
+    const auto startTime = startTimeOf(pid);
+    return startTime && unreachable_.contains({pid, *startTime}) &&
+           !bus_.bus().peer(atspi::kRegistry).hangs();
 }
 
 }  // namespace quil::linux_platform

@@ -24,6 +24,9 @@ class ApplicationLookup {
     /// ancestor or descendant) with a window of the same title and size. One that has only just
     /// started, or been woken, is waited for: once and bounded.
     std::vector<std::string> busNamesOf(std::int32_t pid);
+    /// Whether the process was looked for in vain long enough that it will not come any more, by a
+    /// bus that replies.
+    bool isUnreachable(std::int32_t pid);
 
   private:
     /// A process, named for good by its id and its start time.

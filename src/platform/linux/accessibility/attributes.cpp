@@ -21,6 +21,7 @@ FactSet needsForRole(const Facts& facts) {
     if (!facts.asked.has(Fact::role)) return {Fact::role};
     switch (facts.role) {
         case AtspiRole::alert:
+        case AtspiRole::filler:
         case AtspiRole::menu:
             if (facts.asked.has(Fact::parentRole)) return {};
             return facts.asked.has(Fact::parent) ? FactSet{Fact::parentRole}

@@ -20,24 +20,31 @@ bool isActive(const ApplicationWindow& window) {
 
 }  // namespace
 
-std::optional<Reference> focusedWindow(AccessibilityBus& bus, X11Display& display, std::int32_t pid,
-                                       const std::vector<std::string>& busNames) {
+std::optional<FocusedWindow> focusedWindow(AccessibilityBus& bus, X11Display& display,
+                                           std::int32_t pid,
+                                           const std::vector<std::string>& busNames) {
     auto windows = applicationWindows(bus, busNames);
     const auto active = std::count_if(windows.begin(), windows.end(), isActive);
     if (active > 0) std::erase_if(windows, [](const auto& window) { return !isActive(window); });
     if (windows.empty()) return {};
-    if (active == 1) return windows.front().reference;
 
     const auto connection = display.connection();
     const auto onScreen = connection ? activeWindow(*connection) : std::nullopt;
     const bool isInFront = onScreen && onScreen->pid == pid;
+    const auto found = [&](const ApplicationWindow& window) {
+        FocusedWindow focused{window.reference, {}};
+        const bool isOnScreen = isInFront && window.hasSizeOf(*onScreen);
+        if (isOnScreen && !window.hasTitleOf(*onScreen)) focused.title = onScreen->title;
+        return focused;
+    };
+    if (active == 1) return found(windows.front());
     const auto fitOf = [&](const ApplicationWindow& window) {
         return isInFront ? fit(window, *onScreen) : 0;
     };
     const auto best =
         std::max_element(windows.begin(), windows.end(),
                          [&](const auto& a, const auto& b) { return fitOf(a) < fitOf(b); });
-    return active > 0 || fitOf(*best) > 0 ? std::optional(best->reference) : std::nullopt;
+    return active > 0 || fitOf(*best) > 0 ? std::optional(found(*best)) : std::nullopt;
 }
 
 }  // namespace quil::linux_platform

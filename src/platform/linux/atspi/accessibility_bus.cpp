@@ -139,6 +139,7 @@ void AccessibilityBus::note(AtspiProgram& program, const Introduction& said) {
     program.hasBoundedCache_ = toolkit == "gtk" && address.has_value();
     program.hasWindowCoordinates_ = toolkit == "GTK" && version && !version->starts_with("3.");
     program.isSwing_ = toolkit == kSwing;
+    program.namesCombosByChoice_ = toolkit == "Qt";
     program.hasWholeScales_ = toolkit == "gtk" || toolkit == "GTK" || program.isSwing_;
     if (address && !address->empty()) program.socket_ = Bus::open(Bus::Kind::socket, *address);
     if (program.socket_ && !program.socket_->isReady()) program.socket_ = nullptr;

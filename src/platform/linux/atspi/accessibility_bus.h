@@ -52,6 +52,8 @@ class AtspiProgram {
     bool hasWholeScales() const { return hasWholeScales_; }
     /// It is a Swing program, behind Java's bridge.
     bool isSwing() const { return isSwing_; }
+    /// It calls a combo box by what is chosen in its list, and does not say so otherwise (Qt).
+    bool namesCombosByChoice() const { return namesCombosByChoice_; }
 
   private:
     friend class AccessibilityBus;
@@ -63,6 +65,7 @@ class AtspiProgram {
     bool hasWindowCoordinates_ = false;
     bool hasWholeScales_ = false;
     bool isSwing_ = false;
+    bool namesCombosByChoice_ = false;
     BusDeadline firstContact_ = BusClock::now();
     std::string countedWindow_;
     bool isSmall_ = false;

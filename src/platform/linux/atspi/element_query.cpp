@@ -1,6 +1,9 @@
 #include "platform/linux/atspi/element_query.h"
 
 #include <algorithm>
+#include <cctype>
+#include <string_view>
+#include <utility>
 
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/relation_query.h"
@@ -10,6 +13,15 @@ namespace {
 
 /// Actions of one element. Swing's text fields have 67.
 constexpr std::int32_t kMaximumActions = 500;
+
+/// Whether it is the name of a type of GTK or of its library of patterns (libadwaita).
+bool isTypeName(std::string_view name) {
+    constexpr std::size_t kPrefix = 3;
+    const bool isPrefixed = name.starts_with("Gtk") || name.starts_with("Adw");
+    const auto isLetter = [](unsigned char c) { return std::isalpha(c) != 0; };
+    return isPrefixed && name.size() > kPrefix && std::isupper(name[kPrefix]) != 0 &&
+           std::all_of(name.begin(), name.end(), isLetter);
+}
 
 /// One element that is being asked: the facts about itself.
 class ElementQuery : public RelationQuery {
@@ -119,10 +131,10 @@ class ElementQuery : public RelationQuery {
         });
     }
 
-    /// In GTK 4 nothing identifies a password field but the name that it has by default.
+    /// In GTK 4 nothing identifies a password field but its type.
     void recognisePassword() {
         const bool isField = facts_.role == AtspiRole::entry || facts_.role == AtspiRole::text;
-        if (program_.hasWindowCoordinates() && isField && facts_.name == "GtkPasswordEntry") {
+        if (program_.hasWindowCoordinates() && isField && facts_.typeName == "GtkPasswordEntry") {
             facts_.role = AtspiRole::passwordText;
         }
     }
@@ -131,7 +143,7 @@ class ElementQuery : public RelationQuery {
     /// middle, and nothing but the size shows that it is the same spinner: its position cannot be
     /// known.
     void recogniseSpinner() {
-        const bool isSpinner = program_.hasWindowCoordinates() && facts_.name == "GtkSpinner";
+        const bool isSpinner = program_.hasWindowCoordinates() && facts_.typeName == "GtkSpinner";
         if (isSpinner && facts_.knows(Fact::extents)) facts_.extents = {};
     }
 
@@ -153,6 +165,9 @@ class ElementQuery : public RelationQuery {
                       : fact == Fact::description ? facts_.description
                                                   : facts_.identifier;
         take(fact, reply, variant(reply, "s", readString), field);
+        // GTK 4 calls what nobody has given a name by its type, in front of the user as well.
+        const bool isTyped = fact == Fact::name && program_.hasWindowCoordinates();
+        if (isTyped && isTypeName(facts_.name)) facts_.typeName = std::exchange(facts_.name, "");
     }
 
     void askAllProperties(FactSet wanted) {

@@ -128,6 +128,8 @@ struct Facts {
 
     AtspiRole role{};
     std::string name;
+    /// The widget's type, where its program says that instead of a name.
+    std::string typeName;
     std::string description;
     std::string identifier;
     States states;

@@ -72,7 +72,8 @@ void RelationQuery::askFirstChildren() {
     if (wanted <= 0) facts_.received(Fact::children, 0);
 }
 
-/// What is in a combo box's text field, else what is selected in it or in a list of it.
+/// What is in a combo box's text field, else what is selected in it or in a list of it, else what
+/// it is called after.
 void RelationQuery::askSelection() {
     facts_.received(Fact::selection, 0);
     if (!facts_.editableChild.path.empty()) return askTextOf(facts_.editableChild);
@@ -81,6 +82,26 @@ void RelationQuery::askSelection() {
     }
     const auto last = std::min(facts_.children.size(), kListCandidates);
     for (std::size_t i = 0; i < last; ++i) askSelectedOf(facts_.children[i]);
+    if (program_.namesCombosByChoice() && last > 0) askChoiceAsName(facts_.children.front());
+}
+
+/// The name of a combo box is what is chosen in its list.
+void RelationQuery::askChoiceAsName(const Reference& list) {
+    ofElement(list, atspi::kAccessible, "GetState", [this](Reply reply) {
+        const auto states = reply.message ? readStates(reply.message) : std::nullopt;
+        if (!states || !states->has(AtspiState::managesDescendants)) return;
+        takeNameAsSelection({program_.busName(), path_});
+    });
+}
+
+void RelationQuery::takeNameAsSelection(const Reference& element) {
+    ofElement(
+        element, atspi::kProperties, "Get",
+        [this](Reply name) {
+            if (!facts_.selection.empty()) return;
+            facts_.selection = variant(name, "s", readString).value_or("");
+        },
+        "ss", atspi::kAccessible, "Name");
 }
 
 void RelationQuery::askTextOf(const Reference& field) {
@@ -105,14 +126,7 @@ void RelationQuery::askSelectedOf(const Reference& list) {
         list, atspi::kSelection, "GetSelectedChild",
         [this](Reply reply) {
             const auto child = reply.message ? readReference(reply.message) : std::nullopt;
-            if (!child || child->path.empty()) return;
-            ofElement(
-                *child, atspi::kProperties, "Get",
-                [this](Reply name) {
-                    if (!facts_.selection.empty()) return;
-                    facts_.selection = variant(name, "s", readString).value_or("");
-                },
-                "ss", atspi::kAccessible, "Name");
+            if (child && !child->path.empty()) takeNameAsSelection(*child);
         },
         "i", 0);
 }

@@ -22,6 +22,8 @@ class RelationQuery : public QueryCalls {
     void askFirstChildren();
     void askTextOf(const Reference& field);
     void askSelectedOf(const Reference& list);
+    void askChoiceAsName(const Reference& list);
+    void takeNameAsSelection(const Reference& element);
 };
 
 }  // namespace quil::linux_platform

@@ -172,6 +172,8 @@ ProtocolRole protocolRole(AtspiRole role, const RoleContext& context) {
     if (role == AtspiRole::alert && !context.isChildOfApplication) {
         return {"AXGroup", "AXApplicationAlert"};
     }
+    // GTK 4's own dialogs.
+    if (role == AtspiRole::filler && context.isChildOfApplication) return {"AXWindow", "AXDialog"};
     if (role == AtspiRole::comboBox && context.hasEditableText) return {"AXComboBox", {}};
     if (role == AtspiRole::menu && context.isChildOfMenuBar) return {"AXMenuBarItem", {}};
     if (isText(role) && context.isMultiLine) return {"AXTextArea", {}};

@@ -67,8 +67,8 @@ void AtspiFocusReports::findFocus(X11Display& display) {
     const auto window = connection ? activeWindow(*connection) : std::nullopt;
     if (!window || !window->pid) return;
     const auto names = busNamesOf(bus_, *window->pid);
-    const auto root = focusedWindow(bus_, display, *window->pid, names);
-    auto element = root ? focusedElement(bus_, *root) : std::nullopt;
+    const auto inFront = focusedWindow(bus_, display, *window->pid, names);
+    auto element = inFront ? focusedElement(bus_, inFront->reference) : std::nullopt;
     // What the program has said itself meanwhile is newer.
     if (element && reports_.empty()) add(std::move(*element), TapTime());
     bus_.bus().waitForReplies();

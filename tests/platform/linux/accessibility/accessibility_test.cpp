@@ -39,6 +39,7 @@ TEST(AtspiRoles, DependOnWhatIsAround) {
         std::string_view subrole;
     } cases[] = {
         {AtspiRole::alert, {.isChildOfApplication = true}, "AXWindow", "AXDialog"},
+        {AtspiRole::filler, {.isChildOfApplication = true}, "AXWindow", "AXDialog"},
         {AtspiRole::alert, {}, "AXGroup", "AXApplicationAlert"},
         {AtspiRole::comboBox, {}, "AXPopUpButton", ""},
         {AtspiRole::comboBox, {.hasEditableText = true}, "AXComboBox", ""},

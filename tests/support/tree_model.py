@@ -11,6 +11,7 @@ LEAVES, CONTAINERS = (43, 29, 7, 61, 79, 51), (39, 39, 39, 31, 33, 34)
 CHECKED, EDITABLE, ENABLED, SENSITIVE, SHOWING, VERTICAL, VISIBLE, MANAGES_DESCENDANTS = 4, 7, 8, 24, 25, 29, 30, 31
 FAILED = "org.freedesktop.DBus.Error.Failed"
 NOT_SUPPORTED = "org.freedesktop.DBus.Error.NotSupported"
+FARTHEST = -2 ** 31  # where GTK places what is not on the screen
 
 
 class Generator:
@@ -59,6 +60,8 @@ class Generator:
                    "id": f"id-{number}" * self.chance(0.2), "interfaces": ["Component"] * self.chance(0.9),
                    "extents": [self.random.randrange(480), self.random.randrange(380), self.random.randrange(20), 9],
                    "children": []}
+        if self.chance(0.02):
+            element["extents"][0] = FARTHEST + 12
         if role in (43, 7) or self.chance(0.1):
             element["interfaces"] = element["interfaces"] + ["Action"]
             element["actions"] = self.random.choice((["click"], ["click", "show menu"], [], ["frob", "press"]))
@@ -205,14 +208,18 @@ class Model:
         is_showing = SHOWING in states or self.shows_all and VISIBLE in states
         if not is_showing or "Component" not in interfaces or "GetExtents" in errors:
             return None
+        if element["extents"][0] < FARTHEST / 2:
+            return 0, 0, 0, 0
         return clipped(element["extents"], self.areas[number])
 
     def area_inside(self, number):
         """The area in which what is in the element can be seen."""
         element = self.elements[number] or {}
-        is_pane = (element.get("role") == 49 and "GetRole" not in element.get("errors", {})
-                   or MANAGES_DESCENDANTS in element.get("states", ()) and "GetState" not in element.get("errors", {}))
-        area = self.area(number) if is_pane else None
+        errors, states = element.get("errors", {}), element.get("states", ())
+        is_list = MANAGES_DESCENDANTS in states and "GetState" not in errors
+        if is_list and SHOWING not in states and not (self.shows_all and VISIBLE in states):
+            return 0, 0, 0, 0
+        area = self.area(number) if is_list or element.get("role") == 49 and "GetRole" not in errors else None
         return area if area else self.areas[number]
 
     def record(self, number, parent):

@@ -15,6 +15,10 @@ constexpr double kMenuBorder = 12;
 /// Units by which toolkits round.
 constexpr double kTolerance = 1;
 
+/// GTK places what is not on the screen at the end of its numbers, and what is in there (the icons of
+/// a page that is not shown) near it.
+constexpr double kFarthest = -(1 << 30);
+
 bool isNear(double a, double b) {
     return std::abs(a - b) <= kTolerance;
 }
@@ -189,7 +193,7 @@ Displacement currentDisplacement(AccessibilityBus& bus, const Displacement& disp
 
 std::optional<Rect> onScreen(const LocatedWindow& window, const Displacement& displacement,
                              const Rect& extents) {
-    if (!displacement.isKnown) return {};
+    if (!displacement.isKnown || std::min(extents.x, extents.y) < kFarthest) return {};
     if (displacement.isInPixels) return extents;
     const Rect moved{extents.x + displacement.shift.x, extents.y + displacement.shift.y,
                      extents.width, extents.height};

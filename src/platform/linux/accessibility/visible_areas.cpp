@@ -10,6 +10,11 @@ bool contains(const Rect& outer, const Rect& inner) {
            outer.minY() <= inner.minY() && inner.maxY() <= outer.maxY();
 }
 
+bool isHiddenList(const Facts& facts) {
+    return facts.states.has(AtspiState::managesDescendants) &&
+           !facts.states.has(AtspiState::showing);
+}
+
 /// Whether it shows as much of what is in it as there is room for.
 bool isPane(const Facts& facts) {
     return facts.role == AtspiRole::scrollPane || !facts.scrollBar.path.empty() ||
@@ -42,7 +47,10 @@ const VisibleAreas::Inside& VisibleAreas::inside(const ObservedElement& element)
     Inside found;
     if (element.parent) found = inside(*element.parent);
     if (facts.role == AtspiRole::documentWeb) found = {{}, true};
-    if (!found.isPage && isPane(facts) && facts.knows(Fact::extents)) {
+    if (found.isPage) return inside_[&element] = found;
+    if (isHiddenList(facts)) {
+        found.area = Rect();
+    } else if (isPane(facts) && facts.knows(Fact::extents)) {
         const auto area = areaOf(element);
         found.area = area ? intersection(*area, facts.extents) : facts.extents;
     }

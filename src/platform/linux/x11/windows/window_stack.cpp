@@ -116,6 +116,13 @@ std::optional<xcb_window_t> windowWithInputFocus(X11Connection& connection) {
     return windows.empty() ? std::nullopt : std::optional(windows.back());
 }
 
+/// Openbox goes on naming a window that has gone, whose number the server gives to another.
+bool namesActiveWindow(const WindowManager& manager) {
+    if (manager.active == XCB_WINDOW_NONE) return false;
+    const auto& listed = manager.stacking;
+    return !listed || std::find(listed->begin(), listed->end(), manager.active) != listed->end();
+}
+
 /// Some windows say that they take no focus, or take it when they like ("WM_HINTS").
 bool takesFocus(X11Connection& connection, xcb_window_t window) {
     const auto hints = readProperty(connection, window, "WM_HINTS").numbers();
@@ -134,9 +141,8 @@ std::vector<X11Window> topLevelWindows(X11Connection& connection) {
 
 std::optional<X11Window> activeWindow(X11Connection& connection) {
     const auto manager = readWindowManager(connection);
-    const auto window = manager && manager->active != XCB_WINDOW_NONE
-                            ? std::optional(manager->active)
-                            : windowWithInputFocus(connection);
+    const auto window = manager && namesActiveWindow(*manager) ? std::optional(manager->active)
+                                                               : windowWithInputFocus(connection);
     if (!window) return {};
     auto described = describeWindows(connection, {*window});
     return described.empty() ? std::nullopt : std::optional(std::move(described.front()));

@@ -88,8 +88,9 @@ class Galleries(DesktopTest):
                      bounds(node) if "bounds" in node else None) for node in state["nodes"]]
             self.assertEqual(ours, theirs)
             return
-        # GTK 4 tells other clients neither where its elements are nor that they show, and lists no pages.
-        named = [[name for name in names if name and name not in ("Tab", "GtkStackPage")] for names in
+        # GTK 4 tells other clients neither where its elements are nor that they show, lists no pages, and
+        # gives them types for names.
+        named = [[name for name in names if name and name != "Tab" and not name.startswith("Gtk")] for names in
                  ([node.get("name") for node in state["nodes"]], [name for _, name, *_ in theirs])]
         self.assertEqual(*named)
         x, y, width, height = geometry(program.window)
@@ -178,7 +179,8 @@ class Galleries(DesktopTest):
             # Those that are showing are listed, and what comes after the list is, too.
             rows = [node for node in state["nodes"] if node.get("name", "").startswith("cell")]
             self.assertEqual([row["name"] for row in rows], [f"cell{i}_0" for i in range(len(rows))])
-            self.assertTrue(5 < len(rows) < 100 and all("bounds" in row for row in rows), rows)
+            # The last may lie below the edge.
+            self.assertTrue(5 < len(rows) < 100 and all("bounds" in row for row in rows[:-1]), rows)
             after = state["nodes"][state["nodes"].index(rows[-1]) + 1:]
             self.assertIn("AXScrollBar", [node["role"] for node in after])
             self.assertFalse(state["truncated"])

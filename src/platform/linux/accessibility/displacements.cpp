@@ -15,8 +15,8 @@ constexpr double kMenuBorder = 12;
 /// Units by which toolkits round.
 constexpr double kTolerance = 1;
 
-/// GTK places what is not on the screen at the end of its numbers, and what is in there (the icons of
-/// a page that is not shown) near it.
+/// GTK places what is not on the screen at the end of its numbers, and what is in there (the icons
+/// of a page that is not shown) near it.
 constexpr double kFarthest = -(1 << 30);
 
 bool isNear(double a, double b) {

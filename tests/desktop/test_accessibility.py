@@ -64,6 +64,10 @@ ACTIONS["qt6"] = ACTIONS["qt5"]
 ACTIONS["qml6"] = [action for action in ACTIONS["qml5"] if action[0] != "AXButton"]
 
 
+def is_within(inner, outer):
+    return all(inner[i] >= outer[i] and inner[i] + inner[i + 2] <= outer[i] + outer[i + 2] for i in (0, 1))
+
+
 class Galleries(DesktopTest):
     def setUp(self):
         super().setUp()
@@ -84,9 +88,14 @@ class Galleries(DesktopTest):
     def compare(self, toolkit, program, state):
         theirs = list(walk(window_of(program)))
         if toolkit != "gtk4":
-            ours = [(node["token"], node.get("name", ""), node.get("description", ""),
-                     bounds(node) if "bounds" in node else None) for node in state["nodes"]]
-            self.assertEqual(ours, theirs)
+            roles = {node["token"]: node["role"] for node in state["nodes"]}
+            self.assertEqual([(node["token"], node.get("name", ""), node.get("description", "")) for node in state["nodes"]],
+                             [tuple(said) for *said, _ in theirs])
+            for node, (token, *_, place) in zip(state["nodes"], theirs):
+                ours = bounds(node) if "bounds" in node else None
+                if ours != place:  # of what a list does not show, Qt says that it is showing
+                    self.assertIn(roles[token.rpartition(".")[0]], ("AXList", "AXTable", "AXOutline"), node)
+                    self.assertTrue(ours is None or is_within(ours, place), (node, place))
             return
         # GTK 4 tells other clients neither where its elements are nor that they show, lists no pages, and
         # gives them types for names.

@@ -1,6 +1,4 @@
 """The catalogue of installed applications, and launching them."""
-import contextlib
-import locale
 import os
 import re
 import shutil
@@ -89,18 +87,14 @@ class LaunchingTest(EntriesTest):
                 ("gone", {"Name": "gone", "Exec": "/nowhere/program"}),
                 ("folder/inside", {"Name": "inside"}), ("\udcff", {"Name": "of no text"}),
                 # One that replaces a packaged entry, and one that takes it away.
-                ("galculator", {"Name": "Mine"}), ("xterm", {"Name": "XTerm", "Hidden": "true"})):
+                ("galculator", {"Name": "Mine"}), ("debian-uxterm", {"Name": "UXTerm", "Hidden": "true"})):
             self.install(f"{name}.desktop", **{"Exec": "true", **keys})
         self.install("upper.DESKTOP", Name="upper", Exec="true")
         os.mkfifo(os.path.join(FOLDER, "pipe.desktop"))
         names = [app["name"] for app in self.apps()
-                 if app["executablePath"].startswith(FOLDER) or app["appId"] == "xterm.desktop"]
-        # By the user's language, where the machine has it.
-        with contextlib.suppress(locale.Error):
-            locale.setlocale(locale.LC_COLLATE, "de_DE.UTF-8")
-        in_order = sorted(names, key=lambda name: locale.strxfrm(name.casefold()))
-        self.assertEqual(set(names), {"anker", "Birne", "Mine", "nameless", "äpfel"})
-        self.assertEqual(names, in_order)
+                 if app["executablePath"].startswith(FOLDER)
+                 or app["appId"] in ("galculator.desktop", "debian-uxterm.desktop")]
+        self.assertEqual(names, ["anker", "Birne", "Mine", "nameless", "äpfel"])
         # All of them are looked through for the application of a window, too.
         window_app(self, "qt5", "any")
         self.assertEqual(len(self.windows()), 1)

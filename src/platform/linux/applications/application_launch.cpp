@@ -8,6 +8,7 @@
 #include <future>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <thread>
 
 #include "platform/linux/applications/desktop_entries.h"
@@ -165,7 +166,11 @@ bool openDesktopEntry(std::string_view path, const std::string& startupId) {
     attempt->startupId = startupId;
     std::future<bool> outcome = attempt->outcome.get_future();
     // A thread that the bus keeps is left behind.
-    std::thread([attempt] { attempt->outcome.set_value(launch(*attempt)); }).detach();
+    try {
+        std::thread([attempt] { attempt->outcome.set_value(launch(*attempt)); }).detach();
+    } catch (const std::system_error&) {
+        return false;
+    }
     if (outcome.wait_for(kLaunchTimeout) != std::future_status::ready &&
         !attempt->isDecided.test_and_set()) {
         return false;

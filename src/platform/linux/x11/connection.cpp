@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <system_error>
 #include <thread>
 
 #include "platform/linux/x11/display_probe.h"
@@ -116,10 +117,16 @@ void X11Connection::discardEvents() {
 }
 
 /// Connecting has no limit of its own, so it happens on a thread that can be left waiting.
-void X11Display::beginAttempt() {
+bool X11Display::beginAttempt() {
     std::packaged_task<std::shared_ptr<X11Connection>()> attempt(X11Connection::open);
-    attempt_ = attempt.get_future();
-    std::thread(std::move(attempt)).detach();
+    auto connection = attempt.get_future();
+    try {
+        std::thread(std::move(attempt)).detach();
+    } catch (const std::system_error&) {
+        return false;
+    }
+    attempt_ = std::move(connection);
+    return true;
 }
 
 std::shared_ptr<X11Connection> X11Display::connection() {
@@ -131,8 +138,7 @@ std::shared_ptr<X11Connection> X11Display::connection() {
         connection_ = nullptr;
     }
     if (!attempt_.valid()) {
-        if (!mayHaveDisplay()) return nullptr;
-        beginAttempt();
+        if (!mayHaveDisplay() || !beginAttempt()) return nullptr;
     }
     const auto timeout = serverHangs_ ? milliseconds::zero() : kServerTimeout;
     serverHangs_ = attempt_.wait_for(timeout) != std::future_status::ready;

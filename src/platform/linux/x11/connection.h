@@ -86,7 +86,8 @@ class X11Display {
     std::shared_ptr<X11Connection> connection();
 
   private:
-    void beginAttempt();
+    /// False when the process may have no more threads.
+    bool beginAttempt();
 
     bool serverHangs_ = false;
     std::shared_ptr<X11Connection> connection_;

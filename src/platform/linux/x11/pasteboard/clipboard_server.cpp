@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <future>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/x11/pasteboard/selection_reader.h"
@@ -25,10 +26,21 @@ ClipboardServer::ClipboardServer(std::shared_ptr<X11Connection> connection)
     : connection_(std::move(connection)),
       clipboard_(connection_->atom("CLIPBOARD")),
       window_(connection_, [this](const xcb_generic_event_t& event) { handle(event); }),
-      responder_(window_, contents_),
-      thread_([this] { run(); }) {}
+      responder_(window_, contents_) {}
+
+std::unique_ptr<ClipboardServer> ClipboardServer::start(std::shared_ptr<X11Connection> connection) {
+    std::unique_ptr<ClipboardServer> server(new ClipboardServer(std::move(connection)));
+    if (!server->wake_.isValid()) return nullptr;
+    try {
+        server->thread_ = std::thread([&server = *server] { server.run(); });
+    } catch (const std::system_error&) {
+        return nullptr;
+    }
+    return server;
+}
 
 ClipboardServer::~ClipboardServer() {
+    if (!thread_.joinable()) return;
     {
         const std::lock_guard guard(lock_);
         isEnding_ = true;

@@ -22,7 +22,8 @@ class ClipboardServer {
     using Clock = SelectionWindow::Clock;
 
     /// `connection` is the server's alone from now on.
-    explicit ClipboardServer(std::shared_ptr<X11Connection> connection);
+    /// Null when the process may have no more threads or descriptors.
+    static std::unique_ptr<ClipboardServer> start(std::shared_ptr<X11Connection> connection);
     /// A text on offer is handed to the clipboard manager, if there is one, and else goes with us.
     ~ClipboardServer();
     ClipboardServer(const ClipboardServer&) = delete;
@@ -43,6 +44,7 @@ class ClipboardServer {
     bool offer(std::string text);
 
   private:
+    explicit ClipboardServer(std::shared_ptr<X11Connection> connection);
     void run();
     void handle(const xcb_generic_event_t& event);
     bool take(SharedText text, xcb_timestamp_t time);

@@ -19,7 +19,7 @@ ClipboardServer* X11Pasteboard::server() {
     if (server_ && server_->isAlive()) return server_.get();
     server_ = nullptr;
     if (auto connection = display_.connection()) {
-        server_ = std::make_unique<ClipboardServer>(std::move(connection));
+        server_ = ClipboardServer::start(std::move(connection));
     }
     return server_.get();
 }

@@ -10,6 +10,7 @@
 
 #include "platform/linux/x11/input/crash_recovery.h"
 #include "platform/linux/x11/pointer_buttons.h"
+#include "platform/linux/x11/windows/click_focus.h"
 
 namespace quil::linux_platform {
 namespace {
@@ -103,6 +104,7 @@ void PointerOutput::send(X11Connection& connection, const PostedEvent& event,
     if (isPress || event.type == kEventMouseMoved) releasePointerOfCrashedRuntime(connection);
     moveTo(connection, event.location);
     if (isPress) {
+        focusClickedWindow(connection, event.location);
         notePressedButton(connection, runtime, button);
         lastPress_ = {std::chrono::steady_clock::now(), event.location, event.button};
         sendButton(connection, button, true, kPressDelay);

@@ -10,6 +10,7 @@ import unittest.mock
 from desktop_tools import DesktopTest, Program, output, text_window, until
 from field_programs import start_program
 from quil_host import Host
+from real_keyboard import RealKeyboard, SLOW_AND_BOUNCE_KEYS
 
 MIXED = ("The quick brown FOX (über) jumps — «naïve» façade, señor! ΑΒΓαβγδ Привет, мир. ¡~^`¨´\n"
          "日本語の文字列 漢字仮名交じり 한국어 문장 … “quoted” ‘marks’ €100 ½ × 3 ≠ 4\tafter a tab\n"
@@ -50,12 +51,15 @@ class Toolkits(TextTest):
 
     @unittest.skipUnless(shutil.which("ibus-daemon"), "no IBus")
     def test_ibus(self):
-        Program(self, "ibus-daemon", "--panel", "disable", has_window=False)
+        Program(self, "ibus-daemon", "--xim", "--panel", "disable", has_window=False)
         until(lambda: subprocess.call(["ibus", "engine", "xkb:us::eng"], stderr=subprocess.DEVNULL)
               == 0, "IBus")
-        with unittest.mock.patch.dict(os.environ, GTK_IM_MODULE="ibus", QT_IM_MODULE="ibus"):
+        with unittest.mock.patch.dict(os.environ, GTK_IM_MODULE="ibus", QT_IM_MODULE="ibus",
+                                      XMODIFIERS="@im=ibus"):
             self.check("gtk3")
             self.check("qt5")
+            until(lambda: "ibus" in output("xprop", "-root", "XIM_SERVERS"), "IBus for X programs")
+            self.test_terminal()
             app = text_window(self, "gtk4")
 
             def types_exactly():
@@ -137,6 +141,48 @@ class Keyboards(TextTest):
                 output("xdotool", "key", "45")
                 self.assertEqual(self.app.ask("text"), after, "lost for the user")
                 output("xdotool", press[0].replace("down", "up"), press[1])
+
+    def test_keyboard_with_a_layout_of_its_own(self):
+        """Programs see the map of the keyboard that was used last, which is not the one that
+        synthetic keys come from."""
+        hand = RealKeyboard(self)
+        for layout in "de", "ru,us":
+            output("setxkbmap", "-device", str(hand.number), layout)
+            own = output("xkbcomp", "-xkb", "-i", str(hand.number), os.environ["DISPLAY"], "-")
+            hand.tap(29)
+            text = mixed(300) + "zyx_;"
+            self.assertEqual(self.typed(text), text, layout)
+            self.assertEqual(
+                output("xkbcomp", "-xkb", "-i", str(hand.number), os.environ["DISPLAY"], "-"), own)
+            self.app.ask("clear")
+            hand.tap(29)
+            until(lambda: self.app.ask("text") == ("z" if layout == "de" else "н"), layout, 5)
+            self.use("us")
+
+    def test_layout_is_changed_meanwhile(self):
+        text = (mixed(200) + "aZyW!?&é@ъ\n") * 20
+        for layout in ["fr"], ["de", "neo"], ["us,ru,gr,de"]:
+            self.use("us")
+            self.app.ask("clear")
+            number = self.host.send("desktop_type", {"text": text})
+            until(lambda: self.app.ask("text"), "the first characters")
+            output("setxkbmap", *layout)
+            self.host.answer(number, 120)
+            self.assertEqual(self.app.ask("text")[-200:], text[-200:], layout)
+            after = output("xkbcomp", "-xkb", os.environ["DISPLAY"], "-")
+            self.use(*layout)
+            self.assertEqual(after, self.keyboard, "the layout that the user has chosen")
+
+    def test_slow_and_bounce_keys(self):
+        """The user's keyboard stays slow; keys of ours are not lost."""
+        hand = RealKeyboard(self)
+        hand.switch(SLOW_AND_BOUNCE_KEYS, True)
+        self.addCleanup(hand.switch, SLOW_AND_BOUNCE_KEYS, False)
+        text = mixed(200) + "aabbaa"
+        self.assertEqual(self.typed(text), text)
+        hand.tap(29)
+        self.host.result("desktop_keypress", combo="shift+x")
+        until(lambda: self.app.ask("text") == text + "X", "the key alone", 5)
 
     def test_many_characters(self):
         cjk = "".join(chr(0x4E00 + i * 7919 % 20000) for i in range(2000))

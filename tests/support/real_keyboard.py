@@ -6,6 +6,10 @@ import re
 from desktop_tools import output
 
 
+SLOW_AND_BOUNCE_KEYS = 0x06  # XkbSlowKeysMask, XkbBounceKeysMask
+CORE_KEYBOARD = 0x100
+
+
 class RealKeyboard:
     def __init__(self, test):
         self.x11 = ctypes.CDLL("libX11.so.6")
@@ -14,10 +18,22 @@ class RealKeyboard:
         self.x11.XOpenDisplay.restype = self.xi.XOpenDevice.restype = ctypes.c_void_p
         self.display = ctypes.c_void_p(self.x11.XOpenDisplay(None))
         test.addCleanup(self.x11.XCloseDisplay, self.display)
-        number = re.search(r"Xvfb keyboard\s+id=(\d+)", output("xinput", "list")).group(1)
-        self.device = ctypes.c_void_p(self.xi.XOpenDevice(self.display, ctypes.c_ulong(int(number))))
+        found = re.search(r"Xvfb keyboard\s+id=(\d+)", output("xinput", "list"))
+        self.number = int(found.group(1))
+        self.device = ctypes.c_void_p(self.xi.XOpenDevice(self.display, ctypes.c_ulong(self.number)))
 
     def key(self, code, is_down):
         self.xtst.XTestFakeDeviceKeyEvent(self.display, self.device, ctypes.c_uint(code),
                                           int(is_down), None, 0, ctypes.c_ulong(0))
+        self.x11.XSync(self.display, 0)
+
+    def tap(self, code):
+        self.key(code, True)
+        self.key(code, False)
+
+    def switch(self, controls, are_on):
+        """Turns controls of all keyboards on or off."""
+        self.x11.XkbQueryExtension(self.display, None, None, None, None, None)
+        self.x11.XkbChangeEnabledControls(self.display, CORE_KEYBOARD, controls,
+                                          controls if are_on else 0)
         self.x11.XSync(self.display, 0)

@@ -39,6 +39,14 @@ bool IdleWatch::look() {
     return idleSamples_ >= kIdleSamples;
 }
 
+bool IdleWatch::waitForRest(Clock::time_point deadline) {
+    while (!look()) {
+        if (Clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(kLookInterval);
+    }
+    return true;
+}
+
 bool IdleWatch::wait(Clock::time_point deadline) {
     const auto began = Clock::now();
     const auto hasSlept = [](const auto& entry) { return entry.second >= kSleepsOfBusyThread; };

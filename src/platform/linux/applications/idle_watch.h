@@ -22,6 +22,10 @@ class IdleWatch {
     /// given 0.3 s.
     bool wait(Clock::time_point deadline);
 
+    /// Whether all of them were idle at once before the deadline: for processes that hand
+    /// something on to each other, and each sleep in between.
+    bool waitForRest(Clock::time_point deadline);
+
   private:
     bool look();
 

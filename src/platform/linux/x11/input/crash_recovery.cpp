@@ -8,6 +8,7 @@
 #include "platform/linux/x11/input/keyboard_devices.h"
 #include "platform/linux/x11/input/keyboard_lock.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
+#include "platform/linux/x11/input/synthetic_keyboard.h"
 #include "platform/linux/x11/keyboard/xkb_protocol.h"
 #include "platform/linux/x11/properties.h"
 
@@ -86,6 +87,7 @@ void noteKeyboardRestored(X11Connection& connection) {
 }
 
 void releaseKeysOfCrashedRuntime(X11Connection& connection) {
+    restoreFiltersOfCrashedRuntime(connection);
     const auto locks = readProperty(connection, connection.root(), kLocksProperty).number();
     if (!locks) return;
     KeySet left = keysDown(connection);

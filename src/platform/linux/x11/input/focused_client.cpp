@@ -5,6 +5,7 @@
 
 #include "platform/linux/applications/idle_watch.h"
 #include "platform/linux/applications/processes.h"
+#include "platform/linux/x11/input/xim_processes.h"
 #include "platform/linux/x11/windows/window_stack.h"
 
 namespace quil::linux_platform {
@@ -12,6 +13,8 @@ namespace {
 
 /// Keys are kept back for some 20 ms.
 constexpr std::chrono::milliseconds kBusyProgramTimeout{200};
+/// Input methods read the keyboard's map again, for which some need half a second.
+constexpr std::chrono::milliseconds kBusyInputMethodTimeout{2000};
 
 }  // namespace
 
@@ -31,6 +34,8 @@ FocusedClient::FocusedClient(X11Connection& connection)
     : program_(connection, keyboardWindow(connection)) {
     if (!program_.pid()) return;
     inputMethod_ = Gtk4Ibus::find(*program_.pid());
+    ximProcesses_ = ximProcesses(connection, *program_.pid());
+    if (!ximProcesses_.empty()) ximProcesses_.push_back(*program_.pid());
     hasMappedFile(*program_.pid(), [this](std::string_view path) {
         keepsKeysBack_ = keepsKeysBack_ || path.find("/libvclplug_") != path.npos;
         takesUnits_ = takesUnits_ || path.find("/libawt_xawt.") != path.npos;
@@ -41,6 +46,9 @@ FocusedClient::FocusedClient(X11Connection& connection)
 bool FocusedClient::waitForPings(std::uint32_t open, std::chrono::milliseconds timeout) {
     if (!program_.waitForPings(open, timeout)) return false;
     if (open == 0 && inputMethod_) inputMethod_->waitUntilIdle();
+    if (open == 0 && !ximProcesses_.empty()) {
+        IdleWatch(ximProcesses_).waitForRest(IdleWatch::Clock::now() + kBusyInputMethodTimeout);
+    }
     if (open == 0 && keepsKeysBack_) {
         IdleWatch({*program_.pid()})
             .wait(IdleWatch::Clock::now() + std::min(timeout, kBusyProgramTimeout));

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <optional>
+#include <vector>
 
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/input/gtk4_ibus.h"
@@ -35,6 +36,8 @@ class FocusedClient {
   private:
     WindowClient program_;
     std::optional<Gtk4Ibus> inputMethod_;
+    /// The program and those that its keys go through.
+    std::vector<std::int32_t> ximProcesses_;
     bool keepsKeysBack_ = false;
     bool takesUnits_ = false;
 };

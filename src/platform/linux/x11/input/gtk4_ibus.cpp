@@ -29,9 +29,8 @@ bool isIbus(std::string_view name) {
 
 }  // namespace
 
-std::optional<Gtk4Ibus> Gtk4Ibus::find(std::int32_t pid) {
-    if (!hasModule(pid)) return {};
-    std::vector<std::int32_t> processes{pid};
+std::vector<std::int32_t> ibusProcesses() {
+    std::vector<std::int32_t> processes;
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
         const std::string number = entry.path().filename();
@@ -40,7 +39,14 @@ std::optional<Gtk4Ibus> Gtk4Ibus::find(std::int32_t pid) {
         if (std::from_chars(number.data(), end, process).ptr != end) continue;
         if (isIbus(processName(process))) processes.push_back(process);
     }
-    if (processes.size() == 1) return {};
+    return processes;
+}
+
+std::optional<Gtk4Ibus> Gtk4Ibus::find(std::int32_t pid) {
+    if (!hasModule(pid)) return {};
+    std::vector<std::int32_t> processes = ibusProcesses();
+    if (processes.empty()) return {};
+    processes.push_back(pid);
     return Gtk4Ibus(std::move(processes));
 }
 

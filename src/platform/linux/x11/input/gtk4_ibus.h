@@ -8,6 +8,9 @@
 
 namespace quil::linux_platform {
 
+/// IBus and its engines; none when it does not run.
+std::vector<std::int32_t> ibusProcesses();
+
 /// A program that gets its keys by way of IBus and GTK 4's module for it, which puts keys into the
 /// wrong order that come before IBus has processed those before.
 class Gtk4Ibus {

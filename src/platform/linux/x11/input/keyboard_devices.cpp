@@ -3,6 +3,7 @@
 #include <xcb/xtest.h>
 
 #include <string_view>
+#include <utility>
 
 namespace quil::linux_platform {
 namespace {
@@ -17,24 +18,19 @@ KeySet fromBytes(const std::uint8_t* bytes) {
     return keys;
 }
 
-/// The real keyboards. The server gives its synthetic one a name of its own.
-std::vector<std::uint8_t> realKeyboards(X11Connection& connection) {
-    const auto version = xcb_input_xi_query_version(connection.get(), 2, 0);
-    const auto cookie = xcb_input_xi_query_device(connection.get(), XCB_INPUT_DEVICE_ALL);
-    connection.reply(xcb_input_xi_query_version_reply, version);
-    const auto devices = connection.reply(xcb_input_xi_query_device_reply, cookie);
-    if (!devices) return {};
-    std::vector<std::uint8_t> found;
-    for (auto device = xcb_input_xi_query_device_infos_iterator(devices.get()); device.rem > 0;
-         xcb_input_xi_device_info_next(&device)) {
-        const std::string_view name(
-            xcb_input_xi_device_info_name(device.data),
-            static_cast<std::size_t>(xcb_input_xi_device_info_name_length(device.data)));
-        if (device.data->type != XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD) continue;
-        if (name.find("XTEST") != std::string_view::npos) continue;
-        found.push_back(static_cast<std::uint8_t>(device.data->deviceid));
-    }
-    return found;
+/// The server gives the devices that synthetic events come from a name of their own.
+bool isSynthetic(const xcb_input_xi_device_info_t& device) {
+    const std::string_view name(
+        xcb_input_xi_device_info_name(&device),
+        static_cast<std::size_t>(xcb_input_xi_device_info_name_length(&device)));
+    return name.find("XTEST") != std::string_view::npos;
+}
+
+void sendKey(X11Connection& connection, std::uint8_t device, int type, std::uint8_t keyCode) {
+    const std::uint8_t firstEvent =
+        xcb_get_extension_data(connection.get(), &xcb_input_id)->first_event;
+    xcb_test_fake_input(connection.get(), static_cast<std::uint8_t>(firstEvent + type), keyCode,
+                        XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, device);
 }
 
 KeySet keysDownOn(const xcb_input_query_device_state_reply_t& state) {
@@ -54,9 +50,43 @@ KeySet keysDown(X11Connection& connection) {
     return reply ? fromBytes(reply->keys) : KeySet();
 }
 
-std::vector<HeldKeys> keysHeldByUser(X11Connection& connection) {
+std::optional<KeyboardsInUse> keyboardsInUse(X11Connection& connection) {
     if (!connection.hasExtension(xcb_input_id)) return {};
-    const std::vector<std::uint8_t> keyboards = realKeyboards(connection);
+    const auto version = xcb_input_xi_query_version(connection.get(), 2, 0);
+    const auto pointerCookie = xcb_input_xi_get_client_pointer(connection.get(), XCB_WINDOW_NONE);
+    const auto devicesCookie = xcb_input_xi_query_device(connection.get(), XCB_INPUT_DEVICE_ALL);
+    connection.reply(xcb_input_xi_query_version_reply, version);
+    const auto pointer = connection.reply(xcb_input_xi_get_client_pointer_reply, pointerCookie);
+    const auto devices = connection.reply(xcb_input_xi_query_device_reply, devicesCookie);
+    if (!pointer || !devices) return {};
+    KeyboardsInUse found;
+    const auto each = [&](auto look) {
+        for (auto device = xcb_input_xi_query_device_infos_iterator(devices.get()); device.rem > 0;
+             xcb_input_xi_device_info_next(&device)) {
+            look(*device.data);
+        }
+    };
+    each([&](const xcb_input_xi_device_info_t& device) {
+        if (device.deviceid != pointer->deviceid) return;
+        found.master = static_cast<std::uint8_t>(device.attachment);
+    });
+    each([&](const xcb_input_xi_device_info_t& device) {
+        if (device.type != XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD) return;
+        if (device.attachment != found.master) return;
+        const auto id = static_cast<std::uint8_t>(device.deviceid);
+        if (isSynthetic(device)) {
+            found.synthetic = id;
+        } else {
+            found.real.push_back(id);
+        }
+    });
+    return found.synthetic != 0 ? std::optional(std::move(found)) : std::nullopt;
+}
+
+std::vector<HeldKeys> keysHeldByUser(X11Connection& connection) {
+    const auto inUse = keyboardsInUse(connection);
+    if (!inUse) return {};
+    const std::vector<std::uint8_t>& keyboards = inUse->real;
     std::vector<xcb_input_query_device_state_cookie_t> cookies;
     cookies.reserve(keyboards.size());
     for (const std::uint8_t device : keyboards) {
@@ -70,14 +100,15 @@ std::vector<HeldKeys> keysHeldByUser(X11Connection& connection) {
     return held;
 }
 
+void releaseUnusedKey(X11Connection& connection, std::uint8_t device) {
+    sendKey(connection, device, XCB_INPUT_DEVICE_KEY_RELEASE,
+            xcb_get_setup(connection.get())->min_keycode);
+}
+
 void pressHeldKey(X11Connection& connection, std::uint8_t device, std::uint8_t keyCode) {
     // The device itself has the key down and would not press it again.
-    const std::uint8_t firstEvent =
-        xcb_get_extension_data(connection.get(), &xcb_input_id)->first_event;
-    for (const int type : {XCB_INPUT_DEVICE_KEY_RELEASE, XCB_INPUT_DEVICE_KEY_PRESS}) {
-        xcb_test_fake_input(connection.get(), static_cast<std::uint8_t>(firstEvent + type), keyCode,
-                            XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, device);
-    }
+    sendKey(connection, device, XCB_INPUT_DEVICE_KEY_RELEASE, keyCode);
+    sendKey(connection, device, XCB_INPUT_DEVICE_KEY_PRESS, keyCode);
 }
 
 }  // namespace quil::linux_platform

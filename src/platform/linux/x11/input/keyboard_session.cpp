@@ -19,34 +19,57 @@ constexpr std::uint8_t kUsualControl = 37;
 constexpr std::uint8_t kUsualShift = 50;
 constexpr std::uint8_t kUsualAlt = 64;
 
+XcbPointer<xcb_xkb_get_state_reply_t> readState(X11Connection& connection) {
+    return connection.reply(xcb_xkb_get_state_reply,
+                            xcb_xkb_get_state(connection.get(), kCoreKeyboard));
+}
+
 }  // namespace
 
 KeyboardSession::KeyboardSession(std::shared_ptr<X11Connection> connection)
     : connection_(std::move(connection)), lock_(*connection_) {
     if (enableXkb(*connection_)) {
-        if (auto map = readKeyboardMap(*connection_)) {
-            map_ = std::move(*map);
-            forgetSpareKeys(*connection_, map_);
+        releaseKeysOfCrashedRuntime(*connection_);
+        keyboard_.emplace(*connection_);
+        if (auto map = keyboard_->readMap()) {
+            useMap(std::move(*map));
             knowsKeys_ = true;
+            takeKeyboard();
+            return;
         }
     }
+    useMap({});
+}
+
+void KeyboardSession::useMap(KeyboardMap shownMap) {
+    shownMap_ = std::move(shownMap);
+    map_ = shownMap_;
+    forgetSpareKeys(*connection_, map_);
     numLock_ = map_.modifiersOf(kKeysymNumLock);
     shiftKey_ = flagKey(kKeysymShiftL, kKeysymShiftR, kUsualShift);
-    if (!knowsKeys_) return;
-    releaseKeysOfCrashedRuntime(*connection_);
-    takeKeyboard();
 }
 
 void KeyboardSession::takeKeyboard() {
-    const auto state = connection_->reply(xcb_xkb_get_state_reply,
-                                          xcb_xkb_get_state(connection_->get(), kCoreKeyboard));
-    if (!state) return;
-    group_ = state->group;
-    locks_ = locksBefore_ = state->lockedMods;
-    latchesBefore_ = state->latchedMods;
+    const auto before = readState(*connection_);
+    if (!before) return;
+    locks_ = locksBefore_ = before->lockedMods;
+    latchesBefore_ = before->latchedMods;
+    groupLatchBefore_ = before->latchedGroup;
     noteLocks(*connection_, locksBefore_);
     releaseHeldKeys();
-    if (latchesBefore_ != 0) latchModifiers(*connection_, 0);
+    if (hasLatches()) latchForNextKey(*connection_, 0, 0);
+    // A key that is held, or a latch, may have led to another group.
+    const auto state = readState(*connection_);
+    group_ = state ? state->group : before->group;
+}
+
+bool KeyboardSession::keepsLayout(const KeyboardMap& shownMap) {
+    auto map = keyboard_->readMap();
+    const auto state = readState(*connection_);
+    if (!map || !state || (*map == shownMap && state->group == group_)) return true;
+    useMap(std::move(*map));
+    group_ = state->group;
+    return false;
 }
 
 /// A key that is down already is not pressed by pressing it once more.
@@ -64,8 +87,7 @@ void KeyboardSession::releaseHeldKeys() {
 
 void KeyboardSession::takeNewKeys() {
     releaseHeldKeys();
-    const auto state = connection_->reply(xcb_xkb_get_state_reply,
-                                          xcb_xkb_get_state(connection_->get(), kCoreKeyboard));
+    const auto state = readState(*connection_);
     if (!state || state->lockedMods == locks_) return;
     locks_ = locksBefore_ = state->lockedMods;
     noteLocks(*connection_, locksBefore_);
@@ -74,7 +96,7 @@ void KeyboardSession::takeNewKeys() {
 KeyboardSession::~KeyboardSession() {
     releaseFlagKeys();
     useModifiersAsBefore();
-    if (latchesBefore_ != 0) latchModifiers(*connection_, latchesBefore_);
+    if (hasLatches()) latchForNextKey(*connection_, latchesBefore_, groupLatchBefore_);
     giveHeldKeysBack();
     noteKeyboardRestored(*connection_);
     connection_->sync();

@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/input/keyboard_devices.h"
 #include "platform/linux/x11/input/keyboard_lock.h"
+#include "platform/linux/x11/input/synthetic_keyboard.h"
 #include "platform/linux/x11/keyboard/keyboard_map.h"
 
 namespace quil::linux_platform {
@@ -27,7 +29,16 @@ class KeyboardSession {
     X11Connection& connection() const { return *connection_; }
     /// Whether the X keyboard extension describes what the keys mean; the map is empty otherwise.
     bool knowsKeys() const { return knowsKeys_; }
+    /// The map without spare keys that mean something.
     const KeyboardMap& map() const { return map_; }
+    /// Present when the keys are known.
+    SyntheticKeyboard& keyboard() { return *keyboard_; }
+    /// The map with them, as the server has it.
+    const KeyboardMap& shownMap() const { return shownMap_; }
+    /// Whether the layout is the one of `group` and `map` still, the server having that map. If it
+    /// is not, these are the new one's then: the user has chosen another. To be called when no key
+    /// of ours is down.
+    bool keepsLayout(const KeyboardMap& shownMap);
     /// To be asked now and then: whether the keyboard is still ours.
     bool keepLock() { return lock_.renew(); }
     /// The layout that is active.
@@ -50,11 +61,13 @@ class KeyboardSession {
     std::uint8_t keptLocks() const { return locksBefore_ & numLock_; }
 
   private:
+    void useMap(KeyboardMap shownMap);
     void takeKeyboard();
     void releaseHeldKeys();
     void giveHeldKeysBack();
     void releaseFlagKeys();
     void lock(std::uint8_t locks);
+    bool hasLatches() const { return latchesBefore_ != 0 || groupLatchBefore_ != 0; }
     void send(std::uint8_t keyCode, bool isDown);
     std::uint8_t flagKey(std::uint32_t keysym, std::uint32_t otherKeysym, std::uint8_t usual) const;
     std::vector<std::uint8_t> flagKeys(std::uint64_t flags) const;
@@ -62,12 +75,15 @@ class KeyboardSession {
     std::shared_ptr<X11Connection> connection_;
     KeyboardLock lock_;
     bool knowsKeys_ = false;
+    std::optional<SyntheticKeyboard> keyboard_;
     KeyboardMap map_;
+    KeyboardMap shownMap_;
     std::uint8_t group_ = 0;
     std::uint8_t numLock_ = 0;
     std::uint8_t locksBefore_ = 0;
     std::uint8_t locks_ = 0;
     std::uint8_t latchesBefore_ = 0;
+    std::int16_t groupLatchBefore_ = 0;
     /// Modifier keys to be given back.
     KeySet heldBefore_;
     /// The keys that the user held when they were taken away.

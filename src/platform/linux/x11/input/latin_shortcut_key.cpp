@@ -89,7 +89,7 @@ std::optional<std::uint8_t> keyOfShortcut(const KeyboardMap& map, std::uint8_t g
 }
 
 LatinShortcutKey::LatinShortcutKey(KeyboardSession& session, LatinKeysyms keysyms)
-    : client_(session.connection()), spare_(session.connection(), session.map()) {
+    : client_(session.connection()), spare_(session.keyboard(), session.shownMap()) {
     if (spare_.keys().capacity() == 0) return;
     if (spare_.isMapped()) {
         client_.sendPing();

@@ -6,6 +6,7 @@
 
 #include "platform/event_posting.h"
 #include "platform/linux/x11/input/crash_recovery.h"
+#include "platform/linux/x11/input/synthetic_keyboard.h"
 #include "platform/virtual_keys.h"
 
 namespace quil::linux_platform {
@@ -35,6 +36,8 @@ bool isModifierKey(const PostedEvent& event) {
 }
 
 void holdModifierKey(X11Connection& connection, const PostedEvent& event, xcb_window_t runtime) {
+    std::optional<SyntheticKeyboard> keyboard;
+    if (enableXkb(connection)) keyboard.emplace(connection);
     const auto mapping = connection.reply(xcb_get_modifier_mapping_reply,
                                           xcb_get_modifier_mapping(connection.get()));
     const auto index = modifierIndex(event.keyCode);
@@ -51,6 +54,7 @@ void holdModifierKey(X11Connection& connection, const PostedEvent& event, xcb_wi
         if (!isDown) noteHeldModifier(connection, runtime, key, false);
         break;
     }
+    keyboard.reset();
     connection.sync();
 }
 

@@ -59,23 +59,37 @@ PropertyRequest leftKeys(X11Connection& connection) {
 
 }  // namespace
 
-SpareKeyUse::SpareKeyUse(X11Connection& connection, KeyboardMap map)
-    : connection_(connection),
-      map_(std::move(map)),
-      keys_(findSpareKeys(map_)),
-      isMapped_(leftKeys(connection).exists()) {}
+SpareKeyUse::SpareKeyUse(SyntheticKeyboard& keyboard, KeyboardMap shownMap)
+    : keyboard_(keyboard), connection_(keyboard.connection()), shownMap_(std::move(shownMap)) {
+    map_ = shownMap_;
+    isMapped_ = forgetSpareKeys(connection_, map_);
+    keys_ = findSpareKeys(map_);
+}
+
+void SpareKeyUse::readShownMap() {
+    if (auto map = keyboard_.readMap()) shownMap_ = std::move(*map);
+}
 
 bool SpareKeyUse::map(const SpareKeysyms& keysyms) {
+    if (keyboard_.readMap() != shownMap_) return false;
     const std::vector<std::uint32_t> codes(keys_.keyCodes.begin(), keys_.keyCodes.end());
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.root(),
                         connection_.atom(kKeysProperty), XCB_ATOM_CARDINAL, 32,
                         static_cast<std::uint32_t>(codes.size()), codes.data());
     isMapped_ = true;
-    return send(keysyms);
+    const bool isDone = send(keysyms);
+    if (!isDone) keys_.keyCodes.clear();
+    readShownMap();
+    return isDone;
 }
 
 void SpareKeyUse::unmap() {
-    send({});
+    readShownMap();
+    // Another layout may have come, without spare keys.
+    map_ = shownMap_;
+    forgetSpareKeys(connection_, map_);
+    keys_ = findSpareKeys(map_);
+    if (map_ != shownMap_) send({});
     isMapped_ = false;
     xcb_delete_property(connection_.get(), connection_.root(), connection_.atom(kKeysProperty));
 }
@@ -85,7 +99,6 @@ void SpareKeyUse::unmap() {
 bool SpareKeyUse::send(const SpareKeysyms& keysyms) {
     if (keys_.keyCodes.empty()) return false;
     xcb_xkb_set_map_request_t request{};
-    request.deviceSpec = kCoreKeyboard;
     request.present = XCB_XKB_MAP_PART_KEY_SYMS;
     request.minKeyCode = map_.minKeyCode;
     request.maxKeyCode = map_.maxKeyCode;
@@ -101,14 +114,15 @@ bool SpareKeyUse::send(const SpareKeysyms& keysyms) {
                       isUsed ? spareKey(keys_, keysyms, index) : map_.keys[code]);
         if (isUsed) ++index;
     }
-    return setKeyboardMap(connection_, request, values);
+    return keyboard_.setMap(request, values);
 }
 
-void forgetSpareKeys(X11Connection& connection, KeyboardMap& map) {
+bool forgetSpareKeys(X11Connection& connection, KeyboardMap& map) {
     const PropertyRequest left = leftKeys(connection);
     for (const std::uint32_t code : left.numbers()) {
         if (code < map.keys.size() && isSpareKey(map.keys[code])) map.keys[code] = {};
     }
+    return left.exists();
 }
 
 bool hasSpareKeys(X11Connection& connection) {
@@ -119,10 +133,10 @@ void clearSpareKeys(X11Connection& connection) {
     if (!hasSpareKeys(connection)) return;
     const KeyboardLock lock(connection);
     if (!enableXkb(connection)) return;
-    auto map = readKeyboardMap(connection);
+    SyntheticKeyboard keyboard(connection);
+    auto map = keyboard.readMap();
     if (!map) return;
-    forgetSpareKeys(connection, *map);
-    SpareKeyUse use(connection, std::move(*map));
+    SpareKeyUse use(keyboard, std::move(*map));
     if (use.isMapped()) use.unmap();
 }
 

@@ -219,7 +219,10 @@ std::vector<TextBatch> planText(const std::vector<std::uint32_t>& keysyms, const
         }
         auto stroke = assigned.find(keysym);
         if (stroke == assigned.end()) {
-            if (spare.capacity() == 0) continue;
+            if (spare.capacity() == 0) {
+                batches.back().strokes.push_back({});
+                continue;
+            }
             if (assigned.size() == spare.capacity()) {
                 assigned.clear();
                 batches.emplace_back();

@@ -12,6 +12,7 @@ namespace quil::linux_platform {
 
 /// A key that is pressed and released while exactly these modifiers are active.
 struct Stroke {
+    /// 0 for a keysym that no key can have.
     std::uint8_t keyCode = 0;
     std::uint8_t modifiers = 0;
     /// Whether programs get a string of several UTF-16 units for it. Some take strings by another
@@ -55,8 +56,9 @@ SpareKeys findSpareKeys(const KeyboardMap& map);
 /// With `asUnits`, each half of a surrogate pair has a keysym of its own.
 std::vector<std::uint32_t> keysymsToType(std::u16string_view text, bool asUnits);
 
-/// Types the keysyms by the keys that have them in this layout (`group`) and by spare keys. A new
-/// batch begins when the spare keys are used up. `locked` are modifiers that stay active.
+/// Types the keysyms by the keys that have them in this layout (`group`) and by spare keys, a
+/// stroke for each. A new batch begins when the spare keys are used up. `locked` are modifiers that
+/// stay active.
 std::vector<TextBatch> planText(const std::vector<std::uint32_t>& keysyms, const KeyboardMap& map,
                                 std::uint8_t group, std::uint8_t locked, const SpareKeys& spare);
 

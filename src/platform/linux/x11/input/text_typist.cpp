@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <span>
 
 #include "platform/linux/x11/input/focused_client.h"
@@ -23,7 +24,11 @@ constexpr std::chrono::milliseconds kShortWait{50};
 /// Other runtimes take the keyboard from one that gives no sign for some seconds.
 constexpr std::chrono::milliseconds kLockRenewInterval{1000};
 
-enum class Progress { done, hangs, lostLock };
+/// A user who changes the layout more often than this while a text is typed has to wait.
+constexpr int kMaximumLayouts = 100;
+
+enum class Progress { done, hangs, lostLock, layoutChanged };
+using Keysyms = std::span<const std::uint32_t>;
 
 /// Waits until the program has processed all parts but the last `open` ones.
 Progress waitFor(KeyboardSession& session, FocusedClient& client, std::uint32_t open) {
@@ -93,15 +98,18 @@ std::span<const Stroke> nextPart(const FocusedClient& client, std::span<const St
 }
 
 /// Sends strokes no faster than the program can follow. One that hangs gets them all the same, as
-/// from a user who types on: the server keeps them until it reads them.
-Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
-                     std::span<const Stroke> strokes) {
+/// from a user who types on: the server keeps them until it reads them. `keysyms` begin with those
+/// of the strokes, and lose those that have been sent.
+Progress sendStrokes(KeyboardSession& session, FocusedClient& client, const SpareKeyUse& spare,
+                     std::span<const Stroke> strokes, Keysyms& keysyms) {
     Pace pace(client);
     Progress progress = Progress::done;
     while (!strokes.empty()) {
         const auto part = nextPart(client, strokes, pace.atOnce());
         session.takeNewKeys();
+        if (!session.keepsLayout(spare.shownMap())) return Progress::layoutChanged;
         for (const Stroke& stroke : part) {
+            if (stroke.keyCode == 0) continue;
             session.useModifiers(stroke.modifiers);
             session.tap(stroke.keyCode);
         }
@@ -111,6 +119,7 @@ Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
         // the middle of stay down. So one part at the most is on its way.
         session.connection().sync();
         strokes = strokes.subspan(part.size());
+        keysyms = keysyms.subspan(part.size());
         const bool mayReorder = client.reordersStrings() && !strokes.empty() &&
                                 (strokes.front().isString || part.back().isString);
         if (progress == Progress::done) {
@@ -123,24 +132,46 @@ Progress sendStrokes(KeyboardSession& session, FocusedClient& client,
     return progress;
 }
 
+/// Types the keysyms as far as the user stays in the layout; they lose those that have been sent.
+Progress typeInLayout(KeyboardSession& session, FocusedClient& client, SpareKeyUse& spare,
+                      Keysyms& keysyms) {
+    const auto batches = planText({keysyms.begin(), keysyms.end()}, session.map(), session.group(),
+                                  session.keptLocks(), spare.keys());
+    for (const TextBatch& batch : batches) {
+        if (!batch.keysyms.empty()) {
+            if (spare.isMapped()) {
+                const Progress progress = waitForAll(session, client);
+                if (progress != Progress::done) return progress;
+            }
+            if (!session.keepsLayout(spare.shownMap()) || !spare.map(batch.keysyms)) {
+                return Progress::layoutChanged;
+            }
+        }
+        const Progress progress = sendStrokes(session, client, spare, batch.strokes, keysyms);
+        if (progress != Progress::done) return progress;
+    }
+    return Progress::done;
+}
+
 }  // namespace
 
 void typeText(KeyboardSession& session, std::u16string_view text) {
     if (!session.knowsKeys()) return;
-    SpareKeyUse spare(session.connection(), session.map());
     FocusedClient client(session.connection());
-    const auto batches = planText(keysymsToType(text, client.takesUnits()), session.map(),
-                                  session.group(), session.keptLocks(), spare.keys());
-    // Keys that an earlier use has left behind may still be waited for, too.
-    if (spare.isMapped()) client.sendPing();
-    for (const TextBatch& batch : batches) {
-        if (!batch.keysyms.empty()) {
-            if (spare.isMapped() && waitForAll(session, client) != Progress::done) return;
-            if (!spare.map(batch.keysyms)) break;
+    const auto all = keysymsToType(text, client.takesUnits());
+    Keysyms keysyms = all;
+    std::optional<SpareKeyUse> spare;
+    Progress progress = Progress::layoutChanged;
+    for (int i = 0; i < kMaximumLayouts && progress == Progress::layoutChanged; ++i) {
+        if (!spare || session.shownMap() != spare->shownMap()) {
+            spare.emplace(session.keyboard(), session.shownMap());
         }
-        if (sendStrokes(session, client, batch.strokes) != Progress::done) return;
+        // Keys that an earlier use has left behind may still be waited for, too.
+        if (i == 0 && spare->isMapped()) client.sendPing();
+        progress = typeInLayout(session, client, *spare, keysyms);
     }
-    if (spare.isMapped() && waitForAll(session, client) == Progress::done) spare.unmap();
+    if (progress != Progress::done || !spare->isMapped()) return;
+    if (waitForAll(session, client) == Progress::done) spare->unmap();
 }
 
 }  // namespace quil::linux_platform

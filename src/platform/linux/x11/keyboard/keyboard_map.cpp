@@ -71,10 +71,10 @@ std::uint8_t KeyboardMap::modifiersOf(std::uint32_t keysym) const {
     return modifiers;
 }
 
-std::optional<KeyboardMap> readKeyboardMap(X11Connection& connection) {
+std::optional<KeyboardMap> readKeyboardMap(X11Connection& connection, std::uint16_t device) {
     const auto reply = connection.reply(
-        xcb_xkb_get_map_reply, xcb_xkb_get_map(connection.get(), kCoreKeyboard, kWanted, 0, 0, 0, 0,
-                                               0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0));
+        xcb_xkb_get_map_reply, xcb_xkb_get_map(connection.get(), device, kWanted, 0, 0, 0, 0, 0, 0,
+                                               0, 0, 0, 0, 0, 0, 0, 0, 0, 0));
     if (!reply) return {};
     xcb_xkb_get_map_map_t parts;
     xcb_xkb_get_map_map_unpack(xcb_xkb_get_map_map(reply.get()), reply->nTypes, reply->nKeySyms,

@@ -17,6 +17,7 @@ struct KeyboardMap {
         /// Exactly these modifiers, of the type's mask, lead to the level.
         std::uint8_t modifiers = 0;
         std::uint8_t level = 0;
+        bool operator==(const LevelEntry&) const = default;
     };
     struct KeyType {
         /// The modifiers that count.
@@ -24,6 +25,7 @@ struct KeyboardMap {
         std::uint8_t levels = 1;
         /// What is not among them leads to level 0.
         std::vector<LevelEntry> entries;
+        bool operator==(const KeyType&) const = default;
     };
     struct Key {
         std::array<std::uint8_t, 4> types{};
@@ -40,6 +42,7 @@ struct KeyboardMap {
         /// The key's group when the keyboard is in that one; nothing for a key without groups.
         std::optional<std::uint8_t> group(std::uint8_t keyboardGroup) const;
         std::uint32_t keysym(std::uint8_t group, std::uint8_t level) const;
+        bool operator==(const Key&) const = default;
     };
 
     std::uint8_t minKeyCode = 8;
@@ -51,9 +54,10 @@ struct KeyboardMap {
     std::optional<std::uint8_t> keyWithKeysym(std::uint32_t keysym) const;
     /// The modifiers that a key with that keysym is.
     std::uint8_t modifiersOf(std::uint32_t keysym) const;
+    bool operator==(const KeyboardMap&) const = default;
 };
 
-/// The keyboard's map; null when the server does not give it. The extension must be enabled.
-std::optional<KeyboardMap> readKeyboardMap(X11Connection& connection);
+/// The map of a keyboard; null when the server does not give it. The extension must be enabled.
+std::optional<KeyboardMap> readKeyboardMap(X11Connection& connection, std::uint16_t device);
 
 }  // namespace quil::linux_platform

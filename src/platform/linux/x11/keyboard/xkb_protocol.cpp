@@ -46,10 +46,23 @@ void lockModifiers(X11Connection& connection, std::uint8_t affected, std::uint8_
     latchAndLock(connection, request, 0);
 }
 
-void latchModifiers(X11Connection& connection, std::uint8_t latches) {
+void latchForNextKey(X11Connection& connection, std::uint8_t latches, std::int16_t groups) {
     xcb_xkb_latch_lock_state_request_t request{};
     request.affectModLatches = 0xFF;
+    request.latchGroup = 1;
+    request.groupLatch = static_cast<std::uint16_t>(groups);
     latchAndLock(connection, request, latches);
+}
+
+void enableControls(X11Connection& connection, std::uint16_t device, std::uint32_t controls,
+                    bool areOn) {
+    xcb_xkb_set_controls_request_t request{};
+    request.deviceSpec = device;
+    request.affectEnabledControls = controls;
+    request.enabledControls = areOn ? controls : 0;
+    iovec parts[3] = {};
+    const auto cookie = send(connection, XCB_XKB_SET_CONTROLS, request, parts);
+    xcb_discard_reply(connection.get(), cookie.sequence);
 }
 
 bool setKeyboardMap(X11Connection& connection, xcb_xkb_set_map_request_t request,

@@ -63,7 +63,7 @@ void KeyReader::followKeyboard() {
 
 void KeyReader::readMap() {
     isMapOutdated_ = false;
-    auto map = readKeyboardMap(*connection_);
+    auto map = readKeyboardMap(*connection_, kCoreKeyboard);
     if (!map) return;
     map_ = std::move(*map);
     option_ = map_.modifiersOf(XKB_KEY_Alt_L) | map_.modifiersOf(XKB_KEY_Alt_R);

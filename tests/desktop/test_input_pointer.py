@@ -56,11 +56,16 @@ class Pointer(InputTest):
         self.assertEqual([e[0] for e in self.events(5, is_button)],
                          ["press", "release", "press", "double-press", "release"])
 
-        # Left-handed people press the other button for the same.
-        output("xmodmap", "-e", "pointer = 3 2 1 4 5 6 7 8 9 10")
-        self.addCleanup(output, "xmodmap", "-e", "pointer = default")
-        self.host.result("desktop_click", point=point(x, y))
-        self.assertEqual([e[:2] for e in self.events(2, is_button)], [["press", 1], ["release", 1]])
+        # Left-handed people press the other button for the same, on all or some of their devices.
+        own = "xinput", "set-button-map", "Virtual core XTEST pointer"
+        for at, change, back in [(x, (*own, "2", "3", "1"), (*own, "1", "2", "3")),
+                                 (x - 40, ("xmodmap", "-e", "pointer = 3 2 1 4 5 6 7 8 9 10"),
+                                  ("xmodmap", "-e", "pointer = default"))]:
+            output(*change)
+            self.addCleanup(output, *back)
+            self.host.result("desktop_click", point=point(at, y))
+            self.assertEqual([e[:2] for e in self.events(2, is_button)],
+                             [["press", 1], ["release", 1]], change)
 
     def test_wheel(self):
         x, y = self.middle

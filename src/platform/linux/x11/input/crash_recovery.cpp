@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/x11/input/keyboard_devices.h"
+#include "platform/linux/x11/input/input_devices.h"
 #include "platform/linux/x11/input/keyboard_lock.h"
 #include "platform/linux/x11/input/spare_key_mapping.h"
 #include "platform/linux/x11/input/synthetic_keyboard.h"

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/linux/x11/connection.h"
-#include "platform/linux/x11/input/keyboard_devices.h"
+#include "platform/linux/x11/input/input_devices.h"
 #include "platform/linux/x11/input/keyboard_lock.h"
 #include "platform/linux/x11/input/synthetic_keyboard.h"
 #include "platform/linux/x11/keyboard/keyboard_map.h"

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "platform/linux/x11/input/crash_recovery.h"
+#include "platform/linux/x11/input/input_devices.h"
 #include "platform/linux/x11/pointer_buttons.h"
 #include "platform/linux/x11/windows/click_focus.h"
 
@@ -52,6 +53,12 @@ std::uint8_t buttonOf(const PostedEvent& event) {
     return event.button == kMouseButtonCenter ? kMiddleButton : kLeftButton;
 }
 
+/// The number of the button that a map gives this number; the same when none does.
+std::uint8_t indexOf(const std::vector<std::uint8_t>& map, std::uint8_t button) {
+    const auto found = std::find(map.begin(), map.end(), button);
+    return found == map.end() ? button : static_cast<std::uint8_t>(found - map.begin() + 1);
+}
+
 /// `delay` is in milliseconds, kept by the server.
 void sendButton(X11Connection& connection, std::uint8_t button, bool isDown,
                 std::uint32_t delay = 0) {
@@ -69,11 +76,10 @@ std::uint8_t PointerOutput::deviceButton(X11Connection& connection, std::uint8_t
         if (!mapping) return button;
         const std::uint8_t* first = xcb_get_pointer_mapping_map(mapping.get());
         buttons_.assign(first, first + xcb_get_pointer_mapping_map_length(mapping.get()));
+        ownButtons_ = syntheticButtons(connection);
         buttonsExpire_ = now + kButtonsValidity;
     }
-    const auto found = std::find(buttons_.begin(), buttons_.end(), button);
-    if (found == buttons_.end()) return button;
-    return static_cast<std::uint8_t>(found - buttons_.begin() + 1);
+    return indexOf(ownButtons_, indexOf(buttons_, button));
 }
 
 void PointerOutput::turnWheel(X11Connection& connection, std::int32_t amount, std::uint8_t positive,

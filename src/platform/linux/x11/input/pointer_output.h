@@ -38,6 +38,8 @@ class PointerOutput {
     /// Asked for once for a double click: the server may be busy, and the clicks have to come soon
     /// one after the other.
     std::vector<std::uint8_t> buttons_;
+    /// Those of the device, which come before the pointer's.
+    std::vector<std::uint8_t> ownButtons_;
     std::chrono::steady_clock::time_point buttonsExpire_;
     struct Press {
         std::chrono::steady_clock::time_point time;

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "platform/linux/x11/input/keyboard_devices.h"
+#include "platform/linux/x11/input/input_devices.h"
 #include "platform/linux/x11/properties.h"
 
 namespace quil::linux_platform {

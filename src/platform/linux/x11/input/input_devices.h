@@ -39,6 +39,11 @@ struct KeyboardsInUse {
 /// Nothing when the server has no devices (X Input 2.0), or none for synthetic events.
 std::optional<KeyboardsInUse> keyboardsInUse(X11Connection& connection);
 
+/// What the user has made of the buttons of the device that synthetic events come from: for each
+/// button, from 1 on, the one that it stands for, before the pointer's own order is applied. Empty
+/// when the server does not say.
+std::vector<std::uint8_t> syntheticButtons(X11Connection& connection);
+
 /// The device becomes the one that was used last; programs hear nothing of it.
 void releaseUnusedKey(X11Connection& connection, std::uint8_t device);
 

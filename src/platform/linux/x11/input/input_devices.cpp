@@ -1,4 +1,4 @@
-#include "platform/linux/x11/input/keyboard_devices.h"
+#include "platform/linux/x11/input/input_devices.h"
 
 #include <xcb/xtest.h>
 
@@ -26,6 +26,39 @@ bool isSynthetic(const xcb_input_xi_device_info_t& device) {
     return name.find("XTEST") != std::string_view::npos;
 }
 
+struct DevicesInUse {
+    XcbPointer<xcb_input_xi_query_device_reply_t> all;
+    /// The pointer that clients are taken to mean, and the keyboard that goes with it.
+    std::uint16_t masterPointer = 0;
+    std::uint8_t masterKeyboard = 0;
+};
+
+template <typename Look>
+void eachDevice(const xcb_input_xi_query_device_reply_t& devices, Look look) {
+    for (auto device = xcb_input_xi_query_device_infos_iterator(&devices); device.rem > 0;
+         xcb_input_xi_device_info_next(&device)) {
+        look(*device.data);
+    }
+}
+
+/// Nothing when the server has no devices (X Input 2.0).
+std::optional<DevicesInUse> devicesInUse(X11Connection& connection) {
+    if (!connection.hasExtension(xcb_input_id)) return {};
+    const auto version = xcb_input_xi_query_version(connection.get(), 2, 0);
+    const auto pointerCookie = xcb_input_xi_get_client_pointer(connection.get(), XCB_WINDOW_NONE);
+    const auto devicesCookie = xcb_input_xi_query_device(connection.get(), XCB_INPUT_DEVICE_ALL);
+    connection.reply(xcb_input_xi_query_version_reply, version);
+    const auto pointer = connection.reply(xcb_input_xi_get_client_pointer_reply, pointerCookie);
+    auto devices = connection.reply(xcb_input_xi_query_device_reply, devicesCookie);
+    if (!pointer || !devices) return {};
+    DevicesInUse found{std::move(devices), pointer->deviceid, 0};
+    eachDevice(*found.all, [&](const xcb_input_xi_device_info_t& device) {
+        if (device.deviceid != found.masterPointer) return;
+        found.masterKeyboard = static_cast<std::uint8_t>(device.attachment);
+    });
+    return found;
+}
+
 void sendKey(X11Connection& connection, std::uint8_t device, int type, std::uint8_t keyCode) {
     const std::uint8_t firstEvent =
         xcb_get_extension_data(connection.get(), &xcb_input_id)->first_event;
@@ -51,26 +84,10 @@ KeySet keysDown(X11Connection& connection) {
 }
 
 std::optional<KeyboardsInUse> keyboardsInUse(X11Connection& connection) {
-    if (!connection.hasExtension(xcb_input_id)) return {};
-    const auto version = xcb_input_xi_query_version(connection.get(), 2, 0);
-    const auto pointerCookie = xcb_input_xi_get_client_pointer(connection.get(), XCB_WINDOW_NONE);
-    const auto devicesCookie = xcb_input_xi_query_device(connection.get(), XCB_INPUT_DEVICE_ALL);
-    connection.reply(xcb_input_xi_query_version_reply, version);
-    const auto pointer = connection.reply(xcb_input_xi_get_client_pointer_reply, pointerCookie);
-    const auto devices = connection.reply(xcb_input_xi_query_device_reply, devicesCookie);
-    if (!pointer || !devices) return {};
-    KeyboardsInUse found;
-    const auto each = [&](auto look) {
-        for (auto device = xcb_input_xi_query_device_infos_iterator(devices.get()); device.rem > 0;
-             xcb_input_xi_device_info_next(&device)) {
-            look(*device.data);
-        }
-    };
-    each([&](const xcb_input_xi_device_info_t& device) {
-        if (device.deviceid != pointer->deviceid) return;
-        found.master = static_cast<std::uint8_t>(device.attachment);
-    });
-    each([&](const xcb_input_xi_device_info_t& device) {
+    const auto devices = devicesInUse(connection);
+    if (!devices) return {};
+    KeyboardsInUse found{devices->masterKeyboard, 0, {}};
+    eachDevice(*devices->all, [&](const xcb_input_xi_device_info_t& device) {
         if (device.type != XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD) return;
         if (device.attachment != found.master) return;
         const auto id = static_cast<std::uint8_t>(device.deviceid);
@@ -81,6 +98,23 @@ std::optional<KeyboardsInUse> keyboardsInUse(X11Connection& connection) {
         }
     });
     return found.synthetic != 0 ? std::optional(std::move(found)) : std::nullopt;
+}
+
+std::vector<std::uint8_t> syntheticButtons(X11Connection& connection) {
+    const auto devices = devicesInUse(connection);
+    if (!devices) return {};
+    std::uint8_t pointer = 0;
+    eachDevice(*devices->all, [&](const xcb_input_xi_device_info_t& device) {
+        if (device.type != XCB_INPUT_DEVICE_TYPE_SLAVE_POINTER) return;
+        if (device.attachment != devices->masterPointer || !isSynthetic(device)) return;
+        pointer = static_cast<std::uint8_t>(device.deviceid);
+    });
+    if (pointer == 0) return {};
+    const auto cookie = xcb_input_get_device_button_mapping(connection.get(), pointer);
+    const auto reply = connection.reply(xcb_input_get_device_button_mapping_reply, cookie);
+    if (!reply) return {};
+    const std::uint8_t* first = xcb_input_get_device_button_mapping_map(reply.get());
+    return {first, first + xcb_input_get_device_button_mapping_map_length(reply.get())};
 }
 
 std::vector<HeldKeys> keysHeldByUser(X11Connection& connection) {

@@ -5,7 +5,7 @@ import shutil
 import struct
 import unittest
 
-from desktop_entries import FOLDER, EntriesTest
+from desktop_entries import FOLDER, WINDOW_APP, EntriesTest
 from desktop_tools import PYTHON, SUPPORT, Program, change, output, until, window_app
 
 
@@ -145,7 +145,7 @@ Gtk.main()""")
                          (window["bounds"]["Width"], window["bounds"]["Height"]))
 
     def test_what_was_launched_keeps_its_identity(self):
-        app = f"{PYTHON} {SUPPORT}/window_app.py qt5 L 300 200"
+        app = f"{WINDOW_APP} qt5 L 300 200"
         calculator, mine = "galculator.desktop", {"StartupWMClass": "mine"}
         self.install("other.desktop", Name="Other", Exec="sh", StartupWMClass="window_app.py")
         waits = self.script("waits", "#!/bin/sh", "galculator", "true")

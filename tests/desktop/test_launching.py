@@ -7,8 +7,8 @@ import tempfile
 import time
 import unittest
 
-from desktop_entries import FOLDER, EntriesTest
-from desktop_tools import PYTHON, SUPPORT, Program, output, until, window_app
+from desktop_entries import FOLDER, WINDOW_APP, EntriesTest
+from desktop_tools import Program, output, until, window_app
 from quil_host import Host
 
 
@@ -159,8 +159,7 @@ class LaunchingTest(EntriesTest):
         os.makedirs(services, exist_ok=True)
         with open(os.path.join(services, "org.example.Service.service"), "w") as file:
             file.write("[D-BUS Service]\nName=org.example.Service\n"
-                       f"Exec={PYTHON} -B {SUPPORT}/window_app.py gtk4 Service 300 200 "
-                       "id=org.example.Service service\n")
+                       f"Exec={WINDOW_APP} gtk4 Service 300 200 id=org.example.Service service\n")
         self.addCleanup(os.remove, file.name)
         output("dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/",
                "org.freedesktop.DBus.ReloadConfig")
@@ -175,8 +174,9 @@ class LaunchingTest(EntriesTest):
         """Also when its program leaves its window behind; not after the user has gone elsewhere."""
         gate = os.path.join(FOLDER, "gate")
         os.mkfifo(gate)
-        app = f"{PYTHON} -B {SUPPORT}/window_app.py gtk3 Behind 300 200 behind"
-        entry = self.install("behind.desktop", Name="Behind", Exec=f"sh -c 'read x < {gate}; {app}'")
+        program = self.script("behind", "#!/bin/sh", f"read x < {gate}",
+                              f"exec {WINDOW_APP} gtk3 Behind 300 200 behind")
+        entry = self.install("behind.desktop", Name="Behind", Exec=program)
         one, two = window_app(self, "qt5", "one"), window_app(self, "qt5", "two")
         title = lambda: output("xdotool", "getactivewindow", "getwindowname").strip()
         listed = lambda: [window for window in self.windows() if window["name"] == "Behind"]

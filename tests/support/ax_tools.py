@@ -1,4 +1,5 @@
 """What tests of observed trees need: programs to observe, and what libatspi sees of them."""
+import glob
 import os
 import shutil
 import subprocess
@@ -9,7 +10,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi
 
-from desktop_tools import CHROMIUM, PYTHON, SUPPORT, Program, output, until
+from desktop_tools import CHROMIUM, PYTHON, SUPPORT, Program, firefox, output, until
 from quil_host import Failure
 
 GALLERY = os.path.join(SUPPORT, "gallery")
@@ -31,8 +32,7 @@ def gallery(test, toolkit, *rows, scale=1):
     if toolkit == "swing":
         output("javac", "-d", folder, os.path.join(GALLERY, "Gallery.java"))
         command = ["java", f"-Dsun.java2d.uiScale={scale}", "-cp", folder + ":" + ATK_WRAPPER,
-                   "-Djava.library.path=/usr/lib/jni", "-Djavax.accessibility.assistive_technologies="
-                   "org.GNOME.Accessibility.AtkWrapper", "Gallery"]
+                   "-Djavax.accessibility.assistive_technologies=org.GNOME.Accessibility.AtkWrapper", "Gallery"]
     elif toolkit == "chromium":
         command = [*CHROMIUM, f"--user-data-dir={folder}", f"--force-device-scale-factor={scale}",
                    "--window-size=560,480", "--window-position=90,70", page]
@@ -40,7 +40,7 @@ def gallery(test, toolkit, *rows, scale=1):
         with open(f"{folder}/user.js", "w") as file:
             for name, value in {**FIREFOX_PREFERENCES, "layout.css.devPixelsPerPx": f'"{scale}"'}.items():
                 file.write(f'user_pref("{name}", {value});\n')
-        command = ["firefox", "--no-remote", "--profile", folder, "--width", "600", "--height", "500", page]
+        command = [*firefox(folder), "--width", "600", "--height", "500", page]
     is_page = toolkit in ("chromium", "firefox")
     return Program(test, *command, talks=not is_page, has_window=not is_page,
                    env=dict(os.environ, **{variable: str(scale)}))
@@ -49,8 +49,9 @@ def gallery(test, toolkit, *rows, scale=1):
 def missing_for(toolkit):
     """What is not installed of what the toolkit's gallery needs; None when nothing is."""
     if toolkit == "swing":
-        has_java = shutil.which("java") and shutil.which("javac") and os.path.exists(ATK_WRAPPER)
-        return None if has_java else "default-jdk and libatk-wrapper-java"
+        has_bridge = os.path.exists(ATK_WRAPPER) and glob.glob("/usr/lib/*/jni/libatk-wrapper.so")
+        has_java = shutil.which("java") and shutil.which("javac") and has_bridge
+        return None if has_java else "default-jdk and libatk-wrapper-java-jni"
     if toolkit.startswith("qml"):
         version = toolkit[-1]
         check = f"import PyQt{version}.QtQuick, PyQt{version}.QtQml"

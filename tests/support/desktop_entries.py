@@ -2,10 +2,12 @@
 import os
 import shutil
 
-from desktop_tools import DesktopTest
+from desktop_tools import PYTHON, SUPPORT, DesktopTest
 from quil_host import Host
 
 FOLDER = os.path.join(os.environ["XDG_DATA_HOME"], "applications")
+# As entries, services and shells have it, wherever this is: its path may have blanks and quotes.
+WINDOW_APP = f'{PYTHON} -B "{SUPPORT}/window_app.py"'
 
 
 class EntriesTest(DesktopTest):

@@ -19,6 +19,11 @@ CHROMIUM = ("chromium", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no
             "--disable-background-networking", "--disable-component-update", "--disable-sync")
 
 
+def firefox(folder):
+    """The command for Firefox with its profile in that folder; it starts only where it can write at home, too."""
+    return ["env", f"HOME={folder}", "firefox", "--no-remote", "--profile", folder]
+
+
 def output(*command, check=True, **options):
     """The output of a command that must succeed."""
     return subprocess.run(command, check=check, stdout=subprocess.PIPE, text=True, timeout=60,

@@ -7,7 +7,7 @@ import subprocess
 import tempfile
 import time
 
-from desktop_tools import CHROMIUM, SUPPORT, Program, change, geometry, output, until, window_app
+from desktop_tools import CHROMIUM, SUPPORT, Program, change, firefox, geometry, output, until, window_app
 
 WIDTH, HEIGHT = map(int, re.findall(r"dimensions:\s+(\d+)x(\d+)", output("xdpyinfo"))[0])
 PAGE = """<meta charset=utf-8><title>["",""]</title><style>body {margin: 0; display: flex}
@@ -131,7 +131,7 @@ class Browser(FieldProgram):
             command = [*CHROMIUM, f"--user-data-dir={folder}/profile", "--test-type", f"--app={address}"]
         else:
             os.mkdir(f"{folder}/profile")
-            command = ["firefox", "--no-remote", "--profile", f"{folder}/profile", "--kiosk", address]
+            command = [*firefox(f"{folder}/profile"), "--kiosk", address]
         Program(test, *command, has_window=False)
         self.window = window_named(r'^\["","')
         time.sleep(2)

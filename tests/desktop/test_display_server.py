@@ -84,6 +84,8 @@ class DisplayServerTest(unittest.TestCase):
         bus.process.send_signal(signal.SIGSTOP)
         self.assertFalse(host.result("ping")["accessibility"])
         self.assertFalse(late.result("ping")["accessibility"])
+        # GVfs, which a desktop entry would be read through, would wait for the bus without a limit.
+        late.result("desktop_apps_list", seconds=10)
         bus.process.send_signal(signal.SIGCONT)
         until(lambda: host.result("ping")["accessibility"], "the bus is asked again")
         until(lambda: late.result("ping")["accessibility"], "the bus is asked again")

@@ -13,9 +13,11 @@ const QUIL_SIM = join(process.env["QUIL_BUILD_DIR"] ?? join(ROOT, "build/release
 const FORM = join(ROOT, "examples/scenarios/form.json");
 const FOLDER = mkdtempSync(join(tmpdir(), "quil-cli-"));
 
+/** The option for a simulated desktop, whose paths may have blanks and quotes. */
+const runtimeOf = (scenario: string) => ["--runtime", `${JSON.stringify(QUIL_SIM)} ${JSON.stringify(scenario)}`];
+
 function quil(args: readonly string[], { input = "", scenario = FORM }: { input?: string; scenario?: string } = {}) {
-    const runtime = `${JSON.stringify(QUIL_SIM)} ${JSON.stringify(scenario)}`;
-    const { status, stdout, stderr } = spawnSync(process.execPath, [COMMAND, "--runtime", runtime, ...args], { input, encoding: "utf8", cwd: FOLDER });
+    const { status, stdout, stderr } = spawnSync(process.execPath, [COMMAND, ...runtimeOf(scenario), ...args], { input, encoding: "utf8", cwd: FOLDER });
     return { status, stdout, stderr };
 }
 
@@ -91,7 +93,7 @@ test("the doctor is content with a simulated desktop, and leaves it as it was", 
 
 test("completions are there for the shells that people use", () => {
     for (const shell of ["bash", "zsh", "fish"]) assert.match(quil(["completion", shell]).stdout, /quil-cli/, shell);
-    const runtime = ["--runtime", `${QUIL_SIM} ${FORM}`];
+    const runtime = runtimeOf(FORM);
     for (const [words, offered] of [
         [["cl"], /^click/m],
         [["click", "but"], /^button:/m],

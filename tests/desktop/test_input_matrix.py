@@ -83,18 +83,21 @@ class Turns:
             time.sleep(random.uniform(0, 0.1))
             victim.process.kill()
             victim.process.wait()
+        before = self.program.texts()[index]
         # One that has begun before may act between events that the server still takes from the dead one.
         with Host() as following:
-            following.result("desktop_type", text="|", point=self.program.middle(index))
+            # Elsewhere, or it is a double click, which selects what is there.
+            following.result("desktop_type", text="|", point=self.program.middle(index, 40))
         deadline = time.monotonic() + 4
         while "|" not in (found := self.program.texts())[index] and time.monotonic() < deadline:
             time.sleep(0.02)
-        text, _, rest = found[index].partition("|")
+        text = found[index].replace("|", "", 1)
         # A key that was down may have repeated until it was released.
         whole = re.sub(r"(.)\1+$", r"\1", text)
         others = found[:index] + found[index + 1:]
-        is_right = LONG.startswith(whole) and "|" in found[index] and not rest + "".join(others)
-        return "" if is_right else f"after a kill {found}"
+        is_right = (LONG.startswith(whole) and text.startswith(before) and "|" in found[index]
+                    and not "".join(others))
+        return "" if is_right else f"after a kill {found}, before {before}"
 
 
 def window_manager():

@@ -42,6 +42,10 @@ class Toolkits(TextTest):
             wanted = "a\nb\nc\nd" if text.startswith("a\r") else text.replace("\a\x00", "")
             until(lambda: app.ask("text") == wanted, repr(wanted), 5)
             app.ask("clear")
+        for key in "abcdefgh" if toolkit.startswith("qt") else "":
+            # Which has been to other processes when the response comes, and back.
+            self.host.result("desktop_keypress", combo=key)
+            self.assertEqual(app.ask("text")[-1:], key)
         app.end()
 
     def test_toolkits(self):

@@ -58,9 +58,10 @@ class FieldProgram:
         until(rest, "the windows at rest beside each other")
         self.places = before
 
-    def middle(self, index):
+    def middle(self, index, below=0):
+        """The middle, or so many pixels below it."""
         x, y, width, height = self.places[index]
-        return point(x + width // 2, y + height // 2)
+        return point(x + width // 2, y + height // 2 + below)
 
     def top(self, index):
         """Where the first words are."""

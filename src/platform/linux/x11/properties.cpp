@@ -62,4 +62,11 @@ PropertyRequest readProperty(X11Connection& connection, xcb_window_t window,
     return request;
 }
 
+void writeRootNumbers(X11Connection& connection, std::string_view name,
+                      const std::vector<std::uint32_t>& numbers) {
+    xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, connection.root(),
+                        connection.atom(name), XCB_ATOM_CARDINAL, 32,
+                        static_cast<std::uint32_t>(numbers.size()), numbers.data());
+}
+
 }  // namespace quil::linux_platform

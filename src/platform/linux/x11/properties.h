@@ -46,4 +46,8 @@ class PropertyRequest {
 /// A property that is wanted at once.
 PropertyRequest readProperty(X11Connection& connection, xcb_window_t window, std::string_view name);
 
+/// Notes numbers on the root window, for other runtimes.
+void writeRootNumbers(X11Connection& connection, std::string_view name,
+                      const std::vector<std::uint32_t>& numbers);
+
 }  // namespace quil::linux_platform

@@ -22,13 +22,6 @@ constexpr std::string_view kModifiersProperty = "_QUIL_POINTER_MODIFIERS";
 /// The modifiers that the user has locked.
 constexpr std::string_view kLocksProperty = "_QUIL_KEYBOARD_LOCKS";
 
-void setNumbers(X11Connection& connection, std::string_view property,
-                const std::vector<std::uint32_t>& numbers) {
-    xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, connection.root(),
-                        connection.atom(property), XCB_ATOM_CARDINAL, 32,
-                        static_cast<std::uint32_t>(numbers.size()), numbers.data());
-}
-
 void release(X11Connection& connection, std::uint8_t type, std::uint8_t detail) {
     xcb_test_fake_input(connection.get(), type, detail, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
 }
@@ -43,7 +36,7 @@ std::vector<std::uint32_t> leftIn(X11Connection& connection, std::string_view pr
 }  // namespace
 
 void notePressedButton(X11Connection& connection, xcb_window_t runtime, std::uint8_t button) {
-    setNumbers(connection, kButtonProperty, {runtime, button});
+    writeRootNumbers(connection, kButtonProperty, {runtime, button});
 }
 
 void noteReleasedButton(X11Connection& connection) {
@@ -57,7 +50,7 @@ void noteHeldModifier(X11Connection& connection, xcb_window_t runtime, std::uint
     std::erase(held, keyCode);
     if (isDown) held.push_back(keyCode);
     if (held.size() > 1) {
-        setNumbers(connection, kModifiersProperty, held);
+        writeRootNumbers(connection, kModifiersProperty, held);
     } else {
         xcb_delete_property(connection.get(), connection.root(),
                             connection.atom(kModifiersProperty));
@@ -79,7 +72,7 @@ void releasePointerOfCrashedRuntime(X11Connection& connection) {
 }
 
 void noteLocks(X11Connection& connection, std::uint8_t locks) {
-    setNumbers(connection, kLocksProperty, {locks});
+    writeRootNumbers(connection, kLocksProperty, {locks});
 }
 
 void noteKeyboardRestored(X11Connection& connection) {
@@ -99,15 +92,18 @@ void releaseKeysOfCrashedRuntime(X11Connection& connection) {
     noteKeyboardRestored(connection);
 }
 
-void recoverFromCrashedRuntime(X11Connection& connection) {
+bool recoverFromCrashedRuntime(X11Connection& connection) {
     releasePointerOfCrashedRuntime(connection);
-    if (KeyboardLock::isHeld(connection) || !enableXkb(connection)) return;
-    if (readProperty(connection, connection.root(), kLocksProperty).exists()) {
+    if (KeyboardLock::isHeld(connection) || !enableXkb(connection)) return false;
+    const bool wasPostingKeys =
+        readProperty(connection, connection.root(), kLocksProperty).exists();
+    if (wasPostingKeys) {
         const KeyboardLock lock(connection);
         releaseKeysOfCrashedRuntime(connection);
     }
     clearSpareKeys(connection);
     connection.sync();
+    return wasPostingKeys;
 }
 
 }  // namespace quil::linux_platform

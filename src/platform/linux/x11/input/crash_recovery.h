@@ -28,7 +28,7 @@ void noteKeyboardRestored(X11Connection& connection);
 /// Releases keys and restores the locks, for the runtime that holds the keyboard lock.
 void releaseKeysOfCrashedRuntime(X11Connection& connection);
 
-/// Undoes all of it, unless another runtime has the keyboard.
-void recoverFromCrashedRuntime(X11Connection& connection);
+/// Undoes all of it, unless another runtime has the keyboard: whether it was posting keys.
+bool recoverFromCrashedRuntime(X11Connection& connection);
 
 }  // namespace quil::linux_platform

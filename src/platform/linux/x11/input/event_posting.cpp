@@ -30,7 +30,10 @@ std::shared_ptr<X11Connection> X11EventPosting::connection() {
     auto connection = display_.connection();
     if (!connection || !connection->hasExtension(xcb_test_id)) return nullptr;
     if (cleared_.lock() != connection) {
-        recoverFromCrashedRuntime(*connection);
+        // Keys that a program has not processed yet are not to come after what is posted now.
+        if (recoverFromCrashedRuntime(*connection)) {
+            FocusedClient(*connection).waitForDelayedKeys();
+        }
         window_ = xcb_generate_id(connection->get());
         xcb_create_window(connection->get(), 0, window_, connection->root(), 0, 0, 1, 1, 0,
                           XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);

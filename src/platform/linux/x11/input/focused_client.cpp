@@ -13,6 +13,7 @@ namespace {
 
 /// Keys are kept back for some 20 ms.
 constexpr std::chrono::milliseconds kBusyProgramTimeout{200};
+constexpr std::chrono::milliseconds kDelayedKeysTimeout{1000};
 /// Input methods read the keyboard's map again, for which some need half a second.
 constexpr std::chrono::milliseconds kBusyInputMethodTimeout{2000};
 
@@ -30,10 +31,10 @@ xcb_window_t keyboardWindow(X11Connection& connection) {
     return window ? window->id : xcb_window_t{XCB_WINDOW_NONE};
 }
 
-FocusedClient::FocusedClient(X11Connection& connection)
-    : program_(connection, keyboardWindow(connection)) {
+FocusedClient::FocusedClient(X11Connection& connection, xcb_window_t window)
+    : program_(connection, window) {
     if (!program_.pid()) return;
-    inputMethod_ = Gtk4Ibus::find(*program_.pid());
+    relay_ = KeyRelay::find(*program_.pid());
     ximProcesses_ = ximProcesses(connection, *program_.pid());
     if (!ximProcesses_.empty()) ximProcesses_.push_back(*program_.pid());
     hasMappedFile(*program_.pid(), [this](std::string_view path) {
@@ -43,9 +44,15 @@ FocusedClient::FocusedClient(X11Connection& connection)
     });
 }
 
+void FocusedClient::waitForDelayedKeys() {
+    if (!relay_ && ximProcesses_.empty() && !keepsKeysBack_) return;
+    sendPing();
+    waitForPings(0, kDelayedKeysTimeout);
+}
+
 bool FocusedClient::waitForPings(std::uint32_t open, std::chrono::milliseconds timeout) {
     if (!program_.waitForPings(open, timeout)) return false;
-    if (open == 0 && inputMethod_) inputMethod_->waitUntilIdle();
+    if (open == 0 && relay_) relay_->waitUntilIdle();
     if (open == 0 && !ximProcesses_.empty()) {
         IdleWatch(ximProcesses_).waitForRest(IdleWatch::Clock::now() + kBusyInputMethodTimeout);
     }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/linux/x11/input/focused_client.h"
 #include "platform/linux/x11/input/text_typist.h"
 #include "platform/linux/x11/keyboard/key_codes.h"
 
@@ -12,6 +13,11 @@ KeyboardSource::KeyboardSource(std::shared_ptr<X11Connection> connection)
 
 KeyboardSource::~KeyboardSource() {
     deliverText();
+    latinShortcutKey_.reset();
+    // A click or a look that comes next is not to come before them.
+    if (keysWindow_ != XCB_WINDOW_NONE) {
+        FocusedClient(*connection_, keysWindow_).waitForDelayedKeys();
+    }
 }
 
 KeyboardSession& KeyboardSource::session() {
@@ -30,6 +36,7 @@ void KeyboardSource::post(const PostedEvent& event) {
     const auto keyCode = xKeyCode(event.keyCode);
     const xcb_setup_t& setup = *xcb_get_setup(connection_->get());
     if (!keyCode || *keyCode < setup.min_keycode || *keyCode > setup.max_keycode) return;
+    if (keysWindow_ == XCB_WINDOW_NONE) keysWindow_ = keyboardWindow(*connection_);
     session().key(keyToSend(*keyCode, isDown, event.flags), isDown, event.flags);
     xcb_flush(connection_->get());
     if (!isDown) latinShortcutKey_.reset();

@@ -32,6 +32,8 @@ class KeyboardSource : public EventSource {
     std::optional<KeyboardSession> session_;
     std::optional<LatinShortcutKey> latinShortcutKey_;
     std::u16string text_;
+    /// The window that had the focus when the first key was sent; none when none was.
+    xcb_window_t keysWindow_ = XCB_WINDOW_NONE;
 };
 
 }  // namespace quil::linux_platform

@@ -72,10 +72,7 @@ void SpareKeyUse::readShownMap() {
 
 bool SpareKeyUse::map(const SpareKeysyms& keysyms) {
     if (keyboard_.readMap() != shownMap_) return false;
-    const std::vector<std::uint32_t> codes(keys_.keyCodes.begin(), keys_.keyCodes.end());
-    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.root(),
-                        connection_.atom(kKeysProperty), XCB_ATOM_CARDINAL, 32,
-                        static_cast<std::uint32_t>(codes.size()), codes.data());
+    writeRootNumbers(connection_, kKeysProperty, {keys_.keyCodes.begin(), keys_.keyCodes.end()});
     isMapped_ = true;
     const bool isDone = send(keysyms);
     if (!isDone) keys_.keyCodes.clear();

@@ -46,9 +46,7 @@ void SyntheticKeyboard::turnFiltersOff() {
     if (!controls) return;
     filters_ = controls->enabledControls & kFilters;
     if (filters_ == 0) return;
-    const std::uint32_t note[] = {device_, filters_};
-    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.root(),
-                        connection_.atom(kFiltersProperty), XCB_ATOM_CARDINAL, 32, 2, note);
+    writeRootNumbers(connection_, kFiltersProperty, {device_, filters_});
     enableControls(connection_, device_, filters_, false);
     if (real_) {
         releaseUnusedKey(connection_, *real_);

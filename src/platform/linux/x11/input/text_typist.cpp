@@ -16,6 +16,8 @@ namespace {
 constexpr std::size_t kStrokesAtOnce = 50;
 /// How many such parts the program may be behind: a server keeps what is not read yet.
 constexpr std::uint32_t kPartsAhead = 20;
+/// One that relays its keys replies before it has processed them: so often it is waited for.
+constexpr std::size_t kRelayedParts = 5;
 /// One that does not reply to pings must process all of them before it counts as hanging.
 constexpr std::uint32_t kPartsAheadWithoutPings = 4;
 /// Waits that make the parts smaller, or larger again.
@@ -104,7 +106,7 @@ Progress sendStrokes(KeyboardSession& session, FocusedClient& client, const Spar
                      std::span<const Stroke> strokes, Keysyms& keysyms) {
     Pace pace(client);
     Progress progress = Progress::done;
-    while (!strokes.empty()) {
+    for (std::size_t parts = 1; !strokes.empty(); ++parts) {
         const auto part = nextPart(client, strokes, pace.atOnce());
         session.takeNewKeys();
         if (!session.keepsLayout(spare.shownMap())) return Progress::layoutChanged;
@@ -124,7 +126,8 @@ Progress sendStrokes(KeyboardSession& session, FocusedClient& client, const Spar
                                 (strokes.front().isString || part.back().isString);
         if (progress == Progress::done) {
             const auto began = std::chrono::steady_clock::now();
-            progress = waitFor(session, client, mayReorder ? 0 : pace.ahead());
+            const bool isRelayed = client.relaysKeys() && parts % kRelayedParts == 0;
+            progress = waitFor(session, client, mayReorder || isRelayed ? 0 : pace.ahead());
             pace.adapt(std::chrono::steady_clock::now() - began);
         }
         if (progress == Progress::lostLock || !session.keepLock()) return Progress::lostLock;
@@ -170,8 +173,12 @@ void typeText(KeyboardSession& session, std::u16string_view text) {
         if (i == 0 && spare->isMapped()) client.sendPing();
         progress = typeInLayout(session, client, *spare, keysyms);
     }
-    if (progress != Progress::done || !spare->isMapped()) return;
-    if (waitForAll(session, client) == Progress::done) spare->unmap();
+    if (progress != Progress::done) return;
+    if (!spare->isMapped()) {
+        client.waitForDelayedKeys();
+    } else if (waitForAll(session, client) == Progress::done) {
+        spare->unmap();
+    }
 }
 
 }  // namespace quil::linux_platform

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "platform/linux/applications/processes.h"
-#include "platform/linux/x11/input/gtk4_ibus.h"
+#include "platform/linux/x11/input/key_relay.h"
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/windows/window_owners.h"
 

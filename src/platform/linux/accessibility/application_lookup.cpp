@@ -21,15 +21,21 @@ using std::chrono::milliseconds;
 constexpr milliseconds kJoiningTime{1500};
 constexpr milliseconds kPause{20};
 
-/// Libraries of the toolkits that join it; processes without them never do.
-constexpr std::string_view kToolkits[] = {"/libatk-bridge-2.0.", "/libgtk-4.", "/libQt5Gui.",
-                                          "/libQt6Gui."};
+/// When a process joins the bus: by the libraries of its toolkits.
+enum class Joining { never, atStart, whenWoken };
 
-bool usesToolkit(std::int32_t pid) {
-    return hasMappedFile(pid, [](std::string_view path) {
-        return std::any_of(std::begin(kToolkits), std::end(kToolkits),
-                           [&](std::string_view name) { return path.find(name) != path.npos; });
+Joining joiningOf(std::int32_t pid) {
+    Joining joining = Joining::never;
+    hasMappedFile(pid, [&](std::string_view path) {
+        const auto has = [&](std::string_view part) { return path.find(part) != path.npos; };
+        if (has("/libatk-bridge-2.0.") || has("/libgtk-4.") || has("/libQt5Gui.")) {
+            joining = Joining::whenWoken;
+        } else if (has("/libQt6Gui.") && joining == Joining::never) {
+            joining = Joining::atStart;
+        }
+        return joining == Joining::whenWoken;
     });
+    return joining;
 }
 
 milliseconds ageOf(std::uint64_t startTime) {
@@ -83,9 +89,11 @@ std::vector<std::string> ApplicationLookup::busNamesOf(std::int32_t pid) {
     if (names.empty()) names = relativesOf(pid);
     const auto startTime = names.empty() ? startTimeOf(pid) : std::nullopt;
     if (!startTime || unreachable_.contains({pid, *startTime})) return names;
+    const Joining joining = joiningOf(pid);
     const auto now = BusClock::now();
-    const auto end = std::max(now - ageOf(*startTime), bus_.connectedSince()) + kJoiningTime;
-    if (now < end && usesToolkit(pid)) {
+    auto end = now - ageOf(*startTime) + kJoiningTime;
+    if (joining == Joining::whenWoken) end = std::max(end, bus_.connectedSince() + kJoiningTime);
+    if (joining != Joining::never) {
         while (names.empty() && BusClock::now() < end) {
             std::this_thread::sleep_for(kPause);
             names = linux_platform::busNamesOf(bus_, pid);

@@ -9,7 +9,7 @@ import subprocess
 import unittest
 
 from ax_tools import gallery, missing_for
-from desktop_tools import output, until
+from desktop_tools import PYTHON, output, until
 from gallery.gallery import COLOURS
 from quil_host import Failure, Host
 
@@ -39,6 +39,12 @@ def painted(what):
         return None
     xs, ys = zip(*places)
     return min(xs), min(ys), max(xs) + 1, max(ys) + 1
+
+
+def is_newer_gtk():
+    """GTK 4.18 has no names for the items of its menus, and leaves the padding of popovers out."""
+    ask = "import gi; gi.require_version('Gtk', '4.0'); from gi.repository import Gtk; print(Gtk.get_minor_version())"
+    return int(output(PYTHON, "-c", ask)) > 10
 
 
 class PlacesTest(unittest.TestCase):
@@ -81,10 +87,13 @@ class PlacesTest(unittest.TestCase):
         with Host() as host:
             host.result("ping")
             program = gallery(self, toolkit, scale=scale)
+            is_newer = toolkit == "gtk4" and is_newer_gtk()
             for what, (opener, name) in PROBES.items():
+                if is_newer and what == "open":
+                    continue
                 if opener:
                     self.click(host, opener)
-                if (toolkit, what) not in NOT_PAINTED:
+                if (toolkit, what) not in NOT_PAINTED and not (is_newer and what == "popover"):
                     self.compare(host, what, name)
                 self.click(host, name)
                 if toolkit in ("chromium", "firefox"):

@@ -12,6 +12,9 @@ namespace {
 /// Units of the border around the items of a menu, both sides together.
 constexpr double kMenuBorder = 12;
 
+/// Units of what GTK 4.18 leaves out, the padding of all that an element is in.
+constexpr double kMaximumPadding = 48;
+
 /// Units by which toolkits round.
 constexpr double kTolerance = 1;
 
@@ -33,14 +36,46 @@ int depthOf(const ObservedElement& element) {
     return depth;
 }
 
-/// Toolkits with window coordinates have those of the wrong window for what is in a pop-up: as if
-/// it began in the corner of the element that the pop-up belongs to. The pop-up is as large as the
-/// element that fills it, which seems to be in that corner. Several of the same size came up one
-/// after the other, as menus and their submenus do. A pop-up for which there are more elements, or
-/// fewer, than such windows is nowhere.
-Displacements popoverDisplacements(const LocatedWindow& window,
+/// Whether the element is a window.
+bool isTop(const ObservedElement& element) {
+    return !element.parent || element.parent->facts.role == AtspiRole::application;
+}
+
+/// GTK 4.18 counts in a window from its content's corner, but as if its border (which is drawn
+/// where there are no shadows) had no width. The window itself begins before that corner, by that
+/// width.
+Displacements contentDisplacements(const LocatedWindow& window,
                                    const std::vector<ObservedElement*>& elements) {
     Displacements found;
+    const Point border{-window.map.from.x, -window.map.from.y};
+    if (std::max(border.x, border.y) <= 0) return found;
+    for (const ObservedElement* element : elements) {
+        const ObservedElement* above = element->parent;
+        if (!above || isTop(*element) || !isTop(*above)) continue;
+        found[element] = {.isKnown = true, .shift = border};
+    }
+    return found;
+}
+
+/// Those for which the predicate holds, but not for what they are in.
+template <typename Predicate>
+std::vector<const ObservedElement*> outermost(const std::vector<ObservedElement*>& elements,
+                                              const Predicate& holds) {
+    std::vector<const ObservedElement*> found;
+    for (const ObservedElement* element : elements) {
+        if (holds(element) && !holds(element->parent)) found.push_back(element);
+    }
+    return found;
+}
+
+/// Toolkits with window coordinates have those of the wrong window for what is in a pop-up: as if
+/// it began in the corner of the element that the pop-up belongs to, or (GTK 4.18) near where it
+/// is. The pop-up is as large as the element that fills it, which seems to be in that corner if any
+/// of that size does. Several of the same size came up one after the other, as menus and their
+/// submenus do. A pop-up for which there are more elements, or fewer, than such windows is nowhere.
+Displacements popoverDisplacements(const LocatedWindow& window,
+                                   const std::vector<ObservedElement*>& elements) {
+    Displacements found = contentDisplacements(window, elements);
     std::vector<const PopUp*> left;
     for (const PopUp& popUp : window.popUps) left.push_back(&popUp);
     while (!left.empty()) {
@@ -51,19 +86,25 @@ Displacements popoverDisplacements(const LocatedWindow& window,
         const std::vector<const PopUp*> alike(split, left.end());
         left.erase(split, left.end());
 
-        const auto fills = [&](const ObservedElement* element) {
+        const auto isAsLarge = [&](const ObservedElement* element) {
             const Rect& extents = element->facts.extents;
             return element->parent && element->parent->facts.knows(Fact::extents) &&
                    isNear(extents.width * window.map.scale, rect.width) &&
-                   isNear(extents.height * window.map.scale, rect.height) &&
-                   isNear(extents.x, element->parent->facts.extents.x) &&
-                   isNear(extents.y, element->parent->facts.extents.y);
+                   isNear(extents.height * window.map.scale, rect.height);
         };
-        std::vector<const ObservedElement*> filling;
-        for (const ObservedElement* element : elements) {
-            const bool isOutermost = fills(element) && !fills(element->parent);
-            if (isOutermost) filling.push_back(element);
-        }
+        const auto isInCorner = [&](const ObservedElement* element) {
+            return isAsLarge(element) &&
+                   isNear(element->facts.extents.x, element->parent->facts.extents.x) &&
+                   isNear(element->facts.extents.y, element->parent->facts.extents.y);
+        };
+        std::vector<const ObservedElement*> filling = outermost(elements, isInCorner);
+        const auto isNearby = [&](const ObservedElement* element) {
+            const Rect place = window.map.onScreen(element->facts.extents);
+            return isAsLarge(element) &&
+                   std::abs(place.x - rect.x) <= kMaximumPadding * window.map.scale &&
+                   std::abs(place.y - rect.y) <= kMaximumPadding * window.map.scale;
+        };
+        if (filling.empty()) filling = outermost(elements, isNearby);
         std::sort(filling.begin(), filling.end(),
                   [](const auto* a, const auto* b) { return depthOf(*a) < depthOf(*b); });
         for (std::size_t i = 0; i < filling.size(); ++i) {

@@ -3,7 +3,8 @@
 
 usage: fill_form.py
 
-The form is zenity's; `quil` is found on PATH, or inside the client's package.
+The form is zenity's, of version 3: in GTK 4 the items of the list of sizes have no names. `quil` is found on PATH, or inside the
+client's package.
 """
 import subprocess
 import sys

@@ -2,7 +2,8 @@
 //
 // usage: node fill_form.ts    (Node 24; older ones run what tsc makes of it)
 //
-// The form is zenity's; `quil` is found on PATH, or inside the client's package.
+// The form is zenity's, of version 3: in GTK 4 the items of the list of sizes have no names. `quil` is found on PATH, or inside
+// the client's package.
 import { spawn } from "node:child_process";
 import { text } from "node:stream/consumers";
 import { Desktop, expect } from "quil";

@@ -5,6 +5,7 @@ import tempfile
 import unittest
 
 from client_programs import LANGUAGES, command, readme_lines, run
+from desktop_tools import output
 from protocol_schema import ROOT
 from quil_host import executable
 
@@ -35,6 +36,8 @@ class ClientTest(unittest.TestCase):
             self.run_task("sum_column.py")
 
     def run_task(self, name):
+        if name.startswith("fill_form") and not output("zenity", "--version").startswith("3."):
+            self.skipTest("the items of GTK 4's drop-down lists have no names: zenity is newer than 3")
         language = {".py": "python", ".ts": "ts"}[os.path.splitext(name)[1]]
         if language in LANGUAGES:
             with open(os.path.join(ROOT, "examples", "tasks", name), encoding="utf-8") as file:

@@ -22,6 +22,9 @@ constexpr double kTolerance = 1;
 /// of a page that is not shown) near it.
 constexpr double kFarthest = -(1 << 30);
 
+/// GTK 4.18 gives what it has not laid out yet any size that happens to be in memory.
+constexpr double kLargest = 1 << 24;
+
 bool isNear(double a, double b) {
     return std::abs(a - b) <= kTolerance;
 }
@@ -235,6 +238,7 @@ Displacement currentDisplacement(AccessibilityBus& bus, const Displacement& disp
 std::optional<Rect> onScreen(const LocatedWindow& window, const Displacement& displacement,
                              const Rect& extents) {
     if (!displacement.isKnown || std::min(extents.x, extents.y) < kFarthest) return {};
+    if (std::max(extents.width, extents.height) > kLargest) return {};
     if (displacement.isInPixels) return extents;
     const Rect moved{extents.x + displacement.shift.x, extents.y + displacement.shift.y,
                      extents.width, extents.height};
